@@ -1,0 +1,33 @@
+# The two entry points of the project. Each installs what is missing,
+# builds, and runs.
+BUILD ?= build
+JOBS  ?= $(shell nproc 2>/dev/null || echo 2)
+ALL_TARGETS = -doc -esterel -lustre -nusmv -blif -c -csharp -vhdl -altera -systemc -qsr -valued_simul
+
+.PHONY: deps build demo test bench clean
+
+deps:
+	bash scripts/install-deps
+
+build: deps
+	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	cmake --build $(BUILD) -j $(JOBS)
+
+# Runs tarn on every bundled example, asking for every target; the outputs
+# land in out/ beside a copy of each module.
+demo: build
+	@mkdir -p out
+	@set -e; for f in examples/*.zkc; do \
+	  cp $$f out/; \
+	  echo "== $$f"; \
+	  ( unset DISPLAY; ./$(BUILD)/driver/tarn out/$$(basename $$f) $(ALL_TARGETS) ) || exit $$?; \
+	done
+
+test: build
+	cd $(BUILD) && env -u DISPLAY ctest --output-on-failure -j $(JOBS) --timeout 600
+
+bench: build
+	@for b in $(BUILD)/bench/*_bench; do [ -x $$b ] && $$b; done
+
+clean:
+	rm -rf $(BUILD) out

@@ -1,0 +1,85 @@
+#ifndef TARN_MODEL_COMPILATION_H
+#define TARN_MODEL_COMPILATION_H
+
+#include <map>
+#include <ostream>
+#include <string>
+
+class Module;
+class DataTypeTable;
+class DataMethodTable;
+class DataConstantTable;
+class class_zk_parser;
+
+// Modules by name, with the stream their messages go to.
+class ModuleTable {
+public:
+    std::map<std::string, Module*> table;
+    std::ostream* out = nullptr;
+
+    ModuleTable(std::ostream* o = nullptr) : out(o) {}
+    void add(Module* m);
+    Module* get(std::string name);
+};
+
+// Process-wide context: wire status codes, global flags and tables, name
+// builders and the fatal functions. No instances.
+class Compilation {
+public:
+    // An odd code classifies an over (status) wire, an even code an under
+    // (value) wire; pairs name a kind of signal.
+    static const int STAT = 1;
+    static const int VAL = 2;
+    static const int SINPUT = 3;
+    static const int VINPUT = 4;
+    static const int SOUTPUT = 5;
+    static const int VOUTPUT = 6;
+    static const int SREG = 7;
+    static const int VREG = 8;
+    static const int SWIRE = 9;
+    static const int VWIRE = 10;
+    static const int SCLOCK = 11;
+    static const int VCLOCK = 12;
+    static const int SUSEDPRE = 13;
+    static const int VUSEDPRE = 14;
+
+    static int GDataConstIndex;
+    static DataTypeTable* GDataTypeTable;
+    static DataMethodTable* GDataMethodTable;
+    static DataConstantTable* GDataConstantTable;
+    static ModuleTable* ModTable;
+    static ModuleTable* ZkcModTable;
+    static std::string* EmptyString;
+    static class_zk_parser* ple_parser;
+
+    static bool VHDLALTERAFlag, BLIFFlag, CSHARPFlag, CFlag, SMVFlag,
+        CheckOverKnowledgeFlag, ForgetLocalsNameFlag, KeepWiresFlag,
+        VersionFlag, HelpFlag, SaveFlag, MainFlag, MoskFlag, ValuedSimulFlag,
+        PureSimulFlag, DebugFlag;
+
+    static bool isStatusType(int code) { return code % 2 != 0; }
+    static bool isValueType(int code) { return code % 2 == 0; }
+
+    static std::string createSETName(std::string s) { return "SET" + s; }
+    static std::string createRESETName(std::string s) { return "RESET" + s; }
+    static std::string createRTLName(std::string s) { return "RTL" + s; }
+    // "_s_x" and "_v_x" both give "x"; throws std::out_of_range when the
+    // name is shorter than three characters.
+    static std::string bddNameToSignalName(std::string bddName) { return bddName.substr(3); }
+
+    // Fatal functions: show the text, write it on the error stream, exit 1.
+    [[noreturn]] static void fatal(const std::string& text);
+    [[noreturn]] static void ModulePertFailureException();
+    [[noreturn]] static void IllegalOperationException(std::string s);
+    [[noreturn]] static void AbstractMethodCallException(std::string s);
+    [[noreturn]] static void AlreadyDefinedException(std::string s);
+    [[noreturn]] static void ModuleUndefinedConstantException(std::string s);
+    [[noreturn]] static void UndefinedMethodException(std::string s);
+    [[noreturn]] static void UndefinedTypeException(std::string s);
+    [[noreturn]] static void HashTableAddException(std::string table, std::string key);
+
+    // Text of HashTableAddException, for callers and tests.
+    static std::string hashTableAddText(const std::string& table, const std::string& key);
+};
+
+#endif

@@ -1,0 +1,1 @@
+#include "support/g_time.h"

@@ -1,0 +1,41 @@
+#include "model/compilation.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+TEST(Compilation, StatusCodesAndNames)
+{
+    EXPECT_TRUE(Compilation::isStatusType(Compilation::SINPUT));
+    EXPECT_FALSE(Compilation::isValueType(Compilation::SINPUT));
+    EXPECT_TRUE(Compilation::isValueType(Compilation::VINPUT));
+    EXPECT_FALSE(Compilation::isStatusType(Compilation::VINPUT));
+    EXPECT_TRUE(Compilation::isStatusType(-3));  // odd negative: status
+    EXPECT_EQ(Compilation::bddNameToSignalName("_s_"), "");
+    EXPECT_EQ(Compilation::bddNameToSignalName("_v_abc"), "abc");
+    EXPECT_THROW(Compilation::bddNameToSignalName("_s"), std::out_of_range);
+    EXPECT_EQ(Compilation::createRTLName("m"), "RTLm");
+    EXPECT_EQ(Compilation::createSETName("m"), "SETm");
+    EXPECT_EQ(Compilation::createRESETName("m"), "RESETm");
+}
+
+TEST(Compilation, HashTableText)
+{
+    EXPECT_EQ(Compilation::hashTableAddText("", "m"), "Exception in Hash Table: add:m is already defined");
+    EXPECT_EQ(Compilation::hashTableAddText("T", "m"), "Exception in Hash Table: T: add:m is already defined");
+}
+
+TEST(CompilationDeathTest, FatalWritesErrorStreamAndExitsOne)
+{
+    EXPECT_EXIT(Compilation::UndefinedTypeException("foo"), ::testing::ExitedWithCode(1),
+                "Error: Undefined type: foo\n");
+    EXPECT_EXIT(Compilation::HashTableAddException("", "m"), ::testing::ExitedWithCode(1),
+                "Exception in Hash Table: add:m is already defined");
+}
+
+TEST(Compilation, ZkcModuleTableStartsEmpty)
+{
+    ASSERT_NE(Compilation::ZkcModTable, nullptr);
+    EXPECT_TRUE(Compilation::ZkcModTable->table.empty());
+    EXPECT_EQ(Compilation::ZkcModTable->get("none"), nullptr);
+}
