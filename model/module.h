@@ -1,0 +1,169 @@
+#ifndef TARN_MODEL_MODULE_H
+#define TARN_MODEL_MODULE_H
+
+#include "model/compilation.h"
+#include "model/signal.h"
+#include "model/signal_manager.h"
+
+#include <list>
+#include <map>
+#include <ostream>
+#include <string>
+
+class Bddexpressionwood;
+class EquationTable;
+class Statement;
+class DataBinding;
+class DataExpr;
+
+// A named set of signal lists over one wood of equations, with registers,
+// memorised pairs and bindings. The reader fills it, finalize closes it and
+// every generator walks it. Lists are held by pointer and may be null at any
+// stage: callers test before they walk.
+class Module : public SignalScope {
+public:
+    // Empty lists, a SignalManager and a new wood of its own.
+    explicit Module(std::string name);
+    // Takes the lists as given. The first three entries of `connexions` are
+    // SET, RESET and RTL. A register with a null actual or next signal is a
+    // fatal error; both signals of every register get setRegister.
+    Module(std::string name, std::list<Signal*>* inputs, std::list<Signal*>* outputs, std::list<Signal*>* locals,
+           std::list<memorizedSignal*>* memorized, std::list<Signal*>* dataSignals,
+           std::list<regclass*>* registers, std::list<Signal*>* connexions, Bddexpressionwood* wood);
+
+    const std::string& getName() const { return name; }
+    Statement* getStatement() const { return statement; }
+    void setStatement(Statement* s) { statement = s; }
+
+    std::list<Signal*>* getInputSignalList() const { return inputs; }
+    std::list<Signal*>* getOutputSignalList() const { return outputs; }
+    std::list<Signal*>* getLocalSignalList() const { return locals; }
+    std::list<Signal*>* getDataSignalList() const { return data_signals; }
+    std::list<memorizedSignal*>* getPreSignalList() override { return memorized; }
+    std::list<regclass*>* getRegisterList() const { return registers; }
+    // The reader swaps its own lists in; nothing is freed.
+    void setInputSignalList(std::list<Signal*>* l) { inputs = l; }
+    void setOutputSignalList(std::list<Signal*>* l) { outputs = l; }
+    void setLocalSignalList(std::list<Signal*>* l) { locals = l; }
+    void setDataSignalList(std::list<Signal*>* l) { data_signals = l; }
+    void setPreSignalList(std::list<memorizedSignal*>* l) { memorized = l; }
+    void setRegisterList(std::list<regclass*>* l) { registers = l; }
+
+    // The source compiler's door to the wood; null unless it attaches one.
+    EquationTable* getCompilation() const { return compilation; }
+    void setCompilation(EquationTable* t) { compilation = t; }
+    Bddexpressionwood* getBddWood() override { return wood; }
+    void setBddWood(Bddexpressionwood* w) { wood = w; }
+    SignalManager* getSignalManager() override { return signal_manager; }
+
+    Signal* getSet() const { return set_signal; }
+    Signal* getReset() const { return reset_signal; }
+    Signal* getRtl() const { return rtl_signal; }
+    void setSet(Signal* s) { set_signal = s; }
+    void setReset(Signal* s) { reset_signal = s; }
+    void setRtl(Signal* s) { rtl_signal = s; }
+
+    bool getReincarnate() const { return reincarnate; }
+    void setReincarnate(bool b) { reincarnate = b; }
+    // 1 once finalize has run; generators then write the over wire alone.
+    int getFinalised() const { return finalised; }
+    void setFinalised(int f) { finalised = f; }
+    int getCurrentInstance() const { return current_instance; }
+    void setCurrentInstance(int i) { current_instance = i; }
+    // Number of date levels of the wood, 0 without a wood.
+    long getPertLevel();
+
+    // Lookups by name; null when nothing matches. Lists compare original
+    // names, the memorised pairs the internal name of their pre signal.
+    Signal* getInputSignal(const std::string& name) const;
+    Signal* getOutputSignal(const std::string& name) const;
+    Signal* getLocalSignal(const std::string& name) const;
+    Signal* getDataSignal(const std::string& name) const;
+    Signal* getPreSignal(const std::string& name) const;
+    // Outputs, then locals.
+    Signal* getOutputLocalSignal(const std::string& name) const;
+    // Inputs, outputs, data signals, locals, pre signals. The connexion
+    // signals are in no list and are not found.
+    Signal* getSignal(const std::string& name) const;
+    // The same lists by internal name.
+    Signal* getSignalFromInternalName(const std::string& name) const;
+
+    // Lookups by BDD variable index in a wood.
+    Signal* getSignalById(long id, Bddexpressionwood* wood);
+    // The ref's current name; no ref is a fatal error.
+    std::string getSignalNameById(long id, Bddexpressionwood* wood);
+    // The other wire of the same ref; no ref is a fatal error.
+    long getOtherBddId(long id, Bddexpressionwood* wood);
+
+    // Additions; a null list is created first.
+    void addRegisterDecl(const char* actual, int initial, const char* next);
+    void addRegisterSignal(Signal* actual, Signal* next);
+    void addRegisterSignal(Signal* actual, Signal* next, int initial);
+    void addPreSignal(Signal* pre, Signal* actual, std::string initial);
+    void addInputSignal(Signal* s);
+    void addOutputSignal(Signal* s);
+    void addDataSignal(Signal* s);
+    void addLocalSignal(Signal* s);
+
+    // Bindings, keyed by the bound signal's name. The table is null until the
+    // first binding.
+    std::map<std::string, DataBinding*>* getDataTable() const { return data_table; }
+    // Under Signal::getName(this, wood); the form without a wood takes the
+    // module's.
+    void addBinding(DataBinding* b);
+    void addBinding(DataBinding* b, Bddexpressionwood* wood);
+    // Under the internal name. When the value reads signals, the over and
+    // under variables of `s` get abstract "VALUE_SIGNAL" equations that depend
+    // on the wires of those signals, so that the value is dated after them.
+    void addSignalBinding(DataExpr* value, Signal* s);
+    // With a clock: the clock gets setClock and no equation is made. `s` gets
+    // setValue in both forms.
+    void addSignalBinding(DataExpr* value, Signal* s, Signal* clock);
+    DataBinding* getBinding(const std::string& name) const;
+    void removeBinding(const std::string& name);
+    // New lists, owned by the caller, of the bindings whose clock has the
+    // internal name of `clock`. Null without a table; the signal list is
+    // empty and the binding list null when nothing matches.
+    std::list<Signal*>* getSignalBindingByClock(Signal* clock) const;
+    std::list<DataBinding*>* getDataBindingByClock(Signal* clock) const;
+
+    // ---- bindings ----
+    // ---- end bindings ----
+
+    // ---- finalisation ----
+    // ---- end finalisation ----
+
+    // ---- generators ----
+    // ---- end generators ----
+
+    // Class-wide settings of the source compiler and the simulator.
+    static std::string SimulationDir;
+    static std::string SimulationZkcDir;
+    static std::string OutputDir;
+    static std::string OutputFile;
+    static std::list<std::string>* CompilationFileList;
+
+private:
+    void installScope();
+
+    std::string name;
+    Statement* statement = nullptr;
+    std::list<Signal*>* inputs = nullptr;
+    std::list<Signal*>* outputs = nullptr;
+    std::list<Signal*>* locals = nullptr;
+    std::list<memorizedSignal*>* memorized = nullptr;
+    std::list<Signal*>* data_signals = nullptr;
+    std::list<regclass*>* registers = nullptr;
+    EquationTable* compilation = nullptr;
+    Bddexpressionwood* wood = nullptr;
+    Signal* set_signal = nullptr;
+    Signal* reset_signal = nullptr;
+    Signal* rtl_signal = nullptr;
+    bool reincarnate = false;
+    int finalised = 0;
+    int current_instance = -1;
+    SignalManager* signal_manager = nullptr;
+    std::map<std::string, DataBinding*>* data_table = nullptr;
+};
+
+#endif

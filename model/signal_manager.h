@@ -1,0 +1,148 @@
+#ifndef TARN_MODEL_SIGNAL_MANAGER_H
+#define TARN_MODEL_SIGNAL_MANAGER_H
+
+#include <list>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+class Module;
+class Bddexpressionwood;
+class Signal;
+class SignalManager;
+class memorizedSignal;
+
+// One occurrence of a signal: its variable pair in each wood where it has
+// one. The current name (internal name, plus "_" and the occurrence when it
+// is not 0) is its key in the SignalManager.
+class SignalRef {
+public:
+    // Occurrence 0. Finds or creates the variables "_s_" and "_v_" + internal
+    // name (over first) and enters the ref in the module's manager, by name
+    // and at both variable indexes.
+    SignalRef(std::string original, std::string internal, Module* m, Bddexpressionwood* wood);
+    // A further occurrence, on the variables "_s_" and "_v_" + current name;
+    // its occurrence flag is set.
+    SignalRef(std::string original, std::string internal, std::string current, int occurrence, Module* m,
+              Bddexpressionwood* wood);
+
+    const std::string& getOriginalName() const { return original_name; }
+    const std::string& getInternalName() const { return internal_name; }
+    const std::string& getCurrentName() const { return current_name; }
+    int getCurrentOccurrence() const { return occurrence; }
+    bool isOccurrence() const { return occurrence_flag; }
+    const std::string& getType() const { return type; }
+    bool isValued() const { return valued; }
+    void setIsValued(bool b) { valued = b; }
+    // Sets the type and marks the ref valued.
+    void setValueType(std::string t)
+    {
+        type = std::move(t);
+        valued = true;
+    }
+
+    bool hasWood(Bddexpressionwood* wood) const { return ids.count(wood) != 0; }
+    // A wood already present is a fatal error.
+    void addBddIds(long over, long under, Bddexpressionwood* wood);
+    // An absent wood is a fatal error.
+    long getOverBddId(Bddexpressionwood* wood) const;
+    long getUnderBddId(Bddexpressionwood* wood) const;
+    void setOverBddId(long id, Bddexpressionwood* wood);
+    void setUnderBddId(long id, Bddexpressionwood* wood);
+    void removeWood(Bddexpressionwood* wood) { ids.erase(wood); }
+    const std::map<Bddexpressionwood*, std::pair<long, long>>& getIds() const { return ids; }
+
+    // Index of the variable of that name in the wood, created at the end of
+    // the order if the manager does not know the name.
+    static long computeId(Bddexpressionwood* wood, const std::string& name);
+
+private:
+    void enter(Module* m, Bddexpressionwood* wood);
+
+    std::string original_name;
+    std::string internal_name;
+    std::string current_name;
+    int occurrence = 0;
+    std::string type = "pure";
+    std::map<Bddexpressionwood*, std::pair<long, long>> ids;
+    bool occurrence_flag = false;
+    bool valued = false;
+};
+
+// The refs of one wood by variable index; null where no signal holds the
+// variable.
+class SignalRefTable {
+public:
+    explicit SignalRefTable(long size) : refs(size > 0 ? size : 0, nullptr) {}
+    long size() const { return static_cast<long>(refs.size()); }
+    void extend(long size)
+    {
+        if (size > this->size())
+            refs.resize(size, nullptr);
+    }
+    SignalRef* get(long id) const { return id >= 0 && id < size() ? refs[id] : nullptr; }
+    SignalRef*& slot(long id) { return refs[id]; }
+
+private:
+    std::vector<SignalRef*> refs;
+};
+
+// The refs of one module, by current name and by variable index per wood.
+class SignalManager {
+public:
+    SignalManager() = default;
+
+    SignalRef* getSignalRefByName(const std::string& name) const;
+    SignalRef* getSignalRefById(long id, Bddexpressionwood* wood) const;
+    // By internal name, plus "_" and occ when occ is not 0.
+    SignalRef* getSignalRefByOccurrence(Signal* s, int occ) const;
+    // Every ref of the signal's internal name that has the wood, in name
+    // order.
+    std::list<SignalRef*> getAllSignalRef(Signal* s, Bddexpressionwood* wood) const;
+    // The first of getAllSignalRef, or null.
+    SignalRef* getCurrentOccurrence(Signal* s, Bddexpressionwood* wood) const;
+
+    // A name already present is a fatal error.
+    void addSignalRef(SignalRef* ref);
+    // Records the ref at both indexes; a slot already taken is a fatal error.
+    void addSignalRefIdTable(long over, long under, SignalRef* ref, Bddexpressionwood* wood);
+    // Grows the wood's table to the wood's number of variables.
+    void extendIdTable(Bddexpressionwood* wood);
+    // addBddIds, then addSignalRefIdTable.
+    void extendSignalRef(long over, long under, SignalRef* ref, Bddexpressionwood* wood);
+    // Copies every ref's pair, and the index table, of one wood to another.
+    void duplicate(Bddexpressionwood* from, Bddexpressionwood* to);
+    void deleteWood(Bddexpressionwood* wood);
+
+    const std::map<std::string, SignalRef*>& getSignalRefs() const { return refs; }
+
+private:
+    std::map<std::string, SignalRef*> refs;
+    std::map<Bddexpressionwood*, SignalRefTable*> tables;
+};
+
+// What a signal reads of the module that lists it. The module layer sits
+// above the signals, so a Signal cannot convert a Module* itself: Module
+// derives from this class and installs the conversion when it is built.
+// Data expressions reach a module's SignalManager the same way.
+class SignalScope {
+public:
+    virtual ~SignalScope() = default;
+    virtual SignalManager* getSignalManager() = 0;
+    // The module's own wood.
+    virtual Bddexpressionwood* getBddWood() = 0;
+    virtual std::list<memorizedSignal*>* getPreSignalList() = 0;
+
+    // Null for a null module.
+    static SignalScope* of(Module* m);
+    // The module's manager; a null module or manager is a fatal error that
+    // names `where`.
+    static SignalManager* managerOf(Module* m, const std::string& where);
+    static void install(SignalScope* (*convert)(Module*)) { conversion = convert; }
+
+private:
+    static SignalScope* (*conversion)(Module*);
+};
+
+#endif
