@@ -1,0 +1,205 @@
+#include "model/signal_manager.h"
+
+#include "model/compilation.h"
+#include "model/signal.h"
+#include "wood/Bddexpression.h"
+
+#include <algorithm>
+
+SignalScope* (*SignalScope::conversion)(Module*) = nullptr;
+
+SignalScope* SignalScope::of(Module* m)
+{
+    // A non-null Module* exists only after a Module was built, and building
+    // one installs the conversion.
+    if (m == nullptr || conversion == nullptr)
+        return nullptr;
+    return conversion(m);
+}
+
+SignalManager* SignalScope::managerOf(Module* m, const std::string& where)
+{
+    SignalScope* scope = of(m);
+    SignalManager* manager = scope != nullptr ? scope->getSignalManager() : nullptr;
+    if (manager == nullptr)
+        Compilation::IllegalOperationException(where + ": no signal manager for the module");
+    return manager;
+}
+
+// ---------------------------------------------------------------- SignalRef
+
+SignalRef::SignalRef(std::string original, std::string internal, Module* m, Bddexpressionwood* wood)
+    : original_name(std::move(original)), internal_name(std::move(internal)), current_name(internal_name)
+{
+    enter(m, wood);
+}
+
+SignalRef::SignalRef(std::string original, std::string internal, std::string current, int occurrence, Module* m,
+                     Bddexpressionwood* wood)
+    : original_name(std::move(original)), internal_name(std::move(internal)), current_name(std::move(current)),
+      occurrence(occurrence), occurrence_flag(true)
+{
+    enter(m, wood);
+}
+
+long SignalRef::computeId(Bddexpressionwood* wood, const std::string& name)
+{
+    long index = wood->Index_var_by_name(name);
+    if (index < 0)
+        index = wood->Index_new_var_last(name);
+    return index;
+}
+
+void SignalRef::enter(Module* m, Bddexpressionwood* wood)
+{
+    SignalManager* manager = SignalScope::managerOf(m, "SignalRef::SignalRef");
+    if (wood == nullptr)
+        Compilation::IllegalOperationException("SignalRef::SignalRef: no wood for " + current_name);
+    // Over before under: the file format numbers a signal's wires in this
+    // order.
+    long over = computeId(wood, "_s_" + current_name);
+    long under = computeId(wood, "_v_" + current_name);
+    addBddIds(over, under, wood);
+    manager->addSignalRef(this);
+    manager->addSignalRefIdTable(over, under, this, wood);
+}
+
+void SignalRef::addBddIds(long over, long under, Bddexpressionwood* wood)
+{
+    if (ids.count(wood) != 0)
+        Compilation::IllegalOperationException("SignalRef::addBddIds: wood already added" + current_name);
+    ids[wood] = std::make_pair(over, under);
+}
+
+long SignalRef::getOverBddId(Bddexpressionwood* wood) const
+{
+    auto it = ids.find(wood);
+    if (it == ids.end())
+        Compilation::IllegalOperationException("SignalRef::getOverBddId:unknown wood" + current_name);
+    return it->second.first;
+}
+
+long SignalRef::getUnderBddId(Bddexpressionwood* wood) const
+{
+    auto it = ids.find(wood);
+    if (it == ids.end())
+        Compilation::IllegalOperationException("SignalRef::getUnderBddId:unknown wood" + current_name);
+    return it->second.second;
+}
+
+void SignalRef::setOverBddId(long id, Bddexpressionwood* wood)
+{
+    auto it = ids.find(wood);
+    if (it == ids.end())
+        Compilation::IllegalOperationException("SignalRef::setOverBddId: wood not found");
+    it->second.first = id;
+}
+
+void SignalRef::setUnderBddId(long id, Bddexpressionwood* wood)
+{
+    auto it = ids.find(wood);
+    if (it == ids.end())
+        Compilation::IllegalOperationException("SignalRef::setUnderBddId: wood not found");
+    it->second.second = id;
+}
+
+// ------------------------------------------------------------ SignalManager
+
+SignalRef* SignalManager::getSignalRefByName(const std::string& name) const
+{
+    auto it = refs.find(name);
+    return it == refs.end() ? nullptr : it->second;
+}
+
+SignalRef* SignalManager::getSignalRefById(long id, Bddexpressionwood* wood) const
+{
+    auto it = tables.find(wood);
+    return it == tables.end() ? nullptr : it->second->get(id);
+}
+
+SignalRef* SignalManager::getSignalRefByOccurrence(Signal* s, int occ) const
+{
+    std::string name = s->getInternalName();
+    if (occ != 0)
+        name += "_" + std::to_string(occ);
+    return getSignalRefByName(name);
+}
+
+std::list<SignalRef*> SignalManager::getAllSignalRef(Signal* s, Bddexpressionwood* wood) const
+{
+    std::list<SignalRef*> found;
+    for (const auto& entry : refs)
+        if (entry.second->getInternalName() == s->getInternalName() && entry.second->hasWood(wood))
+            found.push_back(entry.second);
+    return found;
+}
+
+SignalRef* SignalManager::getCurrentOccurrence(Signal* s, Bddexpressionwood* wood) const
+{
+    std::list<SignalRef*> all = getAllSignalRef(s, wood);
+    return all.empty() ? nullptr : all.front();
+}
+
+void SignalManager::addSignalRef(SignalRef* ref)
+{
+    if (refs.count(ref->getCurrentName()) != 0)
+        Compilation::HashTableAddException("SignalManager::addSignalRef", ref->getCurrentName());
+    refs[ref->getCurrentName()] = ref;
+}
+
+void SignalManager::extendIdTable(Bddexpressionwood* wood)
+{
+    auto it = tables.find(wood);
+    if (it == tables.end())
+        tables[wood] = new SignalRefTable(wood->Nb_bdd_vars());
+    else
+        it->second->extend(wood->Nb_bdd_vars());
+}
+
+void SignalManager::addSignalRefIdTable(long over, long under, SignalRef* ref, Bddexpressionwood* wood)
+{
+    extendIdTable(wood);
+    SignalRefTable* table = tables[wood];
+    // A variable that the manager had before the wood caught up with it can
+    // lie beyond Nb_bdd_vars; the table must hold it all the same.
+    table->extend(std::max(over, under) + 1);
+    if (over >= 0) {
+        if (table->get(over) != nullptr)
+            Compilation::IllegalOperationException("addSignalRef (excep1) " + ref->getCurrentName());
+        table->slot(over) = ref;
+    }
+    if (under >= 0) {
+        if (table->get(under) != nullptr)
+            Compilation::IllegalOperationException("addSignalRef (excep2)" + ref->getCurrentName());
+        table->slot(under) = ref;
+    }
+}
+
+void SignalManager::extendSignalRef(long over, long under, SignalRef* ref, Bddexpressionwood* wood)
+{
+    ref->addBddIds(over, under, wood);
+    addSignalRefIdTable(over, under, ref, wood);
+}
+
+void SignalManager::duplicate(Bddexpressionwood* from, Bddexpressionwood* to)
+{
+    for (const auto& entry : refs) {
+        SignalRef* ref = entry.second;
+        if (ref->hasWood(from) && !ref->hasWood(to))
+            ref->addBddIds(ref->getOverBddId(from), ref->getUnderBddId(from), to);
+    }
+    auto it = tables.find(from);
+    if (it != tables.end() && tables.count(to) == 0)
+        tables[to] = new SignalRefTable(*it->second);
+}
+
+void SignalManager::deleteWood(Bddexpressionwood* wood)
+{
+    for (const auto& entry : refs)
+        entry.second->removeWood(wood);
+    auto it = tables.find(wood);
+    if (it != tables.end()) {
+        delete it->second;
+        tables.erase(it);
+    }
+}
