@@ -249,11 +249,14 @@ public:
     long up_critical_path_literal(long var, long depth, long base);
     long down_critical_path_literal(long var, long depth, long base) const;
 
-    // For a wood whose graph has no cycle: up[i] and down[i] such that, for
-    // a start depth of 0 or 1, up_critical_path(i, depth, b) is b + up[i]
-    // (filled slots) and down_critical_path(i, depth, b) is b + down[i].
-    // Returns false, filling nothing, when the graph has a cycle.
-    bool memo_critical_paths(std::vector<long>& up, std::vector<long>& down) const;
+    // Both critical paths of every variable at once, for a wood whose graph
+    // has no cycle. When it returns true, up_critical_path(i, depth, b) is
+    // b + up[i] for every filled slot i and down_critical_path(i, depth, b)
+    // is b + down[i] for every i, and those calls would have no side effect
+    // (no warning, no elimination). It returns false, and the caller makes
+    // the single calls, when the graph has a cycle or a path long enough
+    // for the depth limits to act.
+    bool memo_critical_paths(long depth, std::vector<long>& up, std::vector<long>& down) const;
 
     // ---- elimination ----
     // Called by up_critical_path on a depth that only a cycle reaches.
