@@ -344,6 +344,7 @@ private:
     [[noreturn]] void null_reference(bool is_or, bdd_node* x, bdd_node* y);
     void computed_clear();
     void computed_resize();
+    void release_operator_tables();
     unsigned next_visit();
 
     std::vector<apply_frame>* apply_stack = nullptr;
@@ -374,6 +375,9 @@ public:
     void Bdd_implicants_loc(bdd cube, std::list<bdd>& list);
     void Bdd_prime_implicants(std::list<bdd>& list);
     // ---- end transformations ----
+
+private:
+    explicit Tdd(bddpp_manager* manager); // an empty tree node, filled by its parent
 };
 
 #endif

@@ -1,0 +1,542 @@
+// The manager: variables and their names, the unique table's entry point,
+// garbage collection, marks and the ternary decision tree.
+
+#include "bdd/bddpp.h"
+
+#include <cstdlib>
+#include <iostream>
+
+namespace {
+
+std::string substitute_char(std::string s, char from, char to) {
+    for (char& c : s)
+        if (c == from) c = to;
+    return s;
+}
+
+}  // namespace
+
+// ------------------------------------------------------------------ lifecycle
+
+void bddpp_manager::make_tables(long capacity) {
+    variables_capacity = capacity;
+    var_names.resize(capacity);
+    node_by_id.resize(capacity, nullptr);
+    index_by_id.resize(capacity, 0);
+    id_by_index.resize(capacity, 0);
+    assoc.resize(capacity, nullptr);
+}
+
+bddpp_manager::bddpp_manager()
+    : variables_number(0), variables_capacity(0), next_global_id(2), map(nullptr),
+      gc_calls(0), one(nullptr) {
+    make_tables(16);
+    map = new bdd_unique_table;
+    one = new bdd_node(this, -1, 1, nullptr, nullptr, 1);
+    one->references = 1;
+}
+
+bddpp_manager::bddpp_manager(bddpp_manager* source)
+    : variables_number(source->variables_number),
+      variables_capacity(source->variables_capacity), next_global_id(2),
+      var_names(source->var_names), index_by_id(source->index_by_id),
+      id_by_index(source->id_by_index), map(nullptr), id_by_name(source->id_by_name),
+      gc_calls(0), one(nullptr) {
+    node_by_id.assign(variables_capacity, nullptr);
+    assoc.assign(variables_capacity, nullptr);
+    map = new bdd_unique_table;
+    one = new bdd_node(this, -1, 1, nullptr, nullptr, 1);
+    one->references = 1;
+    for (long id = 0; id < variables_number; ++id) {
+        bdd_node* n = new bdd_node(this, id, -1, one, one, next_global_id++);
+        node_by_id[id] = n;
+        assoc[id] = n;
+    }
+}
+
+bddpp_manager::~bddpp_manager() {
+    release_operator_tables();
+    if (map) {
+        std::vector<bdd_node*> all;
+        all.reserve(map->size());
+        map->for_each([&](bdd_node* n) { all.push_back(n); });
+        // Children may go first: nobody is left to care about their counts.
+        for (bdd_node* n : all) n->then_node = n->else_node = nullptr;
+        for (bdd_node* n : all) delete n;
+        delete map;
+    }
+    delete one;
+}
+
+const char* bddpp_manager::Bdd_version() { return ::Bdd_version(); }
+
+unsigned bddpp_manager::next_visit() {
+    if (++visit_epoch == 0) {
+        // Wrapped: forget every old visit so no stale epoch can match.
+        if (map) map->for_each([](bdd_node* n) { n->visit = 0; });
+        if (one) one->visit = 0;
+        visit_epoch = 1;
+    }
+    return visit_epoch;
+}
+
+long bddpp_manager::Node_index(const bdd_node* node) const {
+    if (!node || !node->manager) return -3;
+    if (node->id < 0) return node->id;
+    if (node->id >= variables_number) return -3;
+    return index_by_id[node->id];
+}
+
+// ------------------------------------------------------------------ variables
+
+bdd_node* bddpp_manager::new_variable(const std::string& name, long index, bool last) {
+    if (variables_number >= variables_capacity) make_tables(variables_capacity * 2);
+    auto known = id_by_name.find(name);
+    if (known != id_by_name.end()) return node_by_id[known->second];
+    long id = variables_number;
+    var_names[id] = name;
+    id_by_name[name] = id;
+    bdd_node* node = new bdd_node(this, id, -1, one, one, next_global_id);
+    node_by_id[id] = node;
+    next_global_id++;
+    if (last) {
+        index_by_id[id] = id;
+        id_by_index[id] = id;
+    } else {
+        for (long i = index; i < variables_number; ++i) index_by_id[id_by_index[i]]++;
+        index_by_id[id] = index;
+        for (long i = variables_number; i > index; --i) id_by_index[i] = id_by_index[i - 1];
+        id_by_index[index] = id;
+    }
+    // Written by id while its readers go by index: the two agree as long
+    // as variables are only ever added last.
+    assoc[id] = node_by_id[id];
+    variables_number++;
+    return node;
+}
+
+bdd_node* bddpp_manager::New_node_var_last(const std::string& name) {
+    return new_variable(name, variables_number, true);
+}
+
+bdd_node* bddpp_manager::New_node_var_before(long index, const std::string& name) {
+    if (index < 0 || index > variables_number) {
+        std::cerr << "Error in bddpp_manager::New_node_var_before(): index " << index
+                  << " out of range!" << std::endl;
+        return nullptr;
+    }
+    return new_variable(name, index, false);
+}
+
+bdd_node* bddpp_manager::New_node_var_after(long index, const std::string& name) {
+    if (index == variables_number - 1) return New_node_var_last(name);
+    if (index >= variables_number || index < -1) {
+        std::cerr << "Error in bddpp_manager::New_node_var_after(): index " << index
+                  << " out of range!" << std::endl;
+        return nullptr;
+    }
+    return New_node_var_before(index + 1, name);
+}
+
+namespace {
+bdd literal_of(bddpp_manager* m, bdd_node* n) { return n ? bdd(m, 1, n) : bdd(); }
+}  // namespace
+
+bdd bddpp_manager::New_var_last(const std::string& name) {
+    return literal_of(this, New_node_var_last(name));
+}
+bdd bddpp_manager::New_var_before(long index, const std::string& name) {
+    return literal_of(this, New_node_var_before(index, name));
+}
+bdd bddpp_manager::New_var_before(const bdd& f, const std::string& name) {
+    return New_var_before(Node_index(f.node()), name);
+}
+bdd bddpp_manager::New_var_after(long index, const std::string& name) {
+    return literal_of(this, New_node_var_after(index, name));
+}
+bdd bddpp_manager::New_var_after(const bdd& f, const std::string& name) {
+    return New_var_after(Node_index(f.node()), name);
+}
+
+bdd bddpp_manager::Bdd_var_by_id(long id) {
+    if (id < 0 || id >= variables_number) {
+        std::cerr << "calling bddpp_manager::Bdd_var_by_id() with id= " << id
+                  << " :out of range!" << std::endl;
+        return Bdd_zero();
+    }
+    return bdd(this, 1, node_by_id[id]);
+}
+
+bdd bddpp_manager::Bdd_var_by_index(long index) {
+    if (index == -1) return Bdd_one();
+    if (index < 0 || index >= variables_number) {
+        std::cerr << "calling bddpp_manager::Bdd_var_by_index() with index= " << index
+                  << " :out of range!" << std::endl;
+        return bdd();
+    }
+    return bdd(this, 1, node_by_id[id_by_index[index]]);
+}
+
+bdd bddpp_manager::Bdd_var_by_name(const std::string& name) {
+    auto it = id_by_name.find(name);
+    if (it == id_by_name.end()) return Bdd_zero();
+    return Bdd_var_by_id(it->second);
+}
+
+long bddpp_manager::Id_var_by_name(const std::string& name) const {
+    auto it = id_by_name.find(name);
+    return it == id_by_name.end() ? -1 : it->second;
+}
+
+long bddpp_manager::Index_var_by_name(const std::string& name) const {
+    auto it = id_by_name.find(name);
+    return it == id_by_name.end() ? -1 : index_by_id[it->second];
+}
+
+// The name look-ups check nothing; out of the table they answer an empty
+// name instead of reading beyond it.
+std::string bddpp_manager::Name_var_by_id(long id) const {
+    if (id < 0 || id >= variables_capacity) return "";
+    return var_names[id];
+}
+
+std::string bddpp_manager::Name_var_by_index(long index) const {
+    if (index < 0 || index >= variables_capacity) return "";
+    return Name_var_by_id(id_by_index[index]);
+}
+
+std::string bddpp_manager::Name_var_by_bdd(const bdd& f) {
+    bdd_node* n = f.node();
+    if (f.manager_ref() == this && n == one) return f.link_type() == 1 ? "1" : "0";
+    if (f.manager_ref() != this || !n || n->id < 0 || n->id >= variables_number) {
+        std::cerr << "error in bddpp_manager::Name_var_by_bdd()" << std::endl
+                  << "bdd defined by: " << f << ", is not correct ..." << std::endl
+                  << "(typebdd = " << (n ? n->id : -3) << ")" << std::endl;
+        std::exit(1);
+    }
+    return var_names[n->id];
+}
+
+long bddpp_manager::Bdd_if_id(const bdd& f) {
+    if (f.manager_ref() != this || !f.node()) {
+        std::cerr << "Error in bddpp_manager::Bdd_if_id(): bad Bdd manager or bdd not "
+                     "initialized!"
+                  << std::endl;
+        return -3;
+    }
+    return f.node()->id < 0 ? -1 : f.node()->id;
+}
+
+long bddpp_manager::Id_var_by_bdd(const bdd& f) { return Bdd_if_id(f); }
+
+long bddpp_manager::Bdd_if_index(const bdd& f) {
+    if (f.manager_ref() != this || !f.node()) {
+        std::cerr << "Error in bddpp_manager::Bdd_if_index(): bad Bdd manager or bdd "
+                     "not initialized!"
+                  << std::endl;
+        return -3;
+    }
+    return Node_index(f.node());
+}
+
+long bddpp_manager::Index_var_by_bdd(const bdd& f) { return Bdd_if_index(f); }
+
+// ------------------------------------------------------------------- renaming
+
+void bddpp_manager::Rename_var(const std::string& new_name, const std::string& old_name) {
+    for (long id = 0; id < variables_number; ++id)
+        if (var_names[id] == new_name) {
+            std::cerr << "in bdd_manager::Rename_var(): " << "WARNING " << new_name
+                      << " ALREADY DEFINED !" << std::endl
+                      << "renaming process aborted ..." << std::endl;
+            return;
+        }
+    for (long id = 0; id < variables_number; ++id)
+        if (var_names[id] == old_name) {
+            var_names[id] = new_name;
+            return;
+        }
+    std::cerr << "in bdd_manager::Rename_var(): " << "WARNING " << old_name
+              << " NOT FOUND !" << std::endl
+              << "renaming process aborted ..." << std::endl;
+}
+
+void bddpp_manager::Change_name_by_index(long index, const std::string& name) {
+    if (index < 0 || index >= variables_capacity) return;
+    Change_name_by_id(id_by_index[index], name);
+}
+
+void bddpp_manager::Change_name_by_id(long id, const std::string& name) {
+    if (id < 0 || id >= variables_capacity) return;
+    var_names[id] = name;
+}
+
+void bddpp_manager::Replace_char_in_all_names(char from, char to) {
+    for (long id = 0; id < variables_number; ++id)
+        if (!var_names[id].empty()) var_names[id] = substitute_char(var_names[id], from, to);
+}
+
+void bddpp_manager::No_begin_underscore_name() {
+    for (long id = 0; id < variables_number; ++id)
+        if (!var_names[id].empty() && var_names[id][0] == '_')
+            var_names[id] = "v" + var_names[id];
+}
+
+bdd bddpp_manager::Bdd_dup(const bdd& f) {
+    std::cerr << "Warning: bddpp_manager::Bdd_dup() is became useless ..." << std::endl;
+    return f;
+}
+
+void bddpp_manager::Bdd_free(const bdd& f) {
+    std::cerr << "Warning: bddpp_manager::Bdd_free() is now became useless" << std::endl
+              << f << std::endl;
+}
+
+// --------------------------------------------------------------- unique table
+
+bdd_node* bddpp_manager::Find_or_create_bdd_node(long index, int then_link, int else_link,
+                                                 bdd_node* then_node, bdd_node* else_node,
+                                                 int& link) {
+    link *= then_link;
+    if (index == -1) return one;
+    if (index < 0 || index >= variables_number || !then_node || !else_node) return nullptr;
+    if (then_node == one && else_node == one) {
+        if (then_link * else_link == 1) return one;
+        return node_by_id[id_by_index[index]];
+    }
+    long then_index = Node_index(then_node);
+    long else_index = Node_index(else_node);
+    bool then_fault = then_node != one && index >= then_index;
+    if (then_fault || (else_node != one && index >= else_index)) {
+        std::cerr << "FATAL ERROR: Bad call of bddpp_manager::Find_or_create_bdd_node():"
+                  << std::endl
+                  << "  index " << index << " is not less than ";
+        if (then_fault)
+            std::cerr << " its then node index (" << then_index << ")";
+        else
+            std::cerr << " its else node index (" << else_index << ")";
+        std::cerr << std::endl;
+        return nullptr;
+    }
+    long id = id_by_index[index];
+    int else_link_type = then_link * else_link;
+    if (bdd_node* found = map->find(id, else_link_type, then_node, else_node)) return found;
+    bdd_node* node = new bdd_node(this, id, else_link_type, then_node, else_node,
+                                  next_global_id);
+    next_global_id++;
+    then_node->references++;
+    else_node->references++;
+    return node;
+}
+
+void bddpp_manager::Map_integrate(bdd_node* node) {
+    if (map) map->insert(node);
+}
+
+void bddpp_manager::Map_suppress(bdd_node* node) {
+    if (!map) {
+        std::cerr << "warning! map does not exist !!!" << std::endl;
+        return;
+    }
+    map->erase(node);
+}
+
+// ------------------------------------------------------------------------- gc
+
+// A node is freed once nothing refers to it; freeing it lowers its
+// children's counts, which may free them in turn. Working through that
+// cascade with a list reaches the same fixpoint as repeated sweeps of the
+// whole table. Variables' own nodes always stay.
+void bddpp_manager::Bdd_gc() {
+    if (!map) return;
+    computed_clear();
+    unsigned listed = next_visit();
+    std::vector<bdd_node*> work;
+    auto collectable = [&](bdd_node* n) {
+        return n && n->id >= 0 && n->id < variables_number && node_by_id[n->id] != n &&
+               n->references <= 0 && n->visit != listed;
+    };
+    map->for_each([&](bdd_node* n) {
+        if (collectable(n)) {
+            n->visit = listed;
+            work.push_back(n);
+        }
+    });
+    while (!work.empty()) {
+        bdd_node* n = work.back();
+        work.pop_back();
+        bdd_node* kids[2] = {n->then_node, n->else_node};
+        Map_suppress(n);
+        delete n;
+        for (bdd_node* k : kids)
+            if (collectable(k)) {
+                k->visit = listed;
+                work.push_back(k);
+            }
+    }
+    gc_calls++;
+}
+
+// ---------------------------------------------------------------------- marks
+
+void bddpp_manager::Bdd_clear_marks(bdd_node* node) {
+    if (!node) return;
+    if (!node->manager) {
+        node->mark = 0;
+        return;
+    }
+    std::vector<bdd_node*> stack{node};
+    unsigned epoch = node->manager->next_visit();
+    while (!stack.empty()) {
+        bdd_node* n = stack.back();
+        stack.pop_back();
+        if (n->visit == epoch) continue;
+        n->visit = epoch;
+        n->mark = 0;
+        if (n->id < 0) continue;
+        if (n->then_node) stack.push_back(n->then_node);
+        if (n->else_node) stack.push_back(n->else_node);
+    }
+}
+
+void bddpp_manager::Bdd_clear_marks(const bdd& f) { Bdd_clear_marks(f.node()); }
+
+void bddpp_manager::Bdd_global_clear_marks() {
+    one->mark = 0;
+    if (map) map->for_each([](bdd_node* n) { n->mark = 0; });
+}
+
+// Numbers in depth-first order, node before its then cone before its else
+// cone; the stack keeps that order.
+long bddpp_manager::Bdd_incremental_id(bdd_node* node, long next) {
+    if (!node) {
+        std::cerr << "Warning: call bddpp_manager::Bdd_incremental_id() with null reference!"
+                  << std::endl;
+        return next;
+    }
+    std::vector<bdd_node*> stack{node};
+    while (!stack.empty()) {
+        bdd_node* n = stack.back();
+        stack.pop_back();
+        if (n->mark) continue;
+        n->mark = 1;
+        n->incremental_id = next++;
+        if (n->id < 0) continue;
+        if (n->else_node) stack.push_back(n->else_node);
+        if (n->then_node) stack.push_back(n->then_node);
+    }
+    return next;
+}
+
+long bddpp_manager::Bdd_node_size(bdd_node* node) {
+    Bdd_clear_marks(node);
+    return Bdd_incremental_id(node, 0);
+}
+
+long bddpp_manager::Bdd_size(const bdd& f) { return Bdd_node_size(f.node()); }
+
+bool bddpp_manager::Bdd_is_correct(const bdd& f) {
+    bdd_node* n = f.node();
+    if (!n) {
+        std::cerr << "Warning: call  bddpp_manager::Bdd_is_correct() with a null reference!"
+                  << std::endl;
+        return false;
+    }
+    Bdd_clear_marks(n);
+    Bdd_incremental_id(n, 1);
+    return n->is_correct();
+}
+
+// ------------------------------------------------------------------------ Tdd
+
+// The tree is built, printed and destroyed with explicit stacks: its
+// depth follows the number of variables.
+Tdd::Tdd(bddpp_manager* m, bdd f)
+    : manager(m), then_tdd(nullptr), else_tdd(nullptr), dont_care_tdd(nullptr) {
+    if (!m) {
+        std::cerr << "in Tdd::Tdd() : error: bdd manager not yet created !" << std::endl;
+        return;
+    }
+    // A task either fills a tree node from its function, or, once both of
+    // its branches are built, makes its don't-care branch.
+    struct task {
+        Tdd* tree;
+        bdd f;
+        bool dont_care;
+    };
+    std::vector<task> todo{{this, f, false}};
+    while (!todo.empty()) {
+        task t = std::move(todo.back());
+        todo.pop_back();
+        if (t.dont_care) {
+            bdd e = m->Bdd_else(t.f);
+            bdd th = m->Bdd_then(t.f);
+            bdd both = m->Bdd_and(e, th);
+            t.tree->dont_care_tdd = new Tdd(m);
+            todo.push_back({t.tree->dont_care_tdd, both, false});
+            continue;
+        }
+        if (t.f.node() == m->one) {
+            t.tree->variable = t.f;
+            continue;
+        }
+        t.tree->variable = m->Bdd_if(t.f);
+        t.tree->then_tdd = new Tdd(m);
+        t.tree->else_tdd = new Tdd(m);
+        bdd th = m->Bdd_then(t.f);
+        bdd e = m->Bdd_else(t.f);
+        todo.push_back({t.tree, t.f, true});
+        todo.push_back({t.tree->else_tdd, e, false});
+        todo.push_back({t.tree->then_tdd, th, false});
+    }
+}
+
+Tdd::Tdd(bddpp_manager* m)
+    : manager(m), then_tdd(nullptr), else_tdd(nullptr), dont_care_tdd(nullptr) {}
+
+Tdd::~Tdd() {
+    std::vector<Tdd*> owned;
+    auto take = [&](Tdd* t) {
+        Tdd* kids[3] = {t->then_tdd, t->else_tdd, t->dont_care_tdd};
+        t->then_tdd = t->else_tdd = t->dont_care_tdd = nullptr;
+        for (Tdd* k : kids)
+            if (k) owned.push_back(k);
+    };
+    take(this);
+    while (!owned.empty()) {
+        Tdd* t = owned.back();
+        owned.pop_back();
+        take(t);
+        delete t;
+    }
+}
+
+void Tdd::Print_bdd_structure(std::ostream& out, int indent) const {
+    if (!manager) return;
+    struct line {
+        const Tdd* tree;
+        int indent;
+        const char* word; // null: print the tree itself
+    };
+    std::vector<line> todo{{this, indent, nullptr}};
+    while (!todo.empty()) {
+        line l = todo.back();
+        todo.pop_back();
+        std::string blanks(l.indent > 0 ? l.indent : 0, ' ');
+        const Tdd* t = l.tree;
+        if (l.word) {
+            out << blanks << l.word << manager->Name_var_by_bdd(t->variable) << std::endl;
+            continue;
+        }
+        if (t->variable.node() == manager->one || !t->then_tdd) {
+            out << blanks << (t->variable.link_type() == 1 ? "1" : "0") << std::endl;
+            continue;
+        }
+        todo.push_back({t->dont_care_tdd, l.indent + 2, nullptr});
+        todo.push_back({t, l.indent, "dont care "});
+        todo.push_back({t->else_tdd, l.indent + 2, nullptr});
+        todo.push_back({t, l.indent, "else if !"});
+        todo.push_back({t->then_tdd, l.indent + 2, nullptr});
+        todo.push_back({t, l.indent, "if "});
+    }
+}

@@ -1,0 +1,332 @@
+// Nodes, their pool, signatures, the unique table and the handles.
+
+#include "bdd/bddpp.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <new>
+#include <tuple>
+
+const char* Bdd_version() { return "4.7"; }
+
+// ------------------------------------------------------------------ signature
+
+long bdd_node_signature(long id, int else_link_type, bdd_node* then_node,
+                        bdd_node* else_node) {
+    if (id < 0) return id;
+    long then_gid = then_node ? then_node->global_id : 0;
+    long else_gid = else_node ? else_node->global_id : 0;
+    if (then_gid < 0) {
+        std::cerr << "ERROR in bdd_node_signature(): then node have a bad global id!"
+                  << std::endl;
+        std::exit(1);
+    }
+    if (else_gid < 0) {
+        std::cerr << "ERROR in bdd_node_signature(): else node have a bad global id!"
+                  << std::endl;
+        std::exit(1);
+    }
+    // Unmasked on purpose: the printed statistics read these fields back,
+    // and past 2^20 they overlap (the table does not rely on them).
+    unsigned long key = static_cast<unsigned long>(id) << 41;
+    key |= static_cast<unsigned long>(then_gid) << 21;
+    key |= static_cast<unsigned long>(else_gid) << 1;
+    key |= static_cast<unsigned long>(((else_link_type + 1) >> 1) & 1);
+    return static_cast<long>(key);
+}
+
+// ----------------------------------------------------------------- node pool
+
+namespace {
+
+// Nodes are carved out of large blocks and recycled through a free list;
+// blocks go back to the system only at the end of the process.
+struct node_pool {
+    struct free_slot { free_slot* next; };
+    free_slot* free_list = nullptr;
+    static constexpr std::size_t block_nodes = 8192;
+
+    void* take() {
+        if (!free_list) refill();
+        free_slot* s = free_list;
+        free_list = s->next;
+        return s;
+    }
+    void give(void* p) {
+        free_slot* s = static_cast<free_slot*>(p);
+        s->next = free_list;
+        free_list = s;
+    }
+    void refill() {
+        char* block = static_cast<char*>(::operator new(block_nodes * sizeof(bdd_node)));
+        for (std::size_t i = block_nodes; i-- > 0;)
+            give(block + i * sizeof(bdd_node));
+    }
+};
+
+node_pool& pool() {
+    static node_pool* p = new node_pool;
+    return *p;
+}
+
+}  // namespace
+
+void* bdd_node::operator new(std::size_t size) {
+    if (size != sizeof(bdd_node)) return ::operator new(size);
+    return pool().take();
+}
+
+void bdd_node::operator delete(void* p) noexcept {
+    if (p) pool().give(p);
+}
+
+// ---------------------------------------------------------------------- nodes
+
+bdd_node::bdd_node()
+    : manager(nullptr), signature(-3), id(-3), incremental_id(0), global_id(0),
+      mark(0), references(0), else_link_type(1), then_node(nullptr),
+      else_node(nullptr) {}
+
+bdd_node::bdd_node(bddpp_manager* m, long id_, int else_link, bdd_node* then_n,
+                   bdd_node* else_n, long gid)
+    : manager(m), signature(0), id(id_), incremental_id(0), global_id(gid),
+      mark(0), references(0), else_link_type(else_link), then_node(then_n),
+      else_node(else_n) {
+    signature = bdd_node_signature(id, else_link_type, then_node, else_node);
+    if (id >= 0 && manager) manager->Map_integrate(this);
+}
+
+bdd_node::~bdd_node() {
+    if (id >= 0) {
+        if (then_node) then_node->references--;
+        if (else_node) else_node->references--;
+    }
+    delete depends_;
+}
+
+bool bdd_node::operator==(const bdd_node& other) const {
+    return id == other.id && else_link_type == other.else_link_type &&
+           then_node == other.then_node && else_node == other.else_node;
+}
+
+const std::vector<long>& bdd_node::depends() const {
+    static const std::vector<long> none;
+    if (depends_) return *depends_;
+    if (!manager || id < 0) return none;
+    // One walk of the cone; a node below that already knows its set gives
+    // it whole. Only the asked node keeps the result.
+    std::vector<long> ids;
+    std::vector<const bdd_node*> stack{this};
+    unsigned epoch = manager->next_visit();
+    while (!stack.empty()) {
+        const bdd_node* n = stack.back();
+        stack.pop_back();
+        if (n->visit == epoch) continue;
+        const_cast<bdd_node*>(n)->visit = epoch;
+        if (n->id < 0) continue;
+        if (n != this && n->depends_) {
+            ids.insert(ids.end(), n->depends_->begin(), n->depends_->end());
+            continue;
+        }
+        ids.push_back(n->id);
+        if (n->else_node) stack.push_back(n->else_node);
+        if (n->then_node) stack.push_back(n->then_node);
+    }
+    std::sort(ids.begin(), ids.end());
+    ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
+    depends_ = new std::vector<long>(std::move(ids));
+    return *depends_;
+}
+
+bool bdd_node::depends_on_id(long v) const {
+    const std::vector<long>& d = depends();
+    return std::binary_search(d.begin(), d.end(), v);
+}
+
+// The whole cone is checked node by node: a node is correct when every
+// node of its cone passes the local test, so one visit per node answers
+// what a walk along every path would.
+bool bdd_node::is_correct() const {
+    if (!manager) return false;
+    bddpp_manager* m = manager;
+    std::vector<const bdd_node*> stack{this};
+    unsigned epoch = m->next_visit();
+    while (!stack.empty()) {
+        const bdd_node* n = stack.back();
+        stack.pop_back();
+        if (n->visit == epoch) continue;
+        const_cast<bdd_node*>(n)->visit = epoch;
+        if (!n->manager) return false;
+        if (n->id >= 0 && n->id < m->variables_number) {
+            const bdd_node* kids[2] = {n->then_node, n->else_node};
+            long own = m->Node_index(n);
+            for (const bdd_node* k : kids) {
+                if (!k || k == n) return false;
+                if (k->id == -1) continue;
+                if (m->Node_index(k) <= own) return false;
+                stack.push_back(k);
+            }
+        } else if (n->id != -1) {
+            return false;
+        }
+        if (n->id != -1 && n->signature < 0) return false;
+    }
+    return true;
+}
+
+// --------------------------------------------------------------- unique table
+
+bdd_unique_table::bdd_unique_table() : bucket_count(1u << 12), count(0) {
+    buckets = new bdd_node*[bucket_count]();
+}
+
+bdd_unique_table::~bdd_unique_table() { delete[] buckets; }
+
+std::size_t bdd_unique_table::slot(long id, int else_link_type, bdd_node* then_node,
+                                   bdd_node* else_node) const {
+    std::uint64_t h = static_cast<std::uint64_t>(id) * 0x9E3779B97F4A7C15ull;
+    h ^= reinterpret_cast<std::uintptr_t>(then_node) * 0xC2B2AE3D27D4EB4Full;
+    h ^= (reinterpret_cast<std::uintptr_t>(else_node) + (else_link_type > 0)) *
+         0x165667B19E3779F9ull;
+    h ^= h >> 29;
+    return static_cast<std::size_t>(h) & (bucket_count - 1);
+}
+
+bdd_node* bdd_unique_table::find(long id, int else_link_type, bdd_node* then_node,
+                                 bdd_node* else_node) const {
+    for (bdd_node* n = buckets[slot(id, else_link_type, then_node, else_node)]; n;
+         n = n->unique_next)
+        if (n->id == id && n->then_node == then_node && n->else_node == else_node &&
+            n->else_link_type == else_link_type)
+            return n;
+    return nullptr;
+}
+
+void bdd_unique_table::insert(bdd_node* node) {
+    erase(node);
+    if (count >= bucket_count) grow();
+    bdd_node*& head =
+        buckets[slot(node->id, node->else_link_type, node->then_node, node->else_node)];
+    node->unique_next = head;
+    head = node;
+    ++count;
+}
+
+bool bdd_unique_table::erase(bdd_node* node) {
+    bdd_node** p =
+        &buckets[slot(node->id, node->else_link_type, node->then_node, node->else_node)];
+    for (; *p; p = &(*p)->unique_next) {
+        bdd_node* n = *p;
+        if (n->id == node->id && n->then_node == node->then_node &&
+            n->else_node == node->else_node && n->else_link_type == node->else_link_type) {
+            *p = n->unique_next;
+            n->unique_next = nullptr;
+            --count;
+            return true;
+        }
+    }
+    return false;
+}
+
+void bdd_unique_table::grow() {
+    std::size_t old_count = bucket_count;
+    bdd_node** old = buckets;
+    bucket_count *= 2;
+    buckets = new bdd_node*[bucket_count]();
+    for (std::size_t b = 0; b < old_count; ++b) {
+        bdd_node* n = old[b];
+        while (n) {
+            bdd_node* next = n->unique_next;
+            bdd_node*& head =
+                buckets[slot(n->id, n->else_link_type, n->then_node, n->else_node)];
+            n->unique_next = head;
+            head = n;
+            n = next;
+        }
+    }
+    delete[] old;
+}
+
+std::vector<bdd_node*> bdd_unique_table::nodes_in_key_order() const {
+    std::vector<bdd_node*> all;
+    all.reserve(count);
+    for_each([&](bdd_node* n) { all.push_back(n); });
+    auto key = [](const bdd_node* n) {
+        return std::make_tuple(n->id, n->then_node ? n->then_node->global_id : 0,
+                               n->else_node ? n->else_node->global_id : 0,
+                               n->else_link_type > 0 ? 1 : 0);
+    };
+    std::sort(all.begin(), all.end(),
+              [&](const bdd_node* a, const bdd_node* b) { return key(a) < key(b); });
+    return all;
+}
+
+// -------------------------------------------------------------------- handles
+
+bdd::bdd() : manager_(nullptr), link_type_(0), node_(nullptr) {}
+
+bdd::bdd(bddpp_manager* manager, int link_type, bdd_node* node)
+    : manager_(manager), link_type_(link_type), node_(node) {
+    if (node_) node_->references++;
+}
+
+bdd::bdd(const bdd& other)
+    : manager_(other.manager_), link_type_(other.link_type_), node_(other.node_) {
+    if (node_) node_->references++;
+}
+
+bdd::bdd(bdd&& other) noexcept
+    : manager_(other.manager_), link_type_(other.link_type_), node_(other.node_) {
+    other.manager_ = nullptr;
+    other.link_type_ = 0;
+    other.node_ = nullptr;
+}
+
+bdd::~bdd() {
+    if (node_) node_->references--;
+}
+
+bdd& bdd::operator=(const bdd& other) {
+    manager_ = other.manager_;
+    link_type_ = other.link_type_;
+    if (node_ != other.node_) {
+        if (node_) node_->references--;
+        node_ = other.node_;
+        if (node_) node_->references++;
+    }
+    return *this;
+}
+
+bdd& bdd::operator=(bdd&& other) noexcept {
+    if (this == &other) return *this;
+    manager_ = other.manager_;
+    link_type_ = other.link_type_;
+    if (node_ != other.node_) {
+        if (node_) node_->references--;
+        node_ = other.node_;
+    } else if (other.node_) {
+        other.node_->references--;  // both held it: one reference too many
+    }
+    other.manager_ = nullptr;
+    other.link_type_ = 0;
+    other.node_ = nullptr;
+    return *this;
+}
+
+bool bdd::operator==(const bdd& other) const {
+    return manager_ == other.manager_ && link_type_ == other.link_type_ &&
+           node_ == other.node_;
+}
+
+std::ostream& operator<<(std::ostream& out, const bdd& f) {
+    out << "adr manager= " << static_cast<const void*>(f.manager_ref())
+        << ", link type =" << f.link_type()
+        << ", adr node= " << static_cast<const void*>(f.node()) << ", ";
+    if (f.node()) out << "node signature: " << f.node()->signature;
+    return out;
+}
+
+long bdd_node_global_id(const bdd& f) { return f.node() ? f.node()->global_id : -3; }
+
+int bdd_link_type(const bdd& f) { return f.link_type(); }
