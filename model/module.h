@@ -128,6 +128,12 @@ public:
     std::list<DataBinding*>* getDataBindingByClock(Signal* clock) const;
 
     // ---- bindings ----
+    // The compiled-module form of the binding table: the "binding:" lines and
+    // the "evaltable:" they refer to; nothing without a table. Variable
+    // numbers go through `renumbering` when it is not null.
+    void printBinding(std::ostream& out, long* renumbering);
+    // The same table in the form of the debug dump.
+    void debugPrintBinding(std::ostream& out);
     // ---- end bindings ----
 
     // ---- finalisation ----
