@@ -1,0 +1,231 @@
+#include "model/interface.h"
+#include "model/module.h"
+#include "wood/Bddexpression.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// A module as the reader leaves it: original names plus a suffix as internal
+// names, one signal that is both output and local, a data signal, a pre
+// signal and the three connexion signals outside every list.
+struct ReadModule : ::testing::Test {
+    Module m{"m"};
+    Bddexpressionwood* wood = m.getBddWood();
+    Signal* make(const std::string& name) { return new Signal(name, name + "_k", &m, wood); }
+    Signal *in = make("in"), *out = make("both"), *local = make("both"), *data = make("d"), *loc = make("l"),
+           *actual = make("a"), *pre = make("pa");
+    Signal *set = new Signal("SETm", &m, wood), *reset = new Signal("RESETm", &m, wood);
+
+    void SetUp() override
+    {
+        in->setInput();
+        out->setOutput();
+        local->setLocal();
+        data->setInput();
+        data->setValue();
+        loc->setLocal();
+        m.addInputSignal(in);
+        m.addOutputSignal(out);
+        m.addLocalSignal(local);
+        m.addLocalSignal(loc);
+        m.addLocalSignal(actual);
+        m.addDataSignal(data);
+        m.addPreSignal(pre, actual, "0");
+        m.setSet(set);
+        m.setReset(reset);
+    }
+};
+
+TEST_F(ReadModule, LookupByNameSearchesListsInOrder)
+{
+    struct Case {
+        const char* name;
+        Signal* (Module::*lookup)(const std::string&) const;
+        Signal* expected;
+    };
+    const Case cases[] = {
+        {"both", &Module::getSignal, out},  // output before local
+        {"both", &Module::getLocalSignal, local},
+        {"both", &Module::getOutputLocalSignal, out},
+        {"l", &Module::getOutputLocalSignal, loc},
+        {"in", &Module::getOutputLocalSignal, nullptr},
+        {"d", &Module::getSignal, data},
+        {"d", &Module::getInputSignal, nullptr},  // a data signal stays in its own list
+        {"d", &Module::getDataSignal, data},
+        {"in", &Module::getInputSignal, in},
+        {"in_k", &Module::getSignal, nullptr},  // lists compare original names
+        {"pa_k", &Module::getPreSignal, pre},   // pairs compare internal names
+        {"pa", &Module::getPreSignal, nullptr},
+        {"pa_k", &Module::getSignal, pre},
+        {"in_k", &Module::getSignalFromInternalName, in},
+        {"both_k", &Module::getSignalFromInternalName, out},
+        {"l", &Module::getSignalFromInternalName, nullptr},
+        {"SETm", &Module::getSignal, nullptr},  // connexions are in no list
+        {"nothing", &Module::getSignal, nullptr},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ((m.*c.lookup)(c.name), c.expected) << c.name;
+    EXPECT_EQ(m.getSet(), set);
+    EXPECT_EQ(m.getReset(), reset);
+    EXPECT_EQ(m.getRtl(), nullptr);
+}
+
+TEST_F(ReadModule, LookupByVariable)
+{
+    long over = actual->getOverBddId(&m, wood);
+    long under = actual->getUnderBddId(&m, wood);
+    EXPECT_EQ(m.getOtherBddId(over, wood), under);
+    EXPECT_EQ(m.getOtherBddId(under, wood), over);
+    EXPECT_EQ(m.getSignalNameById(under, wood), "a_k");
+    // getSignalById goes by the ref's internal name through getSignal, which
+    // compares original names: with a suffix it finds only pre signals.
+    EXPECT_EQ(m.getSignalById(over, wood), nullptr);
+    EXPECT_EQ(m.getSignalById(pre->getUnderBddId(&m, wood), wood), pre);
+    EXPECT_EQ(m.getSignalById(wood->Index_new_var_last("loose"), wood), nullptr);
+    EXPECT_EQ(m.getSignalById(-1, wood), nullptr);
+
+    Module plain("p");
+    Signal* s = new Signal("s", &plain, plain.getBddWood());
+    plain.addOutputSignal(s);
+    EXPECT_EQ(plain.getSignalById(1, plain.getBddWood()), s);
+}
+
+TEST_F(ReadModule, BindingsByClockCompareInternalNames)
+{
+    EXPECT_EQ(m.getDataTable(), nullptr);
+    EXPECT_EQ(m.getSignalBindingByClock(loc), nullptr);
+    EXPECT_EQ(m.getDataBindingByClock(loc), nullptr);
+}
+
+TEST(ModuleDeathTest, MissingRefsEndWithTheirMessage)
+{
+    Module m("m");
+    Bddexpressionwood* wood = m.getBddWood();
+    long loose = wood->Index_new_var_last("loose");
+    EXPECT_EXIT(m.getSignalNameById(loose, wood), ::testing::ExitedWithCode(1),
+                "Module::getSignalNameById: no signal reference for this bdd id: 0");
+    EXPECT_EXIT(m.getOtherBddId(12, wood), ::testing::ExitedWithCode(1),
+                "Module::getOtherBddId: no signal in table for this bdd id:12");
+}
+
+TEST(Module, FreshModuleHasEmptyListsAndDefaults)
+{
+    Module m("top");
+    EXPECT_EQ(m.getName(), "top");
+    ASSERT_NE(m.getInputSignalList(), nullptr);
+    EXPECT_TRUE(m.getInputSignalList()->empty());
+    EXPECT_TRUE(m.getOutputSignalList()->empty());
+    EXPECT_TRUE(m.getLocalSignalList()->empty());
+    EXPECT_TRUE(m.getDataSignalList()->empty());
+    EXPECT_TRUE(m.getPreSignalList()->empty());
+    EXPECT_TRUE(m.getRegisterList()->empty());
+    EXPECT_NE(m.getBddWood(), nullptr);
+    EXPECT_NE(m.getSignalManager(), nullptr);
+    EXPECT_EQ(m.getCurrentInstance(), -1);
+    EXPECT_EQ(m.getFinalised(), 0);
+    EXPECT_EQ(m.getStatement(), nullptr);
+    EXPECT_EQ(m.getDataTable(), nullptr);
+    EXPECT_EQ(m.getPertLevel(), 0);
+}
+
+TEST(Module, AdditionsCreateMissingLists)
+{
+    Bddexpressionwood* wood = new Bddexpressionwood();
+    Module m("m", nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, wood);
+    EXPECT_EQ(m.getBddWood(), wood);
+    EXPECT_EQ(m.getLocalSignalList(), nullptr);
+
+    m.addRegisterDecl("r", 1, "rplus");
+    ASSERT_NE(m.getLocalSignalList(), nullptr);
+    ASSERT_EQ(m.getLocalSignalList()->size(), 2u);
+    Signal* r = m.getLocalSignalList()->front();
+    Signal* next = m.getLocalSignalList()->back();
+    EXPECT_EQ(r->getInternalName(), "r");
+    EXPECT_EQ(next->getInternalName(), "rplus");
+    for (Signal* s : {r, next})
+        EXPECT_TRUE(s->isWire() && s->isRegister() && s->isLocal()) << s->getInternalName();
+    ASSERT_EQ(m.getRegisterList()->size(), 1u);
+    EXPECT_TRUE(*m.getRegisterList()->front() == regclass(r, next, 1));
+    EXPECT_EQ(r->getOverBddId(&m, wood), 0);
+    EXPECT_EQ(next->getOverBddId(&m, wood), 2);
+
+    m.addRegisterSignal(next, r);
+    EXPECT_TRUE(*m.getRegisterList()->back() == regclass(next, r, 0));
+    m.addPreSignal(r, next, "1");
+    ASSERT_NE(m.getPreSignalList(), nullptr);
+    EXPECT_EQ(m.getPreSignalList()->front()->getInitialValue(), "1");
+    m.addOutputSignal(r);
+    m.addDataSignal(next);
+    m.addInputSignal(r);
+    EXPECT_EQ(m.getOutputSignalList()->size(), 1u);
+    EXPECT_EQ(m.getDataSignalList()->size(), 1u);
+    EXPECT_EQ(m.getInputSignalList()->size(), 1u);
+}
+
+TEST(Module, ListConstructorTakesConnexionsAndFlagsRegisters)
+{
+    Module holder("h");
+    Bddexpressionwood* wood = holder.getBddWood();
+    Signal* a = new Signal("a", &holder, wood);
+    Signal* n = new Signal("n", &holder, wood);
+    Signal *s = new Signal("S", &holder, wood), *r = new Signal("R", &holder, wood), *t = new Signal("T", &holder, wood);
+    auto* regs = new std::list<regclass*>{new regclass(a, n, 0)};
+    auto* connexions = new std::list<Signal*>{s, r, t};
+    auto* locals = new std::list<Signal*>{a, n};
+    Module m("m", nullptr, nullptr, locals, nullptr, nullptr, regs, connexions, wood);
+    EXPECT_EQ(m.getSet(), s);
+    EXPECT_EQ(m.getReset(), r);
+    EXPECT_EQ(m.getRtl(), t);
+    EXPECT_EQ(m.getLocalSignalList(), locals);
+    EXPECT_TRUE(a->isRegister() && a->isWire());
+    EXPECT_TRUE(n->isRegister() && n->isWire());
+}
+
+TEST(ModuleDeathTest, RegisterWithAMissingSignalIsRefused)
+{
+    Module holder("h");
+    Signal* a = new Signal("a", &holder, holder.getBddWood());
+    auto* regs = new std::list<regclass*>{new regclass(a, nullptr, 0)};
+    EXPECT_EXIT(Module("m", nullptr, nullptr, nullptr, nullptr, nullptr, regs, nullptr, holder.getBddWood()),
+                ::testing::ExitedWithCode(1), "Error: Illegal operation!\nRegister not declared local!");
+}
+
+TEST(ModuleTableDeathTest, SecondModuleOfOneNameIsRefused)
+{
+    ModuleTable table;
+    Module* first = new Module("twice");
+    table.add(first);
+    EXPECT_EQ(table.get("twice"), first);
+    EXPECT_EQ(table.get("other"), nullptr);
+    EXPECT_EXIT(table.add(new Module("twice")), ::testing::ExitedWithCode(1),
+                "Exception in Hash Table: add:twice is already defined");
+}
+
+TEST(Interface, SearchesInputsOutputsLocalsInOrder)
+{
+    Module m("m");
+    Bddexpressionwood* wood = m.getBddWood();
+    Signal* in = new Signal("x", "x_in", &m, wood);
+    Signal* out = new Signal("x", "x_out", &m, wood);
+    Signal* loc = new Signal("y", "y_loc", &m, wood);
+    Signal* data = new Signal("z", &m, wood);
+    Interface face;
+    face.addLocal(loc);
+    face.addOutput(out);
+    face.addInput(in);
+    face.addData(data);
+    EXPECT_EQ(face.getSignal("x"), in);
+    EXPECT_EQ(face.getOutputSignal("x"), out);
+    EXPECT_EQ(face.getSignal("y"), loc);
+    EXPECT_EQ(face.getSignal("z"), nullptr);  // data signals are not searched
+    EXPECT_EQ(face.getDataSignal("z"), data);
+    EXPECT_EQ(face.getSignal("x_in"), nullptr);
+    EXPECT_EQ(face.getOriginalSignalName("y"), "y");
+    EXPECT_EQ(face.getOriginalSignalName("none"), "");
+    regclass reg(in, out, 1);
+    face.addRegister(&reg);
+    EXPECT_EQ(face.getRegisterList().size(), 1u);
+}
+
+}  // namespace
