@@ -302,16 +302,16 @@ void Signal::print(std::ostream& os) { os << internal_name; }
 
 std::ostream& operator<<(std::ostream& os, const memorizedSignal& m)
 {
-    os << (m.getPre() != nullptr ? m.getPre()->getInternalName() : std::string("? ")) << " "
-       << (m.getActual() != nullptr ? m.getActual()->getInternalName() : std::string("? ")) << " "
+    os << (m.getPre() != nullptr ? m.getPre()->getInternalName() : std::string("?")) << " "
+       << (m.getActual() != nullptr ? m.getActual()->getInternalName() : std::string("?")) << " "
        << m.getInitialValue() << ";";
     return os;
 }
 
 std::ostream& operator<<(std::ostream& os, const regclass& r)
 {
-    os << (r.next_var() != nullptr ? r.next_var()->getInternalName() : std::string("? ")) << " "
-       << (r.actual_var() != nullptr ? r.actual_var()->getInternalName() : std::string("? ")) << " "
+    os << (r.next_var() != nullptr ? r.next_var()->getInternalName() : std::string("?")) << " "
+       << (r.actual_var() != nullptr ? r.actual_var()->getInternalName() : std::string("?")) << " "
        << (r.is_initialy_true() ? "1" : "0") << ";";
     return os;
 }

@@ -146,7 +146,7 @@ private:
 };
 
 // The compiled-module form: pre, " ", actual, " ", initial, ";" with internal
-// names; a missing signal shows as "? ".
+// names; a missing signal shows as "?".
 std::ostream& operator<<(std::ostream& os, const memorizedSignal& m);
 
 // A register: `next` is the value that `actual` takes at the next reaction.
@@ -169,7 +169,7 @@ private:
 };
 
 // The compiled-module form: next, " ", actual, " ", "1" or "0", ";" with
-// internal names; a missing signal shows as "? ".
+// internal names; a missing signal shows as "?".
 std::ostream& operator<<(std::ostream& os, const regclass& r);
 
 #endif
