@@ -1,0 +1,656 @@
+// Dates and critical paths.
+//
+// The literal passes are the propagations as first written: raise a date
+// and push it on, sweeping the variables in ascending index order; a cycle
+// is ended only by the limits tied to the number of variables. They run on
+// explicit stacks, frame for frame in the order the recursion would take,
+// so that a long chain cannot overflow the call stack.
+//
+// The fast passes compute the same numbers by longest paths over a
+// topological order. That is exact as long as the graph has no cycle and
+// no limit would have acted; when either may happen they hand over to the
+// literal passes, whose results on a cycle depend on the sweep order.
+
+#include "wood/Bddexpression.h"
+
+#include <algorithm>
+#include <iostream>
+
+namespace {
+
+bool initialised(const bdd& f) { return f.manager_ref() != nullptr && f.node() != nullptr; }
+
+const Bddexpression* slot(const Bddexpressionwood& wood, long i)
+{
+    return i >= 0 && i < wood.nb_bdd_vars ? wood.exp_table[i] : nullptr;
+}
+
+// The graph that every date follows, in the direction of the data: d -> i
+// when equation i reads d, and v -> s when s, an equation, is a reader of v
+// in amont_table. Only edges towards filled slots carry dates. Returns
+// false when the graph has a cycle.
+bool flow_order(const Bddexpressionwood& wood, std::vector<long>& order)
+{
+    const long n = wood.nb_bdd_vars;
+    order.clear();
+    if (n <= 0) return true;
+    // Out-edges in compressed rows: first the amont entries, then the
+    // reversed dependances (the two agree in a coherent wood; duplicates are
+    // harmless as long as they are counted alike on both sides).
+    std::vector<long> start(n + 1, 0);
+    for (long v = 0; v < n; v++)
+        for (long s : wood.amont_table[v])
+            if (slot(wood, s) != nullptr) start[v + 1]++;
+    for (long i = 0; i < n; i++)
+        if (const Bddexpression* e = wood.exp_table[i])
+            for (long d : e->dependances)
+                if (d >= 0 && d < n) start[d + 1]++;
+    for (long v = 0; v < n; v++) start[v + 1] += start[v];
+    std::vector<long> edges(start[n]);
+    std::vector<long> fill(start.begin(), start.end() - 1);
+    std::vector<long> indegree(n, 0);
+    for (long v = 0; v < n; v++)
+        for (long s : wood.amont_table[v])
+            if (slot(wood, s) != nullptr) {
+                edges[fill[v]++] = s;
+                indegree[s]++;
+            }
+    for (long i = 0; i < n; i++)
+        if (const Bddexpression* e = wood.exp_table[i])
+            for (long d : e->dependances)
+                if (d >= 0 && d < n) {
+                    edges[fill[d]++] = i;
+                    indegree[i]++;
+                }
+    order.reserve(n);
+    for (long v = 0; v < n; v++)
+        if (indegree[v] == 0) order.push_back(v);
+    for (std::size_t k = 0; k < order.size(); k++) {
+        long v = order[k];
+        for (long e = start[v]; e < start[v + 1]; e++)
+            if (--indegree[edges[e]] == 0) order.push_back(edges[e]);
+    }
+    return (long)order.size() == n;
+}
+
+// Whether every equation of the wood sits in its own slot, so that its late
+// date as getLateDate reads it is late_dates of the slot.
+bool equations_in_place(const Bddexpressionwood& wood)
+{
+    for (long i = 0; i < wood.nb_bdd_vars; i++) {
+        const Bddexpression* e = wood.exp_table[i];
+        if (e == nullptr) continue;
+        if (e->wood != &wood || !initialised(e->bdd_var)) return false;
+        if (wood.bdd_manager->Index_var_by_bdd(e->bdd_var) != i) return false;
+    }
+    return true;
+}
+
+// The dating of compute_dates() (ids null) or compute_dates(ids), by
+// longest paths. Stores nothing and returns false when the literal pass
+// must decide: a cycle, an index out of range, a negative late date to
+// start from, or a level that reaches the limit of twice the number of
+// variables, where the literal pass stops pushing.
+bool fast_dates(Bddexpressionwood& wood, const std::list<long>* ids)
+{
+    const long n = wood.nb_bdd_vars;
+    for (long v = 0; v < n; v++)
+        for (long s : wood.amont_table[v])
+            if (s < 0 || s >= n) return false; // the literal pass reports it
+    if (!equations_in_place(wood)) return false;
+    std::vector<long> order;
+    if (!flow_order(wood, order)) return false;
+
+    std::vector<char> swept(n, ids == nullptr ? 1 : 0);
+    if (ids != nullptr)
+        for (long id : *ids)
+            if (id >= 0 && id < n) swept[id] = 1;
+
+    std::vector<long> early0(n, 0), early(n, 0), late0(n, 0), late(n, 0);
+    for (long v = 0; v < n; v++) {
+        if (const Bddexpression* e = wood.exp_table[v]) early0[v] = early[v] = e->early_date;
+        if (ids != nullptr) {
+            if (wood.late_dates[v] < 0) return false;
+            late0[v] = late[v] = wood.late_dates[v];
+        }
+    }
+    long level = wood.nb_level;
+    auto raise_level = [&level](long date) {
+        if (level <= date) level = date + 1;
+    };
+
+    // Early dates: a variable pushes to its readers when it is swept or when
+    // its date rose; in topological order its date is final by then.
+    for (long v : order) {
+        const Bddexpression* e = wood.exp_table[v];
+        bool raised = e != nullptr && early[v] > early0[v];
+        if (raised) raise_level(early[v]);
+        if (!swept[v] && !raised) continue;
+        if (wood.amont_table[v].empty()) {
+            if (e != nullptr && swept[v]) raise_level(early[v]);
+            continue;
+        }
+        long date = e != nullptr ? early[v] + 1 : 1;
+        for (long s : wood.amont_table[v])
+            if (wood.exp_table[s] != nullptr && early[s] < date) early[s] = date;
+    }
+    // Late dates: readers come before what they read in reverse order.
+    for (auto it = order.rbegin(); it != order.rend(); ++it) {
+        long v = *it;
+        if (late[v] > late0[v]) raise_level(late[v]);
+        const Bddexpression* e = wood.exp_table[v];
+        if (e == nullptr) continue;
+        if (!swept[v] && late[v] == late0[v]) continue;
+        long date = late[v] + 1;
+        for (long d : e->dependances)
+            if (d >= 0 && d < n && late[d] < date) late[d] = date;
+    }
+    if (level > 2 * n) return false;
+
+    for (long v = 0; v < n; v++) {
+        if (Bddexpression* e = wood.exp_table[v]) e->early_date = early[v];
+        wood.late_dates[v] = late[v];
+    }
+    wood.nb_level = level;
+    return true;
+}
+
+// One turn of the sweep of compute_dates over variable i.
+void sweep_one(Bddexpressionwood& wood, long i, const char* message)
+{
+    Bddexpression* e = wood.exp_table[i];
+    if (wood.amont_table[i].empty()) {
+        if (e == nullptr) return;
+        if (wood.nb_level <= e->early_date) wood.nb_level = e->early_date + 1;
+    } else {
+        for (long s : wood.amont_table[i]) {
+            if (s >= wood.nb_bdd_vars) {
+                std::cerr << message << s << ">= " << wood.nb_bdd_vars << std::endl;
+                continue;
+            }
+            // Read afresh: on a cycle the propagation can come back here.
+            wood.early_propagation(s, e != nullptr ? e->early_date + 1 : 1);
+        }
+        if (e == nullptr) return;
+    }
+    std::set<long> deps = e->dependances;
+    for (long d : deps)
+        if (d < wood.nb_bdd_vars) wood.late_propagation(d, e->getLateDate() + 1);
+}
+
+} // namespace
+
+// ------------------------------------------------------------ propagations
+
+void Bddexpressionwood::early_propagation(long var, long date)
+{
+    struct Frame {
+        long date;
+        std::set<long>::const_iterator it, end;
+    };
+    std::vector<Frame> stack;
+    // The body of one call up to its loop; true when the loop is to run.
+    auto enter = [this, &stack](long v, long d) {
+        if (v < 0 || v >= nb_bdd_vars) return;
+        Bddexpression* e = exp_table[v];
+        if (e == nullptr || d <= e->early_date) return;
+        e->early_date = d;
+        if (nb_level <= d) nb_level = d + 1;
+        if (nb_level > 2 * nb_bdd_vars) return; // the only end round a cycle
+        stack.push_back({d, amont_table[v].begin(), amont_table[v].end()});
+    };
+    enter(var, date);
+    while (!stack.empty()) {
+        Frame& f = stack.back();
+        while (f.it != f.end && *f.it >= nb_bdd_vars) ++f.it;
+        if (f.it == f.end) {
+            stack.pop_back();
+            continue;
+        }
+        long s = *f.it++;
+        enter(s, f.date + 1);
+    }
+}
+
+void Bddexpressionwood::late_propagation(long var, long date)
+{
+    struct Frame {
+        long date;
+        std::vector<long> deps; // private copy, as the walk always took
+        std::size_t next;
+    };
+    std::vector<Frame> stack;
+    auto enter = [this, &stack](long v, long d) {
+        if (v < 0 || v >= nb_bdd_vars) return;
+        if (late_dates[v] >= d && late_dates[v] != 0) return;
+        late_dates[v] = d;
+        if (nb_level <= d) nb_level = d + 1;
+        Bddexpression* e = exp_table[v];
+        if (e == nullptr) return; // nothing upstream
+        if (nb_level > 2 * nb_bdd_vars) return;
+        stack.push_back({d, std::vector<long>(e->dependances.begin(), e->dependances.end()), 0});
+    };
+    enter(var, date);
+    while (!stack.empty()) {
+        Frame& f = stack.back();
+        while (f.next < f.deps.size() && f.deps[f.next] >= nb_bdd_vars) f.next++;
+        if (f.next == f.deps.size()) {
+            stack.pop_back();
+            continue;
+        }
+        long d = f.deps[f.next++];
+        enter(d, f.date + 1);
+    }
+}
+
+// ------------------------------------------------------------------ dating
+
+long Bddexpressionwood::compute_dates_literal()
+{
+    update_bdd_vars();
+    if (nb_level != 0 || nb_bdd_vars < 1) return nb_level;
+    for (long i = 0; i < nb_bdd_vars; i++) late_dates[i] = 0;
+    for (long i = 0; i < nb_bdd_vars; i++)
+        sweep_one(*this, i, "ERREUR dans compute_date(): nombre de variables trop grand :");
+    return nb_level;
+}
+
+long Bddexpressionwood::compute_dates_literal(std::list<long>& ids)
+{
+    update_bdd_vars();
+    if (nb_level < 1) {
+        nb_level = compute_dates_literal();
+        return nb_level;
+    }
+    for (long id : ids)
+        if (id >= 0 && id < nb_bdd_vars)
+            sweep_one(*this, id,
+                      "ERREUR dans compute_date(list ident): numero de variables trop grand :");
+    return nb_level;
+}
+
+long Bddexpressionwood::compute_dates()
+{
+    update_bdd_vars();
+    if (nb_level != 0 || nb_bdd_vars < 1) return nb_level;
+    if (fast_dates(*this, nullptr)) return nb_level;
+    return compute_dates_literal();
+}
+
+long Bddexpressionwood::compute_dates(std::list<long>& ids)
+{
+    update_bdd_vars();
+    if (nb_level < 1) {
+        nb_level = compute_dates();
+        return nb_level;
+    }
+    if (fast_dates(*this, &ids)) return nb_level;
+    return compute_dates_literal(ids);
+}
+
+long PERT(Bddexpressionwood* wood) { return wood != nullptr ? wood->compute_dates() : 0; }
+
+// ------------------------------------------------------------------- sorts
+
+std::list<long> Bddexpressionwood::earliest_sort_literal() const
+{
+    std::list<long> result;
+    for (long level = 0; level <= nb_level; level++)
+        for (long i = 0; i < nb_bdd_vars; i++)
+            if (exp_table[i] != nullptr && exp_table[i]->early_date == level) result.push_back(i);
+    return result;
+}
+
+std::list<long> Bddexpressionwood::latest_sort_literal() const
+{
+    std::list<long> result;
+    for (long level = nb_level; level >= 0; level--)
+        for (long i = 0; i < nb_bdd_vars; i++)
+            if (exp_table[i] != nullptr && late_dates[i] == level) result.push_back(i);
+    return result;
+}
+
+// Same lists as the level-by-level scans: a stable sort on the date keeps
+// ascending indices within a level; dates outside 0..nb_level are left out.
+std::list<long> Bddexpressionwood::earliest_sort() const
+{
+    std::vector<std::pair<long, long>> keyed;
+    for (long i = 0; i < nb_bdd_vars; i++)
+        if (exp_table[i] != nullptr && exp_table[i]->early_date >= 0 &&
+            exp_table[i]->early_date <= nb_level)
+            keyed.push_back({exp_table[i]->early_date, i});
+    std::stable_sort(keyed.begin(), keyed.end(),
+                     [](const std::pair<long, long>& a, const std::pair<long, long>& b) {
+                         return a.first < b.first;
+                     });
+    std::list<long> result;
+    for (const auto& k : keyed) result.push_back(k.second);
+    return result;
+}
+
+std::list<long> Bddexpressionwood::latest_sort() const
+{
+    std::vector<std::pair<long, long>> keyed;
+    for (long i = 0; i < nb_bdd_vars; i++)
+        if (exp_table[i] != nullptr && late_dates[i] >= 0 && late_dates[i] <= nb_level)
+            keyed.push_back({late_dates[i], i});
+    std::stable_sort(keyed.begin(), keyed.end(),
+                     [](const std::pair<long, long>& a, const std::pair<long, long>& b) {
+                         return a.first > b.first;
+                     });
+    std::list<long> result;
+    for (const auto& k : keyed) result.push_back(k.second);
+    return result;
+}
+
+std::list<long> Bddexpressionwood::loop_detection()
+{
+    std::list<long> result;
+    if (nb_level == 0) compute_dates();
+    // Without a cycle no date can pass the number of variables.
+    if (nb_bdd_vars >= nb_level || nb_bdd_vars < 1) return result;
+    for (long i = 0; i < nb_bdd_vars; i++) {
+        const Bddexpression* e = exp_table[i];
+        if (e == nullptr) continue;
+        if (e->early_date > nb_bdd_vars || late_dates[i] > nb_bdd_vars) result.push_back(i);
+    }
+    return result;
+}
+
+// --------------------------------------------------------- critical paths
+//
+// up:   m(v) = max(w(v), w(v) + m(d)) over the filled dependances d,
+//       and the call returns base + m(var);
+// down: m(v) = max(0, w(s) + m(s)) over the filled readers s.
+// Both enumerate every path when taken literally.
+
+long Bddexpressionwood::up_critical_path_literal(long var, long depth, long base)
+{
+    struct Frame {
+        long base;
+        long depth;
+        long w;
+        long m;
+        std::vector<long> deps;
+        std::size_t next;
+    };
+    std::vector<Frame> stack;
+    long result = 0;
+    bool have_result = false;
+    auto enter = [this, &stack, &result, &have_result](long v, long d, long b) {
+        const Bddexpression* e = slot(*this, v);
+        if (e == nullptr) {
+            result = b;
+            have_result = true;
+            return;
+        }
+        std::vector<long> deps(e->dependances.begin(), e->dependances.end());
+        long w = e->w;
+        // A path this long can only be a cycle: dissolve the variable into
+        // its readers, and go on over the copy.
+        if (d >= nb_bdd_vars) useless_local(v);
+        stack.push_back({b, d, w, w, std::move(deps), 0});
+    };
+    enter(var, depth, base);
+    while (!stack.empty()) {
+        if (have_result) {
+            have_result = false;
+            Frame& parent = stack.back();
+            if (result > parent.m) parent.m = result;
+        }
+        Frame& f = stack.back();
+        while (f.next < f.deps.size() && slot(*this, f.deps[f.next]) == nullptr) f.next++;
+        if (f.next == f.deps.size()) {
+            result = f.base + f.m;
+            have_result = true;
+            stack.pop_back();
+            continue;
+        }
+        long d = f.deps[f.next++];
+        enter(d, f.depth + 1, f.w);
+    }
+    return result;
+}
+
+long Bddexpressionwood::down_critical_path_literal(long var, long depth, long base) const
+{
+    struct Frame {
+        long base;
+        long depth;
+        long m;
+        std::set<long>::const_iterator it, end;
+    };
+    if (var < 0 || var >= nb_bdd_vars) return base;
+    std::vector<Frame> stack;
+    stack.push_back({base, depth, 0, amont_table[var].begin(), amont_table[var].end()});
+    long result = 0;
+    bool have_result = false;
+    while (!stack.empty()) {
+        if (have_result) {
+            have_result = false;
+            if (result > stack.back().m) stack.back().m = result;
+        }
+        Frame& f = stack.back();
+        if (f.it == f.end) {
+            result = f.base + f.m;
+            have_result = true;
+            stack.pop_back();
+            continue;
+        }
+        long s = *f.it++;
+        const Bddexpression* e = slot(*this, s);
+        if (e == nullptr) continue;
+        if (f.depth >= nb_bdd_vars) {
+            std::cerr << "WARNING in Bddexpressionwood::down_critical_path():" << std::endl
+                      << "   possible infinite recursion due to a signals cycle" << std::endl;
+            continue;
+        }
+        long d = f.depth + 1;
+        stack.push_back({e->w, d, 0, amont_table[s].begin(), amont_table[s].end()});
+    }
+    return result;
+}
+
+namespace {
+
+// Memoised critical path over the part of the graph that `var` reaches in
+// one direction (up: filled dependances; down: filled readers). `m` gets
+// the value of the formula above for var and `height` the number of edges
+// of the longest path from var. Returns false on a cycle in that part.
+bool memo_path(const Bddexpressionwood& wood, long var, bool up, long& m, long& height)
+{
+    auto next_of = [&wood, up](long v, std::vector<long>& out) {
+        out.clear();
+        if (up) {
+            const Bddexpression* e = slot(wood, v);
+            if (e == nullptr) return;
+            for (long d : e->dependances)
+                if (slot(wood, d) != nullptr) out.push_back(d);
+        } else {
+            for (long s : wood.amont_table[v])
+                if (slot(wood, s) != nullptr) out.push_back(s);
+        }
+    };
+    // 0 unseen, 1 on the walk, 2 done.
+    std::map<long, char> state;
+    std::map<long, std::pair<long, long>> value; // m, height
+    struct Frame {
+        long v;
+        std::vector<long> next;
+        std::size_t k;
+    };
+    std::vector<Frame> stack;
+    stack.push_back({var, {}, 0});
+    next_of(var, stack.back().next);
+    state[var] = 1;
+    while (!stack.empty()) {
+        Frame& f = stack.back();
+        if (f.k < f.next.size()) {
+            long u = f.next[f.k++];
+            char& st = state[u];
+            if (st == 1) return false;
+            if (st == 2) continue;
+            st = 1;
+            stack.push_back({u, {}, 0});
+            next_of(u, stack.back().next);
+            continue;
+        }
+        long v = f.v;
+        long best = 0, h = 0;
+        long w = 0;
+        if (up) w = slot(wood, v)->w;
+        bool any = false;
+        for (long u : f.next) {
+            const auto& mu = value[u];
+            long candidate = up ? w + mu.first : slot(wood, u)->w + mu.first;
+            if (!any || candidate > best) best = candidate;
+            any = true;
+            if (mu.second + 1 > h) h = mu.second + 1;
+        }
+        long mv = up ? (any && best > w ? best : w) : (any && best > 0 ? best : 0);
+        value[v] = {mv, h};
+        state[v] = 2;
+        stack.pop_back();
+    }
+    m = value[var].first;
+    height = value[var].second;
+    return true;
+}
+
+} // namespace
+
+long Bddexpressionwood::up_critical_path(long var, long depth, long base)
+{
+    if (slot(*this, var) == nullptr) return base;
+    long m = 0, height = 0;
+    // The depth limit acts on a node reached at depth nb_bdd_vars or more.
+    if (memo_path(*this, var, true, m, height) && depth + height < nb_bdd_vars) return base + m;
+    return up_critical_path_literal(var, depth, base);
+}
+
+long Bddexpressionwood::down_critical_path(long var, long depth, long base) const
+{
+    if (var < 0 || var >= nb_bdd_vars) return base;
+    long m = 0, height = 0;
+    // The warning needs a filled reader of a node at depth nb_bdd_vars.
+    if (memo_path(*this, var, false, m, height) && depth + height <= nb_bdd_vars) return base + m;
+    return down_critical_path_literal(var, depth, base);
+}
+
+bool Bddexpressionwood::memo_critical_paths(long depth, std::vector<long>& up,
+                                            std::vector<long>& down) const
+{
+    const long n = nb_bdd_vars;
+    std::vector<long> order;
+    if (!flow_order(*this, order)) return false;
+    std::vector<long> up_m(n, 0), up_h(n, 0), down_m(n, 0), down_h(n, 0);
+    // What an equation reads comes before it in the order.
+    for (long v : order) {
+        const Bddexpression* e = exp_table[v];
+        if (e == nullptr) continue;
+        long m = e->w, h = 0;
+        for (long d : e->dependances) {
+            if (slot(*this, d) == nullptr) continue;
+            m = std::max(m, e->w + up_m[d]);
+            h = std::max(h, up_h[d] + 1);
+        }
+        up_m[v] = m;
+        up_h[v] = h;
+        if (depth + h >= n) return false;
+    }
+    for (auto it = order.rbegin(); it != order.rend(); ++it) {
+        long v = *it;
+        long m = 0, h = 0;
+        for (long s : amont_table[v]) {
+            const Bddexpression* e = slot(*this, s);
+            if (e == nullptr) continue;
+            m = std::max(m, e->w + down_m[s]);
+            h = std::max(h, down_h[s] + 1);
+        }
+        down_m[v] = m;
+        down_h[v] = h;
+        if (depth + h > n) return false;
+    }
+    up.swap(up_m);
+    down.swap(down_m);
+    return true;
+}
+
+// ------------------------------------------------ the first fixed-point dating
+
+long normalise_min_min(long n, long* a, long* b)
+{
+    if (n < 1) return 0;
+    long min_a = *std::min_element(a, a + n);
+    long min_b = *std::min_element(b, b + n);
+    long greatest = 0; // both arrays are at least 0 once shifted
+    for (long i = 0; i < n; i++) {
+        a[i] -= min_a;
+        b[i] -= min_b;
+        if (a[i] > greatest) greatest = a[i];
+        if (b[i] > greatest) greatest = b[i];
+    }
+    return greatest;
+}
+
+void affiche_level(long n, bddpp_manager* manager, long* dates)
+{
+    for (long i = 0; i < n; i++) std::cout << manager->Name_var_by_index(i) << ":" << dates[i] << " ";
+    std::cout << std::endl;
+}
+
+long PERT_original_version(long n, Bddexpression** exps)
+{
+    if (n < 1) return 0;
+    const Bddexpressionwood* wood = exps[0]->wood;
+    long count = wood != nullptr && wood->bdd_manager != nullptr ? wood->bdd_manager->variables_number : 0;
+    std::vector<long> early(count > 0 ? count : 0, 0), late(count > 0 ? count : 0, 0);
+    std::vector<long> index(n, -1);
+    for (long i = 0; i < n; i++) {
+        long v = exps[i]->own_index();
+        if (v < 0 || v >= count) continue;
+        index[i] = v;
+        early[v] = exps[i]->early_date;
+        late[v] = exps[i]->getLateDate();
+    }
+    // A change ends the sweep at once; the next sweep starts from the first
+    // equation again.
+    auto sweeps = [n, exps, count](long* dates, bool up) {
+        int overflow = 0;
+        for (;;) {
+            bool changed = false;
+            for (long i = 0; i < n && !changed; i++)
+                changed = (up ? learn_upstream_dependance(count, dates, *exps[i], &overflow)
+                              : learn_downstream_dependance(count, dates, *exps[i], &overflow)) != 0;
+            if (!changed || overflow) return overflow;
+        }
+    };
+    int overflow_up = sweeps(early.data(), true);
+    int overflow_down = sweeps(late.data(), false);
+    if (overflow_down || overflow_up) {
+        // A member of a cycle is pushed both ways; what merely hangs on one
+        // is pushed one way only and stays out of the report.
+        std::cout << "CYCLE DE CAUSALITE SUR:" << std::endl;
+        for (long i = 0; i < n; i++) {
+            long v = index[i];
+            if (v >= 0 && early[v] >= count && late[v] >= count) std::cout << *exps[i] << std::endl;
+        }
+        std::cout << std::endl;
+        return -1;
+    }
+    long levels = count == 0 ? 1 : normalise_min_min(count, early.data(), late.data()) + 1;
+    for (long i = 0; i < n; i++) {
+        long v = index[i];
+        if (v < 0) continue;
+        exps[i]->early_date = early[v];
+        exps[i]->setLateDate(late[v]);
+    }
+    return levels;
+}
+
+long PERT_original_version(long n, Bddexpression* exps)
+{
+    std::vector<Bddexpression*> pointers;
+    for (long i = 0; i < n; i++) pointers.push_back(&exps[i]);
+    return PERT_original_version(n, pointers.data());
+}

@@ -1,0 +1,209 @@
+// The dependence graph, held twice: each equation's dependances (what it
+// reads, upstream) and each variable's amont_table entry (who reads it,
+// downstream). Walks go through both in ascending index order.
+
+#include "wood/Bddexpression.h"
+
+#include <iostream>
+
+std::set<long> set_union(const std::set<long>& a, const std::set<long>& b)
+{
+    std::set<long> r = a;
+    r.insert(b.begin(), b.end());
+    return r;
+}
+
+std::set<long> set_inter(const std::set<long>& a, const std::set<long>& b)
+{
+    std::set<long> r;
+    for (long x : a)
+        if (b.count(x) != 0) r.insert(x);
+    return r;
+}
+
+std::set<long> set_priv(const std::set<long>& a, const std::set<long>& b)
+{
+    std::set<long> r;
+    for (long x : a)
+        if (b.count(x) == 0) r.insert(x);
+    return r;
+}
+
+std::set<long> set_reencoding(const std::set<long>& s, const long* table)
+{
+    std::set<long> r;
+    for (long x : s) r.insert(table[x]);
+    return r;
+}
+
+std::ostream& put_set(std::ostream& out, const std::set<long>& s)
+{
+    out << "{";
+    bool first = true;
+    for (long x : s) {
+        if (!first) out << ",";
+        out << x;
+        first = false;
+    }
+    return out << "}";
+}
+
+void Bddexpressionwood::internal_global_build_dependances()
+{
+    // Readers declared by abstract constructors are lost here on purpose.
+    for (long i = 0; i < nb_bdd_vars; i++) amont_table[i].clear();
+    for (long i = 0; i < nb_bdd_vars; i++) {
+        Bddexpression* e = exp_table[i];
+        if (e == nullptr) continue;
+        if (e->abstraction == 0) e->internal_build_dependances();
+        for (long d : e->dependances)
+            if (d >= 0 && d < nb_bdd_vars) amont_table[d].insert(i);
+    }
+}
+
+// Both walks are the plain recursion "add each unseen neighbour, then walk
+// from it one level deeper", threaded through one accumulating set; an
+// explicit stack stands for the call stack so that a long chain cannot
+// overflow it. The depth limit and its warning act exactly where the
+// recursion's would.
+
+std::set<long> Bddexpressionwood::down_dependances(long index, long depth, std::set<long>& acc)
+{
+    std::set<long> result = acc;
+    if (index < 0 || index >= nb_bdd_vars) return result;
+    struct Frame {
+        long depth;
+        std::set<long>::const_iterator it, end;
+    };
+    std::vector<Frame> stack;
+    stack.push_back({depth, amont_table[index].begin(), amont_table[index].end()});
+    while (!stack.empty()) {
+        Frame& f = stack.back();
+        if (f.it == f.end) {
+            stack.pop_back();
+            continue;
+        }
+        long s = *f.it++;
+        long d = f.depth;
+        if (!result.insert(s).second) continue;
+        if (d < nb_bdd_vars) {
+            if (s >= 0 && s < nb_bdd_vars)
+                stack.push_back({d + 1, amont_table[s].begin(), amont_table[s].end()});
+        } else {
+            std::cerr << "WARNING in Bddexpressionwood::down_dependances():" << std::endl
+                      << "   possible infinite recusion due to a signals cycle" << std::endl;
+        }
+    }
+    return result;
+}
+
+std::set<long> Bddexpressionwood::up_dependances(long index, long depth, std::set<long>& acc)
+{
+    std::set<long> result = acc;
+    auto equation = [this](long i) -> const Bddexpression* {
+        return i >= 0 && i < nb_bdd_vars ? exp_table[i] : nullptr;
+    };
+    const Bddexpression* top = equation(index);
+    if (top == nullptr) return result;
+    struct Frame {
+        long depth;
+        std::set<long>::const_iterator it, end;
+    };
+    std::vector<Frame> stack;
+    stack.push_back({depth, top->dependances.begin(), top->dependances.end()});
+    while (!stack.empty()) {
+        Frame& f = stack.back();
+        if (f.it == f.end) {
+            stack.pop_back();
+            continue;
+        }
+        long s = *f.it++;
+        long d = f.depth;
+        if (!result.insert(s).second) continue;
+        if (d < nb_bdd_vars) {
+            const Bddexpression* e = equation(s);
+            if (e != nullptr) stack.push_back({d + 1, e->dependances.begin(), e->dependances.end()});
+        } else {
+            std::cerr << "WARNING in Bddexpressionwood::up_dependances():" << std::endl
+                      << "   possible infinite recursion due to a signals cycle" << std::endl;
+        }
+    }
+    return result;
+}
+
+void Bddexpressionwood::coherence_dependances_check(std::ostream&) const
+{
+    std::vector<std::set<long>> computed(nb_bdd_vars > 0 ? nb_bdd_vars : 0);
+    for (long i = 0; i < nb_bdd_vars; i++) {
+        const Bddexpression* e = exp_table[i];
+        if (e == nullptr) continue;
+        for (long d : e->dependances)
+            if (d >= 0 && d < nb_bdd_vars) computed[d].insert(i);
+    }
+    for (long i = 0; i < nb_bdd_vars; i++) {
+        if (computed[i] == amont_table[i]) continue;
+        std::cerr << "incoherence sur table des amonts pour la variable " << i << ": calcule: ";
+        put_set(std::cerr, computed[i]) << " trouve";
+        put_set(std::cerr, amont_table[i]) << std::endl;
+    }
+}
+
+std::set<long> Bddexpressionwood::Set_of_index_used_variables() const
+{
+    std::set<long> result;
+    for (long id : exp_ids) {
+        const Bddexpression* e = id >= 0 && id < nb_bdd_vars ? exp_table[id] : nullptr;
+        if (e == nullptr) {
+            std::cerr << "internal error in Bddexpressionwood::Set_of_index_used_variables(): "
+                         "expression not found!!!"
+                      << "   about id:" << id << std::endl;
+            continue;
+        }
+        std::set<long> used = e->set_of_index_used_variables();
+        result.insert(used.begin(), used.end());
+    }
+    return result;
+}
+
+// One relaxation step of the fixed-point dating; `push_up` tells the
+// direction. The overflow flag rises when a new date reaches twice the
+// number of variables, a height that no acyclic graph gives.
+static int learn_dependance(long nvars, long* dates, Bddexpression& e, int* overflow,
+                            bool push_up, const char* message)
+{
+    *overflow = 0;
+    long i = -3;
+    bddpp_manager* m = e.wood != nullptr && e.wood->bdd_manager != nullptr
+                           ? e.wood->bdd_manager
+                           : e.bdd_var.manager_ref();
+    if (m != nullptr) i = m->Bdd_if_index(e.bdd_var);
+    if (i < 0 || i >= nvars) {
+        std::cerr << message << std::endl;
+        return 0;
+    }
+    int changed = 0;
+    std::set<long> deps = e.dependances;
+    for (long d : deps) {
+        if (d < 0 || d >= nvars) continue;
+        long& from = push_up ? dates[d] : dates[i];
+        long& to = push_up ? dates[i] : dates[d];
+        if (to <= from) {
+            to = from + 1;
+            changed = 1;
+            if (*overflow != 1 && to >= 2 * nvars) *overflow = 1;
+        }
+    }
+    return changed;
+}
+
+int learn_upstream_dependance(long nvars, long* dates, Bddexpression& e, int* overflow)
+{
+    return learn_dependance(nvars, dates, e, overflow, true,
+                            "INTERNAL ERROR in learn_upstream_dependance()");
+}
+
+int learn_downstream_dependance(long nvars, long* dates, Bddexpression& e, int* overflow)
+{
+    return learn_dependance(nvars, dates, e, overflow, false,
+                            "INTERNAL ERROR in learn_downstream_dependance()");
+}

@@ -1,0 +1,413 @@
+// The wood: tables, learning and forgetting, lookups, forwarding to the
+// manager, new variables.
+
+#include "wood/Bddexpression.h"
+
+#include <cstdlib>
+#include <iostream>
+
+namespace {
+
+const long max_arrays_length = 536870912; // 2^29
+
+bool initialised(const bdd& f) { return f.manager_ref() != nullptr && f.node() != nullptr; }
+
+void allocate_tables(Bddexpressionwood& wood, long length)
+{
+    wood.arrays_length = length;
+    wood.exp_table = new Bddexpression*[length]();
+    wood.amont_table = new std::set<long>[length];
+    wood.late_dates = new long[length]();
+}
+
+} // namespace
+
+static void init_from_manager(Bddexpressionwood& wood)
+{
+    wood.common_bdd_manager = 0;
+    wood.nb_level = 0;
+    wood.nb_bdd_vars = wood.bdd_manager != nullptr ? wood.bdd_manager->variables_number : 0;
+    long length = 1;
+    while (length < wood.nb_bdd_vars) {
+        if (length >= max_arrays_length) {
+            std::cerr << "in Bddexpression: Nb bdd vars reached!" << std::endl
+                      << "program aborted ..." << std::endl;
+            std::exit(1);
+        }
+        length *= 2;
+    }
+    allocate_tables(wood, length);
+}
+
+Bddexpressionwood::Bddexpressionwood()
+    : common_bdd_manager(0), bdd_manager(new bddpp_manager()), nb_bdd_vars(0), arrays_length(0),
+      exp_table(nullptr), amont_table(nullptr), late_dates(nullptr), nb_level(0)
+{
+    init_from_manager(*this);
+}
+
+Bddexpressionwood::Bddexpressionwood(bddpp_manager* manager)
+    : common_bdd_manager(0), bdd_manager(manager), nb_bdd_vars(0), arrays_length(0),
+      exp_table(nullptr), amont_table(nullptr), late_dates(nullptr), nb_level(0)
+{
+    init_from_manager(*this);
+}
+
+Bddexpressionwood::~Bddexpressionwood()
+{
+    delete[] amont_table;
+    delete[] late_dates;
+    if (exp_table != nullptr) {
+        for (long i = 0; i < nb_bdd_vars; i++) delete exp_table[i];
+        delete[] exp_table;
+    }
+    // Equations hold handles of the manager: they go first.
+    if (common_bdd_manager == 0) delete bdd_manager;
+    exp_ids.clear();
+}
+
+void Bddexpressionwood::update_bdd_vars()
+{
+    if (bdd_manager == nullptr) return;
+    long count = bdd_manager->variables_number;
+    if (nb_bdd_vars >= count) return;
+    if (count > arrays_length) {
+        long length = arrays_length < 1 ? 1 : arrays_length;
+        while (length < count) {
+            if (length > 536870911) {
+                std::cerr << "in Bddexpressionwood: Nb bdd vars reached!" << std::endl
+                          << "program aborted ..." << std::endl;
+                std::exit(1);
+            }
+            length *= 2;
+        }
+        Bddexpression** old_exps = exp_table;
+        std::set<long>* old_amont = amont_table;
+        long* old_late = late_dates;
+        allocate_tables(*this, length);
+        for (long i = 0; i < nb_bdd_vars; i++) {
+            exp_table[i] = old_exps[i];
+            amont_table[i].swap(old_amont[i]);
+            late_dates[i] = old_late[i];
+        }
+        delete[] old_exps;
+        delete[] old_amont;
+        delete[] old_late;
+        for (long i = 0; i < nb_bdd_vars; i++)
+            if (exp_table[i] != nullptr && exp_table[i]->abstraction == 0)
+                exp_table[i]->internal_build_dependances();
+    }
+    for (long i = nb_bdd_vars; i < count; i++) {
+        exp_table[i] = nullptr;
+        amont_table[i].clear();
+        late_dates[i] = 0;
+    }
+    nb_bdd_vars = count;
+}
+
+void Bddexpressionwood::update_bdd_vars(long new_index)
+{
+    if (bdd_manager == nullptr) return;
+    long count = bdd_manager->variables_number;
+    if (nb_bdd_vars + 1 != count) {
+        std::cerr << "Internal error in update_bdd_vars(nouv_index):" << std::endl
+                  << "awaited " << nb_bdd_vars + 1 << " variables, found: " << count << std::endl;
+        return;
+    }
+    long old_nb = nb_bdd_vars;
+    update_bdd_vars(); // room for one more, cleared last slot
+    if (new_index < 0 || new_index >= old_nb) return; // nothing to move
+    for (long i = old_nb; i > new_index; i--) {
+        exp_table[i] = exp_table[i - 1];
+        amont_table[i].swap(amont_table[i - 1]);
+        late_dates[i] = late_dates[i - 1];
+    }
+    exp_table[new_index] = nullptr;
+    amont_table[new_index].clear();
+    late_dates[new_index] = 0;
+    auto shifted = [new_index](const std::set<long>& s) {
+        std::set<long> r;
+        for (long x : s) r.insert(x >= new_index ? x + 1 : x);
+        return r;
+    };
+    for (long i = 0; i < nb_bdd_vars; i++) amont_table[i] = shifted(amont_table[i]);
+    // The slots moved, so the set of filled slots moves with them.
+    exp_ids = shifted(exp_ids);
+    for (long i = 0; i < nb_bdd_vars; i++)
+        if (exp_table[i] != nullptr && exp_table[i]->abstraction == 0)
+            exp_table[i]->internal_build_dependances();
+}
+
+// learn_expression and learn_abstract_expression differ only by the readers
+// that an abstract definition declares.
+static void learn(Bddexpressionwood& wood, Bddexpression* e, std::set<long>* readers)
+{
+    if (e == nullptr) {
+        std::cerr << "INTERNAL ERROR in Bddexpressionwood::learn_expression():" << std::endl
+                  << "no expression !!!" << std::endl;
+        return;
+    }
+    long i = wood.bdd_manager->Bdd_if_index(e->bdd_var);
+    if (i < 0) {
+        std::cerr << "INTERNAL ERROR in Bddexpressionwood::learn_expression():" << std::endl
+                  << "no left member in expression" << std::endl;
+        return;
+    }
+    if (i >= wood.bdd_manager->variables_number) {
+        std::cerr << "INTERNAL ERROR in Bddexpressionwood::learn_expression():" << std::endl
+                  << "bdd variable doesn't exist in Bdd manager" << std::endl;
+        return;
+    }
+    if (i >= wood.nb_bdd_vars) wood.update_bdd_vars();
+    Bddexpression* old = wood.exp_table[i];
+    if (old == e) return;
+    if (old != nullptr) {
+        // The old equation is left alone: neither destroyed nor reachable.
+        for (long d : old->dependances)
+            if (d >= 0 && d < wood.nb_bdd_vars) wood.amont_table[d].erase(i);
+    } else {
+        wood.exp_ids.insert(i);
+    }
+    wood.exp_table[i] = e;
+    for (long d : e->dependances)
+        if (d >= 0 && d < wood.nb_bdd_vars) wood.amont_table[d].insert(i);
+    if (readers != nullptr)
+        for (long r : *readers)
+            if (r >= 0 && r < wood.nb_bdd_vars) wood.amont_table[i].insert(r);
+    if (wood.nb_level < e->early_date) wood.nb_level = e->early_date;
+    if (wood.nb_level < wood.late_dates[i]) wood.nb_level = wood.late_dates[i];
+}
+
+void Bddexpressionwood::learn_expression(Bddexpression* e) { learn(*this, e, nullptr); }
+
+void Bddexpressionwood::learn_abstract_expression(Bddexpression* e, std::set<long>* readers)
+{
+    learn(*this, e, readers);
+}
+
+void Bddexpressionwood::forget_expression_by_bddid(long id)
+{
+    if (id < 0 || id >= nb_bdd_vars) {
+        std::cerr << "Error in Bddexpressionwood::forget_expression_by_bddid(): " << std::endl
+                  << id << " value not found ..." << std::endl;
+        return;
+    }
+    Bddexpression* e = exp_table[id];
+    if (e == nullptr || !amont_table[id].empty()) return;
+    for (long d : e->dependances)
+        if (d >= 0 && d < nb_bdd_vars) amont_table[d].erase(id);
+    delete e;
+    exp_table[id] = nullptr;
+    exp_ids.erase(id);
+    late_dates[id] = 0;
+}
+
+void Bddexpressionwood::absolute_forget_expression_by_bddid(long id)
+{
+    if (id < 0 || id >= nb_bdd_vars) {
+        std::cerr << "Error in Bddexpressionwood::forget_expression_by_bddid(): " << std::endl
+                  << id << " value not found ..." << std::endl;
+        return;
+    }
+    Bddexpression* e = exp_table[id];
+    if (e == nullptr || !amont_table[id].empty()) return;
+    delete e;
+    exp_table[id] = nullptr;
+    exp_ids.erase(id);
+}
+
+void Bddexpressionwood::append_not_expression(long index)
+{
+    if (index < 0 || index >= nb_bdd_vars || exp_table[index] == nullptr) return;
+    exp_table[index]->append_not_exp();
+}
+
+// ------------------------------------------------------------------ lookups
+
+Bddexpression* Bddexpressionwood::exp_by_index(long index) const
+{
+    if (index < 0 || index >= nb_bdd_vars) {
+        std::cerr << "ERROR in Bddexpressionwood::exp_by_index : id `" << index << "' not found!"
+                  << std::endl;
+        return nullptr;
+    }
+    return exp_table[index];
+}
+
+Bddexpression* Bddexpressionwood::exp_by_bdd(bdd var) const
+{
+    long i = bdd_manager->Index_var_by_bdd(var);
+    if (i < 0 || i >= nb_bdd_vars) {
+        std::cerr << "ERROR in Bddexpressionwood::exp_by_bdd : bdd not found!" << std::endl;
+        return nullptr;
+    }
+    return exp_table[i];
+}
+
+Bddexpression* Bddexpressionwood::exp_by_bddname(std::string nm) const
+{
+    long i = bdd_manager->Index_var_by_name(nm);
+    if (i < 0 || i >= nb_bdd_vars) {
+        std::cerr << "ERROR in Bddexpressionwood::exp_by_bddname : `" << nm << "' not found!"
+                  << std::endl;
+        return nullptr;
+    }
+    return exp_table[i];
+}
+
+// The two scans by the name field raise their counter before the bound test
+// and compare the slot behind it: the last slot is never compared, and the
+// counter handed back is the match's index plus one. Callers live with it.
+static long scan_by_name(const Bddexpressionwood& wood, const std::string& nm)
+{
+    long counter = 0;
+    for (;;) {
+        counter++;
+        if (counter >= wood.nb_bdd_vars) return -1;
+        Bddexpression* e = wood.exp_table[counter - 1];
+        if (e != nullptr && e->name == nm) return counter;
+    }
+}
+
+Bddexpression* Bddexpressionwood::exp_by_name(std::string nm) const
+{
+    long counter = scan_by_name(*this, nm);
+    if (counter < 0) {
+        std::cerr << "ERROR in Bddexpressionwood::exp_by_name : `" << nm << "' not found!"
+                  << std::endl;
+        return nullptr;
+    }
+    return exp_table[counter - 1];
+}
+
+long Bddexpressionwood::Index_exp_by_name(std::string nm) const
+{
+    long counter = scan_by_name(*this, nm);
+    if (counter < 0) {
+        std::cerr << "ERROR in Bddexpressionwood::Index_exp_by_name : `" << nm << "' not found!"
+                  << std::endl;
+        return -1;
+    }
+    return counter;
+}
+
+std::string Bddexpressionwood::Name_exp_by_index(long index) const
+{
+    if (index < 0 || index >= nb_bdd_vars || exp_table[index] == nullptr) {
+        std::cerr << "ERROR: in Bddexpressionwood::Name_exp_by_index(): index " << index
+                  << " not found!" << std::endl;
+        return std::string();
+    }
+    return exp_table[index]->name;
+}
+
+std::string Bddexpressionwood::Name_exp_by_bdd(bdd var) const
+{
+    long i = bdd_manager->Index_var_by_bdd(var);
+    if (i < 0 || i >= nb_bdd_vars || exp_table[i] == nullptr) {
+        std::cerr << "ERROR: in Bddexpressionwood::Name_exp_by_bdd(): bdd not found!" << std::endl;
+        return std::string();
+    }
+    return exp_table[i]->name;
+}
+
+std::string Bddexpressionwood::Bddname_exp_by_index(long index) const
+{
+    if (index < 0 || index >= nb_bdd_vars || exp_table[index] == nullptr) {
+        std::cerr << "ERROR: in Bddexpressionwood::Bddname_exp_by_index(): id " << index
+                  << " not found!" << std::endl;
+        return std::string();
+    }
+    return exp_table[index]->my_bddname();
+}
+
+std::string Bddexpressionwood::Bddname_exp_by_bdd(bdd var) const
+{
+    return bdd_manager->Name_var_by_bdd(var);
+}
+
+Bddexpression* Bddexpressionwood::exp(int n) const
+{
+    if (n < 0 || n >= exp_number()) {
+        std::cerr << "ERROR in Bddexpressionwood::exp(): " << n << " bad number ..." << std::endl
+                  << "possible: ";
+        put_set(std::cerr, exp_ids) << std::endl;
+        return nullptr;
+    }
+    auto it = exp_ids.begin();
+    for (int k = 0; k < n; k++) ++it;
+    long i = *it;
+    return i >= 0 && i < nb_bdd_vars ? exp_table[i] : nullptr;
+}
+
+long Bddexpressionwood::getLateDate(bdd var) const
+{
+    if (!initialised(var) || bdd_manager == nullptr) return 0;
+    long i = bdd_manager->Index_var_by_bdd(var);
+    if (i < 0 || i >= nb_bdd_vars) return 0;
+    return late_dates[i];
+}
+
+// ------------------------------------------------------------ forwarding
+
+bdd Bddexpressionwood::Bdd_one() { return bdd_manager->Bdd_one(); }
+bdd Bddexpressionwood::Bdd_zero() { return bdd_manager->Bdd_zero(); }
+bdd Bddexpressionwood::Bdd_var_by_index(long index) { return bdd_manager->Bdd_var_by_index(index); }
+long Bddexpressionwood::Index_var_by_name(std::string nm) { return bdd_manager->Index_var_by_name(nm); }
+std::string Bddexpressionwood::Name_var_by_index(long index)
+{
+    return bdd_manager->Name_var_by_index(index);
+}
+std::string Bddexpressionwood::Name_var_by_bdd(bdd f) { return bdd_manager->Name_var_by_bdd(f); }
+long Bddexpressionwood::Index_var_by_bdd(bdd f) { return bdd_manager->Index_var_by_bdd(f); }
+long Bddexpressionwood::Bdd_if_index(bdd f) { return bdd_manager->Bdd_if_index(f); }
+bool Bddexpressionwood::Bdd_is_tautology(bdd f) { return bdd_manager->Bdd_is_tautology(f); }
+bdd Bddexpressionwood::Bdd_and(bdd f, bdd g) { return bdd_manager->Bdd_and(f, g); }
+bdd Bddexpressionwood::Bdd_not(bdd f) { return bdd_manager->Bdd_not(f); }
+
+// ---------------------------------------------------------- new variables
+
+bdd Bddexpressionwood::New_var_last(std::string nm)
+{
+    bdd f = bdd_manager->New_var_last(nm);
+    update_bdd_vars();
+    return f;
+}
+
+long Bddexpressionwood::Index_new_var_last(std::string nm)
+{
+    bdd f = New_var_last(nm);
+    return bdd_manager->Bdd_if_index(f);
+}
+
+bdd Bddexpressionwood::New_var_before_by_bdd(bdd neighbour, std::string nm)
+{
+    long index = bdd_manager->Bdd_if_index(neighbour);
+    bdd f = bdd_manager->New_var_before(neighbour, nm);
+    update_bdd_vars(index);
+    return f;
+}
+
+bdd Bddexpressionwood::New_var_before_by_index(long index, std::string nm)
+{
+    bdd f = bdd_manager->New_var_before(index, nm);
+    update_bdd_vars(index);
+    return f;
+}
+
+bdd Bddexpressionwood::New_var_after_by_bdd(bdd neighbour, std::string nm)
+{
+    long index = bdd_manager->Bdd_if_index(neighbour);
+    bdd f = bdd_manager->New_var_after(neighbour, nm);
+    update_bdd_vars(index + 1);
+    return f;
+}
+
+bdd Bddexpressionwood::New_var_after_by_index(long index, std::string nm)
+{
+    bdd f = bdd_manager->New_var_after(index, nm);
+    update_bdd_vars(index + 1);
+    return f;
+}
+
+void Bddexpressionwood::delete_prefixe_names(std::string) { std::cerr << "a faire" << std::endl; }
