@@ -129,9 +129,27 @@ public:
     long own_index() const;
 
     // ---- elimination ----
+    // Splits the equation on the variable of id `var`: two new variables
+    // "<name>_<v>" and "<name>_not<v>" hold the cofactors, and the right
+    // member becomes ite(var, first, second). The outputs get the indices
+    // of the two new variables, or -3 and -3 when nothing was done.
+    void Shannon_expand(long var, long& positive, long& negative);
     // ---- end elimination ----
 
     // ---- integration and text ----
+    // "<name> " and the stream form without address and type.
+    std::string debug_in_string() const;
+    // One expression line of the compiled-module file; `table` renumbers.
+    void put_zkc(std::ostream& out, long* table);
+    void put_zkc_2_0_4(std::ostream& out, long* table);
+    void put_zkc_0_3_0(std::ostream& out, long* table, int level);
+    // "name = sum;" in Lustre words, quoted by the older layouts' comments.
+    void put_lustre_compatibilite(std::ostream& out, int level);
+    // "name = sum" in the words " or ", " and ", "not ".
+    void put_basic_doc(std::ostream& out, int level);
+    // The equation through the NuSMV node printer, nodes named
+    // prefix "_" global_id; prints only unmarked nodes.
+    void put_doc(std::ostream& out, std::string prefix);
     // ---- end integration and text ----
 };
 
@@ -260,10 +278,89 @@ public:
 
     // ---- elimination ----
     // Called by up_critical_path on a depth that only a cycle reaches.
+    // Substitutes var into its readers and leaves it unread in its slot;
+    // a variable that reads itself is reported and ends the process.
     void useless_local(long var);
+
+    // Pushes constant equations into their readers until none is read;
+    // equations of a user type in `keep` stay (unread). The result is that
+    // of ascending sweeps repeated until one changes nothing; the _literal
+    // form runs those sweeps and stays for differential checks.
+    void constants_propagation(std::list<int>& keep);
+    void constants_propagation();
+    void constants_propagation_literal(std::list<int>& keep);
+    // 1 when, after constants_propagation(), every equation is constant.
+    int global_tautology();
+    // Substitutes equations that read exactly one variable, then redates.
+    void suppress_wires(std::list<int>& keep);
+    void suppress_wires();
+    void suppress_locals(std::list<int>& keep);
+    void suppress_locals();
+    // One local: substitution, then a whole-wood constants propagation and
+    // reader rebuild. A variable that reads itself is reported and the wood
+    // left as it was.
+    void suppress_local(long var);
+    // suppress_local of each variable in list order, with the same result,
+    // nodes and texts, at a cost that follows what each elimination
+    // touches instead of the size of the wood.
+    void suppress_local(std::list<long>& vars);
+    // Drops (without destroying) equations nobody reads that read nothing,
+    // unless their index is kept.
+    void clean(std::list<long>& keep);
+    void clean(std::set<long>& keep);
+    void reduce_expressions(bdd cube, std::list<int>& keep);
+    void reduce_expressions(bdd cube);
+    void reduce_expressions_when_var_forgotten_by_exist_op(long var);
+    void reduce_expressions_when_var_forgotten_by_forall_op(long var);
+    long reduce_proposition_by_variable();
+    bdd reduce_proposition_by_assertion();
+    std::set<long> loop_breaking(std::set<long> candidates, int& flag);
+
+    // Helpers of the passes above.
+    static bool bdd_initialised(const bdd& f);
+    // 1 or 0 for a constant, -1 otherwise (uninitialised included).
+    static int bdd_constant_value(const bdd& f);
+    // Reader -> variables whose reader entry for it may be wrong.
+    using Touched = std::map<long, std::set<long>>;
+    bool constant_candidate(long i) const;
+    void propagate_one_constant(long i, const std::list<int>& keep, std::set<long>& removed,
+                                std::vector<long>& found, Touched* touched);
+    void propagate_constants(std::set<long> current, const std::list<int>& keep,
+                             std::set<long>& removed, Touched* touched);
+    void prune_readers();
+    void redate_by_critical_paths();
+    void report_self_dependance(long i);
+    bool substitute_local(long i, Touched* touched);
+    std::set<long> repair_readers(const Touched& touched);
     // ---- end elimination ----
 
     // ---- integration and text ----
+    // Takes in the equations of `instance` under new names, shared manager
+    // or not; every variable it uses gets a new variable at the end.
+    void Include_wood_instance(Bddexpressionwood& instance,
+                               std::map<std::string, std::string>& renaming);
+    // Every new name is the old one followed by `suffix`.
+    void Include_wood_instance(Bddexpressionwood& instance, std::string& suffix);
+    void stat(std::ostream& out) const;
+    // Tree of what var depends on.
+    void stat_early_dep(std::ostream& out, long var);
+    // The section of the compiled-module file between "equation_def:" and
+    // "end:"; `table` renumbers, -1 leaves a variable out.
+    void Put_zkc(std::ostream& out, long* table, int comments);
+    void Put_zkc_2_0_4(std::ostream& out, long* table, int comments);
+    void Put_zkc_0_3_0(std::ostream& out, long* table, int level, int comments);
+    // Dependence summary, one line per numbered variable.
+    void Put_zka(std::ostream& out, long* table, std::set<long>& filter, int);
+    void Put_zka(std::ostream& out, long* table, std::set<long>& filter, int, std::string source);
+    void Put_basic_doc(std::ostream& out, int level);
+    void Put_doc(std::ostream& out, std::string prefix);
+
+    void include_shared(Bddexpressionwood& instance, std::map<std::string, std::string>* renaming,
+                        const std::string* suffix);
+    void include_other(Bddexpressionwood& instance, std::map<std::string, std::string>* renaming,
+                       const std::string* suffix);
+    void put_zka_lines(std::ostream& out, long* table, std::set<long>& filter,
+                       const std::string* source);
     // ---- end integration and text ----
 
 };

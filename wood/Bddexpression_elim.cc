@@ -1,0 +1,607 @@
+// Variable elimination: constants pushed through the graph, wires and
+// locals substituted into their readers, isolated equations dropped,
+// restriction and quantification of the whole wood, Shannon expansion and
+// loop breaking.
+//
+// Every pass below walks its sets in ascending index order and creates BDD
+// nodes in the order of that walk; global ids reach the generated text, so
+// the order of the calls into the manager is behaviour.
+
+#include "wood/Bddexpression.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <vector>
+
+bool Bddexpressionwood::bdd_initialised(const bdd& f)
+{
+    return f.manager_ref() != nullptr && f.node() != nullptr;
+}
+
+int Bddexpressionwood::bdd_constant_value(const bdd& f)
+{
+    if (!bdd_initialised(f) || f.node() != f.manager_ref()->Bdd_node_one())
+        return -1;
+    return f.link_type() == 1 ? 1 : 0;
+}
+
+namespace {
+
+bool initialised(const bdd& f) { return Bddexpressionwood::bdd_initialised(f); }
+int constant_value(const bdd& f) { return Bddexpressionwood::bdd_constant_value(f); }
+
+bool kept_type(const std::list<int>& keep, int user_type)
+{
+    return std::find(keep.begin(), keep.end(), user_type) != keep.end();
+}
+
+// Equations that clean drops from the wood without destroying them stay
+// reachable from here for the life of the process.
+std::vector<Bddexpression*>& dropped_equations()
+{
+    static std::vector<Bddexpression*>* dropped = new std::vector<Bddexpression*>();
+    return *dropped;
+}
+
+} // namespace
+
+// ---------------------------------------------------------------- constants
+
+bool Bddexpressionwood::constant_candidate(long i) const
+{
+    if (i < 0 || i >= nb_bdd_vars)
+        return false;
+    Bddexpression* e = exp_table[i];
+    return e != nullptr && !amont_table[i].empty() && e->abstraction == 0 &&
+           constant_value(e->bdd_exp) >= 0;
+}
+
+// One step of the propagation on the constant equation i: its literal is
+// fixed in every reader, it leaves the wood unless its type is kept, and
+// nobody reads it any more. Readers that became constant are handed to
+// `found`; `touched`, when given, learns every reader membership that may
+// now disagree with the readers' dependances.
+void Bddexpressionwood::propagate_one_constant(long i, const std::list<int>& keep,
+                                               std::set<long>& removed,
+                                               std::vector<long>& found,
+                                               Touched* touched)
+{
+    Bddexpression* e = exp_table[i];
+    bdd literal = bdd_manager->Bdd_var_by_index(i);
+    if (constant_value(e->bdd_exp) == 0)
+        literal = bdd_manager->Bdd_not(literal);
+
+    std::set<long> stale;
+    const std::set<long> readers = amont_table[i];
+    for (long s : readers) {
+        if (touched)
+            (*touched)[s].insert(i);
+        Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
+        if (r == nullptr) {
+            stale.insert(s);
+            continue;
+        }
+        if (r->abstraction != 0 || !initialised(r->bdd_exp))
+            continue;
+        if (touched)
+            (*touched)[s].insert(r->dependances.begin(), r->dependances.end());
+        r->bdd_exp = bdd_manager->Bdd_reduce(r->bdd_exp, literal);
+        r->build_normal_dependances();
+        if (constant_candidate(s))
+            found.push_back(s);
+    }
+    for (long s : stale)
+        amont_table[i].erase(s);
+
+    if (!kept_type(keep, e->user_type)) {
+        if (touched)
+            (*touched)[i].insert(e->dependances.begin(), e->dependances.end());
+        delete e;
+        exp_table[i] = nullptr;
+        removed.insert(i);
+    }
+    amont_table[i].clear();
+}
+
+// The propagation as a run of ascending sweeps repeated until one changes
+// nothing, without the sweeps: a constant found behind the cursor would
+// have been met by the next sweep, one found ahead of it by this one, so
+// the equations are processed in exactly the order of the sweeps. Being a
+// candidate cannot be lost before the equation's own turn: readers' tables
+// only shrink by the entries of processed equations.
+void Bddexpressionwood::propagate_constants(std::set<long> current, const std::list<int>& keep,
+                                            std::set<long>& removed,
+                                            Touched* touched)
+{
+    std::set<long> next;
+    std::vector<long> found;
+    while (!current.empty()) {
+        while (!current.empty()) {
+            long i = *current.begin();
+            current.erase(current.begin());
+            if (!constant_candidate(i))
+                continue;
+            found.clear();
+            propagate_one_constant(i, keep, removed, found, touched);
+            for (long s : found) {
+                if (s > i)
+                    current.insert(s);
+                else
+                    next.insert(s);
+            }
+        }
+        current.swap(next);
+    }
+}
+
+void Bddexpressionwood::constants_propagation(std::list<int>& keep)
+{
+    std::set<long> candidates;
+    for (long i : exp_ids)
+        if (constant_candidate(i))
+            candidates.insert(i);
+    std::set<long> removed;
+    propagate_constants(candidates, keep, removed, nullptr);
+    for (long i : removed)
+        exp_ids.erase(i);
+    internal_global_build_dependances();
+}
+
+void Bddexpressionwood::constants_propagation()
+{
+    std::list<int> keep;
+    constants_propagation(keep);
+}
+
+void Bddexpressionwood::constants_propagation_literal(std::list<int>& keep)
+{
+    std::set<long> removed;
+    std::vector<long> found;
+    bool changed = true;
+    while (changed) {
+        changed = false;
+        for (long i : exp_ids) {
+            if (!constant_candidate(i))
+                continue;
+            propagate_one_constant(i, keep, removed, found, nullptr);
+            changed = true;
+        }
+    }
+    for (long i : removed)
+        exp_ids.erase(i);
+    internal_global_build_dependances();
+}
+
+int Bddexpressionwood::global_tautology()
+{
+    constants_propagation();
+    for (long i : exp_ids) {
+        Bddexpression* e = (i < nb_bdd_vars) ? exp_table[i] : nullptr;
+        if (e == nullptr)
+            continue;
+        if (constant_value(e->bdd_exp) < 0)
+            return 0;
+    }
+    return 1;
+}
+
+// ------------------------------------------------------------------- wires
+
+void Bddexpressionwood::prune_readers()
+{
+    for (long i = 0; i < nb_bdd_vars; ++i) {
+        std::set<long>& readers = amont_table[i];
+        for (auto it = readers.begin(); it != readers.end();) {
+            long s = *it;
+            Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
+            if (r == nullptr || r->dependances.count(i) == 0)
+                it = readers.erase(it);
+            else
+                ++it;
+        }
+    }
+}
+
+// New dates after wire suppression: one more than compute_dates would give
+// for the early date, the late date itself for the late one. On a graph
+// without a cycle both come from one memoised pass; a cycle takes the
+// per-equation walks, which may dissolve equations as they go.
+void Bddexpressionwood::redate_by_critical_paths()
+{
+    std::vector<long> up, down;
+    if (memo_critical_paths(1, up, down)) {
+        for (long i = 0; i < nb_bdd_vars; ++i) {
+            Bddexpression* e = exp_table[i];
+            if (e == nullptr)
+                continue;
+            e->early_date = 1 + up[i];
+            e->setLateDate(down[i]);
+        }
+        return;
+    }
+    for (long i = 0; i < nb_bdd_vars; ++i) {
+        Bddexpression* e = exp_table[i];
+        if (e == nullptr)
+            continue;
+        long early = up_critical_path(i, 1, 1);
+        e = exp_table[i];
+        if (e == nullptr)
+            continue;
+        e->early_date = early;
+        long late = down_critical_path(i, 1, 0);
+        e->setLateDate(late);
+    }
+}
+
+void Bddexpressionwood::suppress_wires(std::list<int>& keep)
+{
+    for (long i = 0; i < nb_bdd_vars; ++i) {
+        Bddexpression* e = exp_table[i];
+        if (e == nullptr || kept_type(keep, e->user_type) || e->abstraction != 0 ||
+            amont_table[i].empty() || e->dependances.size() != 1)
+            continue;
+        bool abstract_reader = false;
+        for (long s : amont_table[i]) {
+            Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
+            if (r != nullptr && r->abstraction != 0) {
+                abstract_reader = true;
+                break;
+            }
+        }
+        if (abstract_reader)
+            continue;
+
+        long d = *e->dependances.begin();
+        amont_table[d].erase(i);
+        exp_ids.erase(i);
+        std::set<long> orphans;
+        const std::set<long> readers = amont_table[i];
+        for (long s : readers) {
+            Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
+            if (r != nullptr) {
+                if (initialised(r->bdd_exp) && initialised(e->bdd_exp))
+                    r->bdd_exp = bdd_manager->Bdd_compose(r->bdd_exp, e->bdd_var, e->bdd_exp);
+                r->dependances.erase(i);
+                r->dependances.insert(d);
+            } else {
+                orphans.insert(s);
+            }
+            amont_table[d].erase(i);
+            amont_table[d].insert(s);
+        }
+        for (long s : orphans)
+            amont_table[i].erase(s);
+        delete e;
+        exp_table[i] = nullptr;
+        amont_table[i].clear();
+        late_dates[i] = 0;
+    }
+
+    // Constants go whatever their type: keep protects only from being a wire.
+    std::list<int> none;
+    constants_propagation(none);
+    prune_readers();
+    redate_by_critical_paths();
+}
+
+void Bddexpressionwood::suppress_wires()
+{
+    std::list<int> keep;
+    suppress_wires(keep);
+}
+
+// ------------------------------------------------------------------ locals
+
+void Bddexpressionwood::report_self_dependance(long i)
+{
+    std::cerr << "ERROR: detected self-dependance about variable : " << i << " !!!" << std::endl;
+    std::cerr << "in associated expression: " << *exp_table[i] << std::endl << std::endl;
+    std::cerr << "in associated wood:" << std::endl << *this << std::endl;
+}
+
+void Bddexpressionwood::suppress_locals(std::list<int>& keep)
+{
+    for (long i = 0; i < nb_bdd_vars; ++i) {
+        Bddexpression* e = exp_table[i];
+        if (e == nullptr || kept_type(keep, e->user_type) || amont_table[i].empty() ||
+            e->dependances.empty())
+            continue;
+        const std::set<long> deps = e->dependances;
+        for (long d : deps) {
+            amont_table[d].erase(i);
+            std::set<long> orphans;
+            const std::set<long> readers = amont_table[i];
+            for (long s : readers) {
+                Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
+                if (r != nullptr) {
+                    if (initialised(r->bdd_exp) && initialised(e->bdd_exp))
+                        r->bdd_exp = bdd_manager->Bdd_compose(r->bdd_exp, e->bdd_var, e->bdd_exp);
+                    r->dependances.erase(i);
+                    r->dependances.insert(d);
+                } else {
+                    orphans.insert(s);
+                }
+                amont_table[d].erase(i);
+                amont_table[d].insert(s);
+            }
+            for (long s : orphans)
+                amont_table[i].erase(s);
+        }
+        delete exp_table[i];
+        exp_table[i] = nullptr;
+        amont_table[i].clear();
+        exp_ids.erase(i);
+    }
+    std::list<int> none;
+    constants_propagation(none);
+    prune_readers();
+}
+
+void Bddexpressionwood::suppress_locals()
+{
+    std::list<int> keep;
+    suppress_locals(keep);
+}
+
+void Bddexpressionwood::useless_local(long var)
+{
+    long i = var;
+    if (i < 0 || i >= nb_bdd_vars)
+        return;
+    Bddexpression* e = exp_table[i];
+    if (e == nullptr || amont_table[i].empty() || e->dependances.empty())
+        return;
+    if (e->abstraction == 0)
+        e->build_normal_dependances();
+    if (e->dependances.count(i) != 0) {
+        report_self_dependance(i);
+        std::exit(1);
+    }
+    const std::set<long> deps = e->dependances;
+    for (long d : deps) {
+        amont_table[d].erase(i);
+        std::set<long> orphans;
+        const std::set<long> readers = amont_table[i];
+        for (long s : readers) {
+            Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
+            if (r != nullptr) {
+                if (initialised(e->bdd_exp) && initialised(r->bdd_exp)) {
+                    r->bdd_exp = bdd_manager->Bdd_compose(r->bdd_exp, e->bdd_var, e->bdd_exp);
+                    if (r->abstraction == 0)
+                        r->build_normal_dependances();
+                }
+            } else {
+                orphans.insert(s);
+            }
+            amont_table[d].erase(i);
+            amont_table[d].insert(s);
+        }
+        for (long s : orphans)
+            amont_table[i].erase(s);
+    }
+    amont_table[i].clear();
+}
+
+// ------------------------------------------------------------------- clean
+
+template <class Keep>
+static void clean_wood(Bddexpressionwood& wood, const Keep& keep)
+{
+    for (auto it = wood.exp_ids.begin(); it != wood.exp_ids.end();) {
+        long i = *it;
+        if (i >= wood.nb_bdd_vars)
+            break;
+        Bddexpression* e = i >= 0 ? wood.exp_table[i] : nullptr;
+        if (e == nullptr) {
+            std::cerr << "Warning in Bddexpressionwood::clean():"
+                      << "  Expression for id var " << i << " should be existed ..." << std::endl;
+            ++it;
+            continue;
+        }
+        if (std::find(keep.begin(), keep.end(), i) != keep.end()) {
+            ++it;
+            continue;
+        }
+        if (wood.amont_table[i].empty() && e->dependances.empty()) {
+            dropped_equations().push_back(e);
+            wood.exp_table[i] = nullptr;
+            it = wood.exp_ids.erase(it);
+            continue;
+        }
+        ++it;
+    }
+}
+
+void Bddexpressionwood::clean(std::list<long>& keep)
+{
+    std::set<long> kept(keep.begin(), keep.end());
+    clean_wood(*this, kept);
+}
+
+void Bddexpressionwood::clean(std::set<long>& keep)
+{
+    clean_wood(*this, keep);
+}
+
+// --------------------------------------------------- restriction, quantifiers
+
+template <class Op>
+static void rewrite_all(Bddexpressionwood& wood, Op op)
+{
+    for (long i : wood.exp_ids) {
+        Bddexpression* e = (i >= 0 && i < wood.nb_bdd_vars) ? wood.exp_table[i] : nullptr;
+        if (e == nullptr || !initialised(e->bdd_exp))
+            continue;
+        std::set<long> before = e->set_of_index_used_variables();
+        e->bdd_exp = op(e->bdd_exp);
+        e->build_normal_dependances();
+        std::set<long> after = e->set_of_index_used_variables();
+        if (before == after)
+            continue;
+        for (long v : set_priv(after, before))
+            wood.amont_table[v].insert(i);
+        for (long v : set_priv(before, after))
+            wood.amont_table[v].erase(i);
+    }
+}
+
+void Bddexpressionwood::reduce_expressions(bdd cube, std::list<int>& keep)
+{
+    bddpp_manager* m = bdd_manager;
+    rewrite_all(*this, [m, &cube](const bdd& f) { return m->Bdd_reduce(f, cube); });
+    constants_propagation(keep);
+}
+
+void Bddexpressionwood::reduce_expressions(bdd cube)
+{
+    std::list<int> keep;
+    reduce_expressions(cube, keep);
+}
+
+void Bddexpressionwood::reduce_expressions_when_var_forgotten_by_exist_op(long var)
+{
+    bddpp_manager* m = bdd_manager;
+    bdd v = m->Bdd_var_by_index(var);
+    rewrite_all(*this, [m, &v](const bdd& f) { return m->Bdd_exist(f, v); });
+    constants_propagation();
+}
+
+void Bddexpressionwood::reduce_expressions_when_var_forgotten_by_forall_op(long var)
+{
+    bddpp_manager* m = bdd_manager;
+    bdd v = m->Bdd_var_by_index(var);
+    rewrite_all(*this, [m, &v](const bdd& f) { return m->Bdd_forall(f, v); });
+    constants_propagation();
+}
+
+// The first equation by (early date, index) with readers and dependances,
+// among dates 0 to nb_level: the order of a walk level by level.
+long Bddexpressionwood::reduce_proposition_by_variable()
+{
+    long best = -1;
+    for (long i = 0; i < nb_bdd_vars; ++i) {
+        Bddexpression* e = exp_table[i];
+        if (e == nullptr || amont_table[i].empty() || e->dependances.empty())
+            continue;
+        if (e->early_date < 0 || e->early_date > nb_level)
+            continue;
+        if (best < 0 || e->early_date < exp_table[best]->early_date)
+            best = i;
+    }
+    return best < 0 ? -1 : *exp_table[best]->dependances.begin();
+}
+
+// An uninitialised right member (an abstract equation) is passed by: it
+// has no implicant to give.
+bdd Bddexpressionwood::reduce_proposition_by_assertion()
+{
+    for (long i : latest_sort()) {
+        Bddexpression* e = exp_table[i];
+        if (e == nullptr || !initialised(e->bdd_exp) || constant_value(e->bdd_exp) >= 0)
+            continue;
+        return bdd_manager->Bdd_one_implicant(e->bdd_exp);
+    }
+    return bdd_manager->Bdd_one();
+}
+
+// ---------------------------------------------------- Shannon, loop breaking
+
+void Bddexpression::Shannon_expand(long var, long& positive, long& negative)
+{
+    positive = -3;
+    negative = -3;
+    if (wood == nullptr || wood->bdd_manager == nullptr || !initialised(bdd_exp) || var < 0 ||
+        var >= wood->bdd_manager->variables_number)
+        return;
+    bddpp_manager* m = wood->bdd_manager;
+    bdd x = m->Bdd_var_by_id(var);
+    std::string v = m->Name_var_by_bdd(x);
+    bdd pos_var = wood->New_var_last(name + "_" + v);
+    bdd neg_var = wood->New_var_last(name + "_not" + v);
+    bdd not_x = m->Bdd_not(x);
+    bdd pos_exp = m->Bdd_cube_reduce(bdd_exp, x);
+    bdd neg_exp = m->Bdd_cube_reduce(bdd_exp, not_x);
+    new Bddexpression(wood, pos_var, pos_exp, 0, 0);
+    new Bddexpression(wood, neg_var, neg_exp, 0, 0);
+    bdd split = m->Bdd_ite(x, pos_var, neg_var);
+    setBddExp(split, 0, 0);
+    positive = m->Bdd_if_index(pos_var);
+    negative = m->Bdd_if_index(neg_var);
+}
+
+std::set<long> Bddexpressionwood::loop_breaking(std::set<long> candidates, int& flag)
+{
+    std::set<long> result;
+    std::set<long> done;
+    for (long v = 0; v < nb_bdd_vars; ++v)
+        if (candidates.count(v) == 0)
+            done.insert(v);
+    nb_level = 0;
+    std::list<long> loop = loop_detection();
+    flag = 1;
+    while (!loop.empty() && flag == 1) {
+        std::vector<long> count(nb_bdd_vars, 0);
+        for (long c : loop) {
+            Bddexpression* e = exp_table[c];
+            if (e == nullptr)
+                continue;
+            for (long d : e->dependances)
+                if (d >= 0 && d < nb_bdd_vars)
+                    ++count[d];
+        }
+        long pick = -1;
+        for (long v = 0; v < nb_bdd_vars; ++v) {
+            if (done.count(v) != 0 || count[v] <= 0)
+                continue;
+            Bddexpression* e = exp_table[v];
+            if (e != nullptr && !e->dependances.empty())
+                continue;
+            if (pick < 0 || count[v] > count[pick])
+                pick = v;
+        }
+        if (pick < 0) {
+            flag = 0;
+            break;
+        }
+        done.insert(pick);
+        long m = bdd_manager->variables_number;
+        std::vector<long> positive_map(m), negative_map(m);
+        for (long k = 0; k < m; ++k)
+            positive_map[k] = negative_map[k] = k;
+        for (long c : loop) {
+            Bddexpression* e = (c < nb_bdd_vars) ? exp_table[c] : nullptr;
+            if (e == nullptr)
+                continue;
+            long p = -3, n = -3;
+            e->Shannon_expand(pick, p, n);
+            if (p >= 0) {
+                positive_map[c] = p;
+                done.insert(p);
+                result.insert(p);
+            }
+            if (n >= 0) {
+                negative_map[c] = n;
+                done.insert(n);
+                result.insert(n);
+            }
+        }
+        for (long k = m; k < nb_bdd_vars; k += 2) {
+            Bddexpression* e = exp_table[k];
+            if (e != nullptr && initialised(e->bdd_exp)) {
+                bdd f = bdd_manager->Bdd_replace_vars(e->bdd_exp, positive_map.data());
+                e->setBddExp(f, 0, 0);
+            }
+            if (k + 1 >= nb_bdd_vars)
+                break;
+            e = exp_table[k + 1];
+            if (e != nullptr && initialised(e->bdd_exp)) {
+                bdd f = bdd_manager->Bdd_replace_vars(e->bdd_exp, negative_map.data());
+                e->setBddExp(f, 0, 0);
+            }
+        }
+        nb_level = 0;
+        loop = loop_detection();
+    }
+    return result;
+}

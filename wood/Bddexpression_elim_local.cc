@@ -1,0 +1,161 @@
+// Elimination of local variables one at a time.
+//
+// suppress_local(var) substitutes one equation into its readers and then
+// runs a constants propagation over the whole wood and a rebuild of every
+// dependence table. After the first such rebuild the tables are exact
+// (every reader entry matches a dependance and the reverse), and a later
+// elimination only disturbs the neighbourhood of the eliminated variable.
+// suppress_local(list) uses that: it runs the first elimination as it
+// stands, then keeps the tables exact by repairing only what each later
+// elimination touched. The equations, the BDD nodes created and their
+// order, and every table come out as from the one-by-one calls.
+
+#include "wood/Bddexpression.h"
+
+#include <iostream>
+
+// Steps 1 to 4 of one elimination: the checks, the substitution into the
+// readers and the removal of the equation. False when the wood was left
+// alone. `touched` learns every (reader, variable) membership that may
+// disagree with the reader's dependances afterwards.
+bool Bddexpressionwood::substitute_local(long i, Touched* touched)
+{
+    if (i < 0 || i >= nb_bdd_vars)
+        return false;
+    Bddexpression* e = exp_table[i];
+    if (e == nullptr || amont_table[i].empty() || e->dependances.empty())
+        return false;
+    if (amont_table[i].count(i) != 0 || e->dependances.count(i) != 0) {
+        report_self_dependance(i);
+        return false;
+    }
+
+    const std::set<long> deps = e->dependances;
+    if (touched) {
+        (*touched)[i].insert(deps.begin(), deps.end());
+        for (long s : amont_table[i]) {
+            std::set<long>& xs = (*touched)[s];
+            xs.insert(i);
+            Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
+            if (r != nullptr)
+                xs.insert(r->dependances.begin(), r->dependances.end());
+        }
+    }
+
+    for (long d : deps) {
+        amont_table[d].erase(i);
+        std::set<long> removed;
+        std::set<long> added;
+        const std::set<long> readers = amont_table[i];
+        for (long s : readers) {
+            Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
+            if (r != nullptr) {
+                if (bdd_initialised(r->bdd_exp) && bdd_initialised(e->bdd_exp))
+                    r->bdd_exp = bdd_manager->Bdd_compose(r->bdd_exp, e->bdd_var, e->bdd_exp);
+                r->dependances.erase(i);
+                r->dependances.insert(d);
+            } else {
+                removed.insert(s);
+            }
+            added.insert(i);
+            added.insert(s);
+        }
+        // amont_table[d] regains i here; the rebuild that follows drops it.
+        amont_table[d].insert(added.begin(), added.end());
+        if (touched)
+            for (long a : added)
+                (*touched)[a].insert(d);
+        for (long s : removed)
+            amont_table[i].erase(s);
+    }
+
+    delete e;
+    exp_table[i] = nullptr;
+    amont_table[i].clear();
+    exp_ids.erase(i);
+    return true;
+}
+
+void Bddexpressionwood::suppress_local(long var)
+{
+    if (!substitute_local(var, nullptr))
+        return;
+    std::list<int> none;
+    constants_propagation(none);
+    prune_readers();
+}
+
+// Makes the reader tables exact again for the memberships in `touched`,
+// as the full rebuild would: dependances of a non-abstract equation come
+// from its BDD, a reader entry exists exactly for each dependance of a
+// filled slot. Returns the constant equations that gained a reader, which
+// the next propagation has to take.
+std::set<long> Bddexpressionwood::repair_readers(const Touched& touched)
+{
+    std::set<long> gained;
+    for (const auto& entry : touched) {
+        long s = entry.first;
+        Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
+        if (r != nullptr && r->abstraction == 0)
+            r->internal_build_dependances();
+        std::set<long> check = entry.second;
+        if (r != nullptr)
+            check.insert(r->dependances.begin(), r->dependances.end());
+        for (long x : check) {
+            if (x < 0 || x >= nb_bdd_vars)
+                continue;
+            if (r != nullptr && r->dependances.count(x) != 0) {
+                if (amont_table[x].insert(s).second)
+                    gained.insert(x);
+            } else {
+                amont_table[x].erase(s);
+            }
+        }
+    }
+    std::set<long> leftover;
+    for (long x : gained)
+        if (constant_candidate(x))
+            leftover.insert(x);
+    return leftover;
+}
+
+void Bddexpressionwood::suppress_local(std::list<long>& vars)
+{
+    std::list<int> none;
+    bool exact = false;
+    std::set<long> leftover;
+    for (long v : vars) {
+        if (!exact) {
+            if (!substitute_local(v, nullptr))
+                continue;
+            constants_propagation(none);
+            prune_readers();
+            exact = true;
+            for (long i : exp_ids)
+                if (constant_candidate(i))
+                    leftover.insert(i);
+            continue;
+        }
+
+        // With exact tables, a constant equation can gain a reader entry
+        // only as a dependance of v, and an equation can turn constant
+        // only as a reader of v.
+        std::set<long> near;
+        if (v >= 0 && v < nb_bdd_vars && exp_table[v] != nullptr) {
+            near = amont_table[v];
+            near.insert(exp_table[v]->dependances.begin(), exp_table[v]->dependances.end());
+        }
+        Touched touched;
+        if (!substitute_local(v, &touched))
+            continue;
+        std::set<long> candidates = leftover;
+        for (long s : near)
+            if (constant_candidate(s))
+                candidates.insert(s);
+        std::set<long> removed;
+        propagate_constants(candidates, none, removed, &touched);
+        for (long i : removed)
+            exp_ids.erase(i);
+        leftover = repair_readers(touched);
+    }
+}
