@@ -30,6 +30,11 @@ public:
     Module(std::string name, std::list<Signal*>* inputs, std::list<Signal*>* outputs, std::list<Signal*>* locals,
            std::list<memorizedSignal*>* memorized, std::list<Signal*>* dataSignals,
            std::list<regclass*>* registers, std::list<Signal*>* connexions, Bddexpressionwood* wood);
+    // Deep copy over a copy of the wood: every listed signal, register,
+    // memorised pair, connexion signal and binding is copied once, and the
+    // copies keep the variable indexes of the originals. The equation table is
+    // the source compiler's to attach.
+    Module(Module& source);
 
     const std::string& getName() const { return name; }
     Statement* getStatement() const { return statement; }

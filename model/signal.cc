@@ -284,6 +284,45 @@ Signal* Signal::newOccurrence(Bddexpressionwood* wood, Module* m)
     return this;
 }
 
+static void copyType(const SignalRef* from, SignalRef* to)
+{
+    if (from == nullptr || to == nullptr)
+        return;
+    if (from->isValued())
+        to->setValueType(from->getType());
+}
+
+Signal* Signal::copyInto(Module* from, Bddexpressionwood* fromWood, Module* to, Bddexpressionwood* toWood)
+{
+    Signal* copy = new Signal(original_name, internal_name, to, toWood);
+    copy->wired = wired;
+    copy->local = local;
+    copy->input = input;
+    copy->output = output;
+    copy->wire = wire;
+    copy->register_flag = register_flag;
+    copy->clock = clock;
+    copy->value = value;
+    copy->pre = pre;
+    copy->number = number;
+    auto it = current_occurrence.find(fromWood);
+    int occ = it != current_occurrence.end() ? it->second : 0;
+    copy->current_occurrence[toWood] = occ;
+
+    SignalManager* source = SignalScope::managerOf(from, "Signal::copyInto");
+    SignalManager* target = SignalScope::managerOf(to, "Signal::copyInto");
+    copyType(source->getSignalRefByName(internal_name), target->getSignalRefByName(internal_name));
+    for (int k = 1; k <= occ; k++) {
+        SignalRef* original = source->getSignalRefByOccurrence(this, k);
+        if (original == nullptr || target->getSignalRefByName(original->getCurrentName()) != nullptr)
+            continue;
+        SignalRef* ref =
+            new SignalRef(original_name, internal_name, original->getCurrentName(), k, to, toWood);
+        copyType(original, ref);
+    }
+    return copy;
+}
+
 bdd Signal::getOverBdd(Module* m, Bddexpressionwood* wood) { return wood->Bdd_var_by_index(getOverBddId(m, wood)); }
 
 bdd Signal::getUnderBdd(Module* m, Bddexpressionwood* wood) { return wood->Bdd_var_by_index(getUnderBddId(m, wood)); }

@@ -95,6 +95,11 @@ public:
     // variable pair; any other signal is returned unchanged.
     Signal* newOccurrence(Bddexpressionwood* wood, Module* m);
 
+    // A copy of this signal in module `to`, whose wood `toWood` is a copy of
+    // `fromWood`: same names, flags and current occurrence, and the refs of
+    // every occurrence with their types, on the variables of the same names.
+    Signal* copyInto(Module* from, Bddexpressionwood* fromWood, Module* to, Bddexpressionwood* toWood);
+
     // Source compiler's bookkeeping, untouched here.
     long getNumber() const { return number; }
     void setNumber(long n) { number = n; }

@@ -229,3 +229,58 @@ TEST(Interface, SearchesInputsOutputsLocalsInOrder)
 }
 
 }  // namespace
+
+namespace {
+
+TEST(Module, CopyKeepsVariablesAndSharesNoSignal)
+{
+    Module m("m");
+    Bddexpressionwood* wood = m.getBddWood();
+    Signal* in = new Signal("i", &m, wood);
+    in->setInput();
+    Signal* out = new Signal("o", &m, wood);
+    out->setOutput();
+    out->setValueType("int", &m);
+    Signal* r = new Signal("r", &m, wood, true);
+    Signal* n = new Signal("n", &m, wood, true);
+    Signal* pre = new Signal("po", &m, wood);
+    m.addInputSignal(in);
+    m.addOutputSignal(out);
+    m.addLocalSignal(r);
+    m.addLocalSignal(n);
+    m.addRegisterSignal(r, n, 1);
+    m.addPreSignal(pre, out, "0");
+    m.setSet(new Signal("SETm", &m, wood));
+    out->newOccurrence(wood, &m);
+    new Bddexpression("o", wood, out->getOverBdd(&m, wood), in->getOverBdd(&m, wood), 0, 0);
+
+    Module copy(m);
+    Bddexpressionwood* cw = copy.getBddWood();
+    ASSERT_NE(cw, wood);
+    EXPECT_EQ(cw->Nb_bdd_vars(), wood->Nb_bdd_vars());
+    Signal* cout = copy.getOutputSignal("o");
+    ASSERT_NE(cout, nullptr);
+    EXPECT_NE(cout, out);
+    EXPECT_TRUE(cout->isOutput());
+    EXPECT_EQ(cout->getAllBddId(&copy, cw), out->getAllBddId(&m, wood));
+    EXPECT_EQ(cout->getName(&copy), "o_1");
+    EXPECT_EQ(cout->getValueType(&copy), "int");
+    EXPECT_EQ(copy.getSignalNameById(cout->getOverBddId(&copy, cw), cw), "o_1");
+    ASSERT_NE(cw->exp_by_index(out->getInitialOverBddId(&m, wood)), nullptr);
+
+    regclass* reg = copy.getRegisterList()->front();
+    EXPECT_EQ(reg->actual_var(), copy.getLocalSignal("r"));
+    EXPECT_EQ(reg->next_var(), copy.getLocalSignal("n"));
+    EXPECT_EQ(reg->is_initialy_true(), 1);
+    EXPECT_TRUE(reg->actual_var()->isRegister());
+    EXPECT_EQ(copy.getPreSignalList()->front()->getActual(), cout);
+    EXPECT_EQ(copy.getPreSignal("po"), copy.getPreSignalList()->front()->getPre());
+    EXPECT_NE(copy.getPreSignal("po"), pre);
+    ASSERT_NE(copy.getSet(), nullptr);
+    EXPECT_EQ(copy.getSet()->getOverBddId(&copy, cw), m.getSet()->getOverBddId(&m, wood));
+
+    copy.addLocalSignal(cout);
+    EXPECT_EQ(m.getLocalSignalList()->size(), 2u);
+}
+
+}  // namespace
