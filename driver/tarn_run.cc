@@ -1,0 +1,273 @@
+#include "driver/tarn_run.h"
+
+#include "model/compilation.h"
+#include "support/Stringpp.h"
+#include "support/g_time.h"
+#include "zkc/parse_supl.h"
+#include "zkc/zkc_scanner.h"
+
+#include <cstring>
+#include <iostream>
+
+std::string tarn_version() { return std::string("3.4.3") + "-4"; }
+
+std::string tarn_help_banner(const std::string& version)
+{
+    // The banner names options that are refused ("-sc", "-zkc",
+    // "-template_valued_simul", "no_suppress_wires" without its dash) and
+    // leaves out "-systemc", which is accepted. It stays as users know it.
+    // A line ending in "\n\n" is followed by an empty line.
+    return "\n"
+           "        TARN: BRAm Finalizer\n"
+           "        auteur Q. Tessel & M. Varne , version " + version + "\n\n"
+           "   syntax:\n\n"
+           "         tarn <filename> [no_suppress_wires]\n"
+           "                         [-sc] [-doc] [-lustre] [-esterel] [-nusmv]\n"
+           "                         [-valued_simul] [-blif] [-zkc] [-vhdl] [-altera] [-c] [-csharp ] [-qsr]\n\n"
+           "         OR tarn -v\n\n"
+           "         OR tarn -h\n\n"
+           "   options:\n\n"
+           "      -h : this help\n\n"
+           "      -v : version of finaliser\n\n"
+           "      -no_suppress_wires : deactivate control wires suppression\n\n"
+           "      -doc : generate a documentation file \n\n"
+           "      -lustre : generate a LUSTRE node\n\n"
+           "      -esterel : generate an ESTEREL module\n\n"
+           "      -nusmv : generate an NUSMV file\n\n"
+           "      -blif : generate a file in blif format \n\n"
+           "      -vhdl : generate a file in vhdl format\n\n"
+           "      -altera : same as -vhdl option\n"
+           "                more useful for the ALTERA synthetisers\n\n"
+           "      -c : generate an automaton in c language\n"
+           "           (generate an .h file too)\n\n"
+           "      -valued_simul : generate a c++ user file for mosk simulator\n"
+           "      -template_valued_simul : generate a c++ template user file for mosk simulator\n"
+           "           (generate an .h file too)\n\n"
+           "      -csharp : generate an automaton in c# language\n\n"
+           "      -qsr : generate an encapsulated quasar file\n";
+}
+
+namespace {
+
+struct tarn_option {
+    const char* text;
+    int tarn_flags::*flag;
+    int tarn_flags::*second_flag;  // "-altera" also asks for the VHDL file
+};
+
+// Compared in this order, exactly.
+const tarn_option options[] = {
+    {"-no_suppress_wires", &tarn_flags::noSuppressWiresFlag, nullptr},
+    {"-valued_simul", &tarn_flags::valuedSimulFlag, nullptr},
+    {"-doc", &tarn_flags::docFlag, nullptr},
+    {"-lustre", &tarn_flags::lustreFlag, nullptr},
+    {"-esterel", &tarn_flags::esterelFlag, nullptr},
+    {"-nusmv", &tarn_flags::nusmvFlag, nullptr},
+    {"-blif", &tarn_flags::blifFlag, nullptr},
+    {"-c", &tarn_flags::cFlag, nullptr},
+    {"-vhdl", &tarn_flags::vhdlFlag, nullptr},
+    {"-altera", &tarn_flags::vhdlFlag, &tarn_flags::alteraFlag},
+    {"-systemc", &tarn_flags::systemcFlag, nullptr},
+    {"-csharp", &tarn_flags::csharpFlag, nullptr},
+    {"-qsr", &tarn_flags::qsrFlag, nullptr},
+};
+
+struct tarn_output {
+    const char* separator;
+    const char* suffix;  // null: no such file
+};
+
+// A generator writes into the open files of its target, in table order.
+using tarn_put = void (*)(Module* module, const tarn_flags& flags, std::ofstream* files[2]);
+// The VHDL generator writes into the temporary file of the post-pass.
+using tarn_vhdl_put = void (*)(Module* module, const tarn_flags& flags, std::ofstream& tmp,
+                               std::ifstream& libs);
+
+struct tarn_target {
+    const char* name;  // for the message of a target without generator
+    int tarn_flags::*flag;
+    int tarn_flags::*other_flag;  // either flag asks for the target
+    tarn_output files[2];
+    tarn_put put;
+    tarn_vhdl_put vhdl_put;
+};
+
+// The order of generation, which is the order of the "generation of" lines.
+// Each generator is the module's *_put of its target:
+//   SIMUL_ZKC_put(out), DOC_put(out, templateFlag),
+//   ESTEREL_put(out, templateFlag), LUSTRE_put(out, templateFlag),
+//   NUSMV_put(out, templateFlag, !noSuppressWiresFlag),
+//   BLIF_put(out, !noSuppressWiresFlag), C_put(outC, outH), CSharp_put(out),
+//   VHDL_put(tmp, libs, alteraFlag), SYSTEMC_put(outCc, outH),
+//   ENCAPSULATEDQSR_put(out).
+// A null generator is one this build does not have yet.
+const tarn_target targets[] = {
+    {"mosk simulator", &tarn_flags::valuedSimulFlag, nullptr, {{"/mosk_", ".cc"}, {"", nullptr}}, nullptr, nullptr},
+    {"documentation", &tarn_flags::docFlag, nullptr, {{"/", ".doc"}, {"", nullptr}}, nullptr, nullptr},
+    {"Esterel", &tarn_flags::esterelFlag, nullptr, {{"/", ".strl"}, {"", nullptr}}, nullptr, nullptr},
+    {"Lustre", &tarn_flags::lustreFlag, nullptr, {{"/", ".lus"}, {"", nullptr}}, nullptr, nullptr},
+    {"NuSMV", &tarn_flags::nusmvFlag, nullptr, {{"/", ".smv"}, {"", nullptr}}, nullptr, nullptr},
+    {"BLIF", &tarn_flags::blifFlag, nullptr, {{"/", ".blif"}, {"", nullptr}}, nullptr, nullptr},
+    {"C", &tarn_flags::cFlag, nullptr, {{"/", ".c"}, {"/", ".h"}}, nullptr, nullptr},
+    {"C#", &tarn_flags::csharpFlag, nullptr, {{"/", ".cs"}, {"", nullptr}}, nullptr, nullptr},
+    {"VHDL", &tarn_flags::vhdlFlag, &tarn_flags::alteraFlag, {{"/", ".vhd"}, {"", nullptr}}, nullptr, nullptr},
+    {"SystemC", &tarn_flags::systemcFlag, nullptr, {{"/", "_sc.cc"}, {"/", "_sc.h"}}, nullptr, nullptr},
+    {"encapsulated qsr", &tarn_flags::qsrFlag, nullptr, {{"/", "_encapsulated.qsr"}, {"", nullptr}}, nullptr, nullptr},
+};
+
+bool requested(const tarn_target& t, const tarn_flags& flags)
+{
+    return flags.*t.flag != 0 || (t.other_flag != nullptr && flags.*t.other_flag != 0);
+}
+
+// Opens the target's files (truncating), runs its generator with all of
+// them open, closes them and announces them in table order. An output that
+// cannot be opened is not detected: the generator writes into a failed
+// stream and the line is printed as usual.
+void generate(const tarn_target& t, Module* module, const tarn_flags& flags, const tarn_paths& paths)
+{
+    if (t.vhdl_put != nullptr && module != nullptr) {
+        tarn_vhdl_post_pass(
+            paths.path(t.files[0].separator, t.files[0].suffix),
+            [&](std::ofstream& tmp, std::ifstream& libs) { t.vhdl_put(module, flags, tmp, libs); },
+            std::cout);
+        return;
+    }
+    if (t.put == nullptr || module == nullptr) {
+        std::cerr << "tarn: " << t.name << " generation is not available in this build" << std::endl;
+        return;
+    }
+    std::string names[2];
+    std::ofstream streams[2];
+    std::ofstream* files[2] = {nullptr, nullptr};
+    for (int i = 0; i < 2 && t.files[i].suffix != nullptr; ++i) {
+        names[i] = paths.path(t.files[i].separator, t.files[i].suffix);
+        streams[i].open(names[i], std::ios::out | std::ios::trunc);
+        files[i] = &streams[i];
+    }
+    t.put(module, flags, files);
+    for (int i = 0; i < 2 && files[i] != nullptr; ++i) {
+        streams[i].close();
+        std::cout << "generation of " << names[i] << std::endl;
+    }
+}
+
+}  // namespace
+
+bool tarn_read_options(int argc, char** argv, tarn_flags& flags, std::string& unknown)
+{
+    for (int i = 2; i < argc; ++i) {
+        const tarn_option* match = nullptr;
+        for (const tarn_option& o : options)
+            if (std::strcmp(argv[i], o.text) == 0) {
+                match = &o;
+                break;
+            }
+        if (match == nullptr) {
+            unknown = argv[i];
+            return false;
+        }
+        flags.*match->flag = 1;
+        if (match->second_flag != nullptr)
+            flags.*match->second_flag = 1;
+    }
+    return true;
+}
+
+tarn_paths tarn_split_input_name(std::string name)
+{
+    tarn_paths paths;
+    std::string::size_type p = name.find(".zkc");
+    if (p != std::string::npos)
+        name = my_before(name, static_cast<int>(p));
+    if (name.find('/') != std::string::npos) {
+        paths.base = last_record(name, '/', paths.dir);
+    } else {
+        paths.dir = ".";
+        paths.base = name;
+    }
+    return paths;
+}
+
+Module* parse(const std::string& file, std::string& suffix, bool* parsed_ok)
+{
+    // The parser registers itself as the current one and stays alive, as
+    // the module it makes does; so does the scanner.
+    class_zkc_parser* parser = new class_zkc_parser();
+    std::string log_name = file + ".log";
+    std::ifstream input(file);
+    std::fstream log(log_name, std::ios::out | std::ios::trunc);
+    Module* result = nullptr;
+    bool ok = false;
+    if (input.good()) {
+        // Everything the scanner echoes lands in the log.
+        parser->scanner = new zkcFlexLexer(&input, &log);
+        if (parser->parse(log, 1, suffix) != 0) {
+            std::cerr << "ERROR about loading file : " << file << std::endl;
+        } else {
+            result = parser->module;
+            ok = true;
+        }
+        input.close();
+    } else {
+        std::cerr << "FILE NOT FOUND !" << std::endl;
+    }
+    log.close();
+    if (parsed_ok != nullptr)
+        *parsed_ok = ok;
+    return result;
+}
+
+bool tarn_vhdl_post_pass(const std::string& vhdl_path, const tarn_vhdl_generator& generate_vhdl,
+                         std::ostream& report)
+{
+    std::string tmp_name = vhdl_path + "_tmp";
+    std::ofstream tmp(tmp_name, std::ios::out | std::ios::trunc);
+    std::ifstream libs("vhdl_libs.inc");
+    generate_vhdl(tmp, libs);
+    if (libs.good())
+        libs.close();
+    tmp.close();
+
+    std::ifstream back(tmp_name);
+    if (!back.is_open())
+        return false;
+    std::ofstream vhdl(vhdl_path, std::ios::out | std::ios::trunc);
+    std::string line;
+    while (std::getline(back, line))
+        vhdl << substitute_string(line, "__", "_X_") << '\n';
+    back.close();
+    vhdl.close();
+    report << "generation of " << vhdl_path << std::endl;
+    return true;
+}
+
+int tarn_run(const std::string& input_name, const tarn_flags& flags)
+{
+    // Processor time of this process only: time in the panel is not counted.
+    g_chrono chrono;
+    chrono.Go();
+
+    tarn_paths paths = tarn_split_input_name(input_name);
+    std::string suffix;
+    bool parsed_ok = false;
+    Module* module = parse(paths.path("/", ".zkc"), suffix, &parsed_ok);
+    std::cerr << "parsing terminated" << std::endl;
+    // A missing or unreadable file has had its messages; there is no module
+    // to finalise, and the run ends here rather than on a null module.
+    if (!parsed_ok)
+        return 1;
+
+    // Finalisation comes here, on the module read: module->finalize(0).
+
+    // Announced in every run, although the log really written is the input
+    // path plus ".log" (base.zkc.log).
+    std::cout << "generation of " << paths.path("/", ".log") << std::endl;
+    for (const tarn_target& t : targets)
+        if (requested(t, flags))
+            generate(t, module, flags, paths);
+
+    double seconds = chrono.Stop() / 1000.0;
+    std::cout << "compilation finished in " << seconds << " seconds" << "\n\n" << std::flush;
+    return 0;
+}

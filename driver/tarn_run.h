@@ -1,0 +1,76 @@
+#ifndef TARN_DRIVER_TARN_RUN_H
+#define TARN_DRIVER_TARN_RUN_H
+
+// The run of tarn from a chosen input name and set of flags: file names,
+// reading, finalisation and the generators in their fixed order.
+
+#include <fstream>
+#include <functional>
+#include <ostream>
+#include <string>
+
+class Module;
+
+// main's own flags, each at its own name. templateFlag is never set and
+// reaches four generators as 0.
+struct tarn_flags {
+    int noSuppressWiresFlag = 0;
+    int valuedSimulFlag = 0;
+    int docFlag = 0;
+    int lustreFlag = 0;
+    int esterelFlag = 0;
+    int nusmvFlag = 0;
+    int blifFlag = 0;
+    int cFlag = 0;
+    int vhdlFlag = 0;
+    int alteraFlag = 0;
+    int systemcFlag = 0;
+    int csharpFlag = 0;
+    int qsrFlag = 0;
+    int templateFlag = 0;
+};
+
+// The version, joined from its two parts at start-up: "3.4.3-4".
+std::string tarn_version();
+
+// The text of "tarn -h", byte for byte.
+std::string tarn_help_banner(const std::string& version);
+
+// Sets a flag for each of argv[2..argc-1]. Stops at the first argument that
+// is none of the thirteen options, returns false and leaves it in `unknown`.
+bool tarn_read_options(int argc, char** argv, tarn_flags& flags, std::string& unknown);
+
+// Directory and base name of an input: cut at the first ".zkc" (with all
+// that follows), then split at the last "/"; "." when there is none.
+struct tarn_paths {
+    std::string dir;
+    std::string base;
+
+    // dir, separator, base, suffix: path("/", ".c"), path("/mosk_", ".cc").
+    std::string path(const char* separator, const char* suffix) const
+    {
+        return dir + separator + base + suffix;
+    }
+};
+tarn_paths tarn_split_input_name(std::string name);
+
+// Reads `file` with the scanner and parser; the log is file + ".log".
+// Returns the module read, or null. `parsed_ok` tells a successful parse
+// from a missing file or a syntax error, whose messages are written here.
+Module* parse(const std::string& file, std::string& suffix, bool* parsed_ok = nullptr);
+
+// The VHDL output goes through a temporary file, path + "_tmp", which is
+// left on disk: `generate` writes it with "vhdl_libs.inc" of the working
+// directory as second stream (passed even when it could not be opened),
+// then each of its lines is copied to `vhdl_path` with every "__" made
+// "_X_". On success "generation of <vhdl_path>" goes to `report` and the
+// result is true; if the temporary file cannot be read back, nothing is
+// written or reported.
+using tarn_vhdl_generator = std::function<void(std::ofstream& tmp, std::ifstream& libs)>;
+bool tarn_vhdl_post_pass(const std::string& vhdl_path, const tarn_vhdl_generator& generate,
+                         std::ostream& report);
+
+// From the stopwatch start to the closing line. Returns the exit status.
+int tarn_run(const std::string& input_name, const tarn_flags& flags);
+
+#endif

@@ -1,0 +1,60 @@
+#include "zkc/parse_supl.h"
+
+#include <FlexLexer.h>
+
+#include <iostream>
+
+class_zkc_parser* pzkc_parser = nullptr;
+
+class_zkc_parser::class_zkc_parser() { pzkc_parser = this; }
+
+int class_zkc_parser::parse(std::fstream& log_stream, int level, std::string& suffix_text)
+{
+    std::string none;
+    return parse(log_stream, level, suffix_text, none);
+}
+
+int class_zkc_parser::parse(std::fstream& log_stream, int level, std::string& suffix_text,
+                            std::string& hierarchy_text)
+{
+    log = &log_stream;
+    trace_level = level;
+    suffix = suffix_text;
+    hierarchy = hierarchy_text;
+    // The actions use the global, not this object: parse through the parser
+    // being run even if another was built in between.
+    pzkc_parser = this;
+    return zkcparse();
+}
+
+int class_zkc_parser::lineno() const { return scanner ? scanner->lineno() : 0; }
+
+int zkclex()
+{
+    if (pzkc_parser == nullptr || pzkc_parser->scanner == nullptr)
+        return 0;
+    return pzkc_parser->scanner->yylex();
+}
+
+void zkcerror(const char* text)
+{
+    int line = pzkc_parser ? pzkc_parser->lineno() : 0;
+    std::cerr << "line " << line << ": " << text << std::endl;
+}
+
+void zkc_debuger_law(int rule, int alternative, const char* text, int level, std::ostream& log)
+{
+    if (level != 1)
+        return;
+    log << rule;
+    if (alternative != 1)
+        log << "," << alternative;
+    log << " --> " << text << std::endl;
+}
+
+void zkc_trace(int rule, int alternative, const std::string& text)
+{
+    if (pzkc_parser == nullptr || pzkc_parser->log == nullptr)
+        return;
+    zkc_debuger_law(rule, alternative, text.c_str(), pzkc_parser->trace_level, *pzkc_parser->log);
+}
