@@ -123,6 +123,9 @@ public:
     // ---- end transformations ----
 
     // ---- printers ----
+    // The handle's slot in a VHDL node array: "not " for an inverse link,
+    // prefix, "(", global_id, ")".
+    std::string vhdl_node_name(const std::string& prefix) const;
     // ---- end printers ----
 
 private:
@@ -143,6 +146,7 @@ int bdd_link_type(const bdd& f);
 // ---- end transformations ----
 
 // ---- printers ----
+#include <cstdio> // FILE, for the printf-style structure dumps
 // ---- end printers ----
 
 // The unique table: a hash table keyed on the whole of (id, else link,
@@ -319,12 +323,210 @@ public:
     std::size_t Computed_table_load() const;
 
     // ---- transformations ----
+    // Dependence. A literal array has one int per index: 1 true, 0 false,
+    // 2 absent.
+    bool Bdd_node_depends_on(bdd_node* f, bdd_node* v);
+    bool Bdd_depends_on(const bdd& f, const bdd& v);
+    bool Variable_awaited(const bdd& f, long index);
+    bool Variable_true_awaited(const bdd& f, long index);
+    bool Variable_false_awaited(const bdd& f, long index);
+    std::set<long> set_of_id_depend_on(const bdd& f);
+    std::set<long> set_of_index_depend_on(const bdd& f);
+    void Present_variables(const bdd& f, int* present);
+    bool exists_common_variables(const bdd& f, const bdd& g);
+
+    // f with the literals of cube fixed. The last layer does not merge a
+    // node whose two results are equal, so its result may not be canonical.
+    bdd Bdd_cube_reduce(const bdd& f, const bdd& cube);
+    bdd_node* Bdd_cube_reduce(int link, bdd_node* f, int cube_link, bdd_node* cube, int& result_link);
+    bdd_node* Bdd_cube_reduce(int link, bdd_node* f, int* literals, int& result_link);
+    void Bdd_node_to_literals(int link, bdd_node* f, int* literals);
+    void Bdd_to_literals(const bdd& f, int* literals);
+
+    // v is one literal (either sign); f itself when v is none or f does
+    // not depend on it.
+    bdd Bdd_exist(const bdd& f, const bdd& v);
+    bdd Bdd_forall(const bdd& f, const bdd& v);
+    // f with the positive variable v replaced by g.
+    bdd Bdd_compose(const bdd& f, const bdd& v, const bdd& g);
+    bdd Bdd_compose_loc(const bdd& f, const bdd& v, const bdd& g);
+    // index_map[index in f] is the index that takes its place.
+    bdd Bdd_replace_vars(const bdd& f, long* index_map);
+    bdd Bdd_keep_first_variables(const bdd& f, long index);
+
+    void Bdd_assoc_bdd_to_var(const bdd& g, const bdd& v);
+    bdd Bdd_follow_assoc(const bdd& f, int* self_index);
+
+    bdd Bdd_simplify(const bdd& f, const bdd& care);
+    bdd Bdd_simplify2(const bdd& f, const bdd& care);
+    bdd Bdd_simplify3(const bdd& f, const bdd& care);
+    // Generalised cofactor of f by c.
+    bdd Bdd_reduce(const bdd& f, const bdd& c);
+
+    bdd Bdd_eval(const bdd& f, int* literals);
+    // 1, 0, or 2 when the absent literals leave it open.
+    int Bdd_eval_for_literal(const bdd& f, int* literals);
+
+    bool Bdd_OneSat(bdd_node* f, int link, int* literals);
+    bdd Bdd_satisfy(const bdd& f);
+    bdd Literals_to_bdd(int* literals);
+    bdd Bdd_one_implicant(const bdd& f);
+
+    // Functions of count variables vars[0 .. count-1]; bit i of a code is
+    // the value of vars[i].
+    bdd Minterm(int code, int count, bdd* vars);
+    unsigned long Id_function_by_bdd(const bdd& f, int count, bdd* vars);
+    bdd Bdd_function_by_id(unsigned long id, int count, bdd* vars);
+    void Truth_table(const bdd& f, int count, bdd* vars, char* out);
+    void Bdd_truth_table(const bdd& f, int count, bdd* vars, bdd* out);
+
+    void Bdd_prime_implicants(const bdd& f, std::list<bdd>& list);
+    void Bdd_essential_implicants(const bdd& f, std::list<bdd>& essential, std::list<bdd>& others);
+
+    // The function that f (or node) is in src, built in dst: by the same
+    // index, by index_map (index in src to index in dst), or by name (a
+    // name missing in dst is made there, last in the order).
+    static bdd_node* Bdd_isomorphe(bddpp_manager* dst, bddpp_manager* src, bdd_node* node);
+    static bdd Bdd_isomorphe(bddpp_manager* dst, bddpp_manager* src, const bdd& f);
+    static bdd_node* Bdd_isomorphe(bddpp_manager* dst, bddpp_manager* src, bdd_node* node, long* index_map);
+    static bdd Bdd_isomorphe(bddpp_manager* dst, bddpp_manager* src, const bdd& f, long* index_map);
+    static bdd_node* Bdd_isomorphe_by_name(bddpp_manager* dst, bddpp_manager* src, bdd_node* node);
+    static bdd Bdd_isomorphe_by_name(bddpp_manager* dst, bddpp_manager* src, const bdd& f);
+
+    // Not implemented: messages only.
+    bdd Bdd_swap_vars(const bdd& f, const bdd& a, const bdd& b);
+    void Bdd_var_reorder();
+
+    // A boolean expression read from text (bdd/parse_exp_bdd.h). The first
+    // form also gives the optional "<priority>" prefix; the second refuses
+    // one.
+    bdd Parse_expression(std::string text, int& priority, int& error);
+    bdd Parse_expression(std::string text, int& error);
     // ---- end transformations ----
 
     // ---- printers ----
     // Used by the operators' self-check report.
     void Print_bdd_structure_loc(std::ostream& out, int indent, bdd_node* node);
     void Bdd_stats(std::ostream& out);
+    // Covers: cubes whose disjunction is f. Level 0 by satisfying cubes,
+    // 1 with expansion and removal, 2 essential primes first, 3 a table of
+    // hand-made covers of functions of the first four variables.
+    void Bdd_sop(const bdd& f, std::list<bdd>& cover, int level);
+    int Bdd_sop(const bdd& f, bdd* out, int level); // obsolete
+    void Bdd_sop_0(const bdd& f, std::list<bdd>& cover);
+    void Bdd_sop_1(const bdd& f, std::list<bdd>& cover);
+    void Bdd_sop_2(const bdd& f, std::list<bdd>& cover);
+    void Bdd_sop_2plus(const bdd& f, std::list<bdd>& cover);
+
+    // Products and sums with the caller's operator words.
+    std::string Print_product_to_String_pref_suff(const std::string& and_word, const std::string& not_open,
+                                                  const std::string& not_close, const bdd& cube,
+                                                  const std::string& prefix, const std::string& suffix);
+    std::string Print_product_to_String(const std::string& and_word, const std::string& not_open,
+                                        const std::string& not_close, const bdd& cube);
+    void Print_product(const std::string& and_word, const std::string& not_open, const std::string& not_close,
+                       std::ostream& out, const bdd& cube);
+    void Print_product_pref_suff(const std::string& and_word, const std::string& not_open,
+                                 const std::string& not_close, std::ostream& out, const bdd& cube,
+                                 const std::string& prefix, const std::string& suffix);
+    std::string Print_sop_to_String_pref_suff(const std::string& or_word, const std::string& and_word,
+                                              const std::string& not_open, const std::string& not_close,
+                                              const bdd& f, const std::string& prefix, const std::string& suffix,
+                                              int level);
+    std::string Print_sop_to_String(const std::string& or_word, const std::string& and_word,
+                                    const std::string& not_open, const std::string& not_close, const bdd& f,
+                                    int level);
+    void Print_sop(const std::string& or_word, const std::string& and_word, const std::string& not_open,
+                   const std::string& not_close, std::ostream& out, const bdd& f, int level);
+    void Print_sop_pref_suff(const std::string& or_word, const std::string& and_word, const std::string& not_open,
+                             const std::string& not_close, std::ostream& out, const bdd& f,
+                             const std::string& prefix, const std::string& suffix, int level);
+    void Print_debug_bdd(std::ostream& out, const bdd& f);
+    std::string Print_sop_to_ESTEREL_String(const bdd& f, int level);
+    std::string Print_sop_to_VHDL_String(const bdd& f, int level);
+    // Variables written as array_name "[" index "]".
+    void Print_cat_sop(const std::string& or_word, const std::string& and_word, const std::string& not_open,
+                       const std::string& not_close, std::ostream& out, const bdd& f,
+                       const std::string& array_name, int level);
+    void Print_cat_product(const std::string& and_word, const std::string& not_open, const std::string& not_close,
+                           std::ostream& out, const bdd& cube, const std::string& array_name);
+    // Variables written as numbers taken from `numbers` by index.
+    void Print_cat_product(std::ostream& out, const bdd& cube, std::map<long, int>& numbers, int offset,
+                           bool doubled);
+
+    // One assignment per node, post-order, named by global_id. Marks are
+    // set and left set: the caller clears them, once per pass.
+    void Print_node_for_eval(const std::string& or_word, const std::string& and_word, const std::string& not_open,
+                             const std::string& not_close, const std::string& var_prefix,
+                             const std::string& var_suffix, const std::string& one_word,
+                             const std::string& line_end, const std::string& array_name, std::ostream& out,
+                             bdd_node* node);
+    void Print_node_for_eval(const std::string& or_word, const std::string& and_word, const std::string& not_open,
+                             const std::string& not_close, const std::string& var_prefix,
+                             const std::string& var_suffix, const std::string& one_word,
+                             const std::string& line_end, const std::string& indent,
+                             const std::string& array_name, std::ostream& out, bdd_node* node);
+    void Print_node_for_eval_arrayless(const std::string& or_word, const std::string& and_word,
+                                       const std::string& not_open, const std::string& not_close,
+                                       const std::string& var_prefix, const std::string& var_suffix,
+                                       const std::string& one_word, const std::string& line_end,
+                                       const std::string& array_name, std::ostream& out, bdd_node* node);
+    void Print_node_for_eval_arrayless(const std::string& or_word, const std::string& and_word,
+                                       const std::string& not_open, const std::string& not_close,
+                                       const std::string& var_prefix, const std::string& var_suffix,
+                                       const std::string& one_word, const std::string& line_end,
+                                       const std::string& indent, const std::string& array_name,
+                                       std::ostream& out, bdd_node* node);
+    void Print_node_for_eval_NUSMV(const std::string& var_prefix, const std::string& var_suffix,
+                                   const std::string& line_start, const std::string& base, std::ostream& out,
+                                   bdd_node* node);
+    void Print_node_for_eval_VHDL(const std::string& name, std::ostream& out, bdd_node* node);
+    void Print_node_for_eval_BLIF(const std::string& spare, const std::string& suffix, const std::string& base,
+                                  std::ostream& out, bdd_node* node);
+    void Print_node_for_eval_VHDL_reset_input(const std::string& name, std::ostream& out,
+                                              const std::string& var_name);
+    void Print_node_for_eval_VHDL_input(const std::string& prefix, const std::string& suffix,
+                                        const std::string& name, std::ostream& out, const std::string& var_name);
+
+    // Node lists: "id: index:then:else,link" per node, numbered by
+    // Bdd_incremental_id. The index_map forms write mapped indexes.
+    void Print_bdd_node(std::ostream& out, bdd_node* node);
+    void Print_bdd_node(std::ostream& out, bdd_node* node, long* index_map);
+    void Print_bdd_node_with_adress(std::ostream& out, bdd_node* node);
+    void Print_bdd_by_nodes_list_loc(std::ostream& out, bdd_node* node);
+    void Print_bdd_by_nodes_list_loc(std::ostream& out, bdd_node* node, long* index_map);
+    void Print_bdds_list_by_nodes_list(std::ostream& out, std::list<bdd>& functions);
+    void Print_bdds_list_by_nodes_list(std::ostream& out, std::list<bdd>& functions, long* index_map);
+    void Print_bdd_by_nodes_list(std::ostream& out, const bdd& f);
+    void Print_bdd_by_nodes_list(std::ostream& out, const bdd& f, long* index_map);
+
+    // Debug forms.
+    void Print_bdd_structure(std::ostream& out, const bdd& f);
+    void Print_bdd_structure(FILE* out, const bdd& f);
+    void Print_bdd_structure_loc(FILE* out, int indent, bdd_node* node);
+    void Print_bdd_global_structure_loc(std::ostream& out, int indent, bdd_node* node);
+    void Print_bdd_global_structure_loc(FILE* out, int indent, bdd_node* node);
+    void Print_structure_lines(std::ostream& out, int indent, bdd_node* node, bool global, const char* index_word);
+    void debug_variables(std::ostream& out);
+    void Print_Fixes_Points(std::ostream& out, const bdd& f);
+
+    // Two-level tables: a header of the present variables and the output,
+    // then one row per cube.
+    void PLA_print_pref_suff(std::ostream& out, const bdd& out_var, const bdd& f, const std::string& var_prefix,
+                             const std::string& var_suffix, const std::string& header_open,
+                             const std::string& header_close, const std::string& row_separator,
+                             const std::string& end_word, const std::string& literal_separator, int level);
+    void PLA_print_pref_suff_with_renaming(std::ostream& out, long* index_map, const bdd& out_var, const bdd& f,
+                                           const std::string& var_prefix, const std::string& var_suffix,
+                                           const std::string& header_open, const std::string& header_close,
+                                           const std::string& row_separator, const std::string& end_word,
+                                           const std::string& literal_separator, int level);
+    void PLA_print(std::ostream& out, long* index_map, const bdd& out_var, const bdd& f,
+                   const std::string& var_prefix, const std::string& var_suffix, const std::string& header_open,
+                   const std::string& header_close, const std::string& row_separator, const std::string& end_word,
+                   const std::string& literal_separator, int level);
+    void BLIF_print(std::ostream& out, const bdd& out_var, const bdd& f, int level);
+    void ZKC_print(std::ostream& out, long* index_map, const bdd& out_var, const bdd& f, int level);
     // ---- end printers ----
 
 private:
