@@ -252,7 +252,7 @@ TEST(Module, CopyKeepsVariablesAndSharesNoSignal)
     m.addPreSignal(pre, out, "0");
     m.setSet(new Signal("SETm", &m, wood));
     out->newOccurrence(wood, &m);
-    new Bddexpression("o", wood, out->getOverBdd(&m, wood), in->getOverBdd(&m, wood), 0, 0);
+    new Bddexpression("o", wood, out->getInitialOverBdd(&m, wood), in->getOverBdd(&m, wood), 0, 0);
 
     Module copy(m);
     Bddexpressionwood* cw = copy.getBddWood();
