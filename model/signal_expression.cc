@@ -58,12 +58,19 @@ Expression* Expression::buildCurrentExpression(EquationTable*, Module*) { return
 
 void Expression::print(std::ostream&) {}
 
+// Debug form: the sum of products of the manager's debug printer.
+static void printBdd(std::ostream& os, Bddexpressionwood* wood, const bdd& f)
+{
+    if (wood != nullptr && wood->my_bdd_manager() != nullptr)
+        wood->my_bdd_manager()->Print_debug_bdd(os, f);
+}
+
 void Expression::printOverBdd(std::ostream& os, Module* m, Bddexpressionwood* wood)
 {
-    os << getOverBdd(m, wood);
+    printBdd(os, wood, getOverBdd(m, wood));
 }
 
 void Expression::printUnderBdd(std::ostream& os, Module* m, Bddexpressionwood* wood)
 {
-    os << getUnderBdd(m, wood);
+    printBdd(os, wood, getUnderBdd(m, wood));
 }

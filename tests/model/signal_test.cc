@@ -367,3 +367,21 @@ TEST(SignalDeathTest, SecondOccurrenceRefInTheSameWoodIsRefused)
 }
 
 }  // namespace
+
+namespace {
+
+TEST(Signal, PrintsItsInternalNameAndItsWires)
+{
+    Module m("m");
+    Bddexpressionwood* wood = m.getBddWood();
+    Signal* x = new Signal("x", "x_k", &m, wood);
+    std::ostringstream name, over, under;
+    x->print(name);
+    x->printOverBdd(over, &m, wood);
+    x->printUnderBdd(under, &m, wood);
+    EXPECT_EQ(name.str(), "x_k");
+    EXPECT_EQ(over.str(), "_s_x_k");
+    EXPECT_EQ(under.str(), "_v_x_k");
+}
+
+}  // namespace
