@@ -1,0 +1,261 @@
+// The tarn program end to end: texts, exit status, files written or not.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <dirent.h>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+struct run_result {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+std::string read_file(const std::string& name)
+{
+    std::ifstream in(name);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+bool exists(const std::string& name)
+{
+    struct stat st;
+    return stat(name.c_str(), &st) == 0;
+}
+
+void write_file(const std::string& name, const std::string& text) { std::ofstream(name) << text; }
+
+const char* const valid_module =
+    "module: m  0 0\n"
+    "input: i ;\n"
+    "output: o ;\n"
+    "local: n r;\n"
+    "register:\n"
+    "n r 0;\n"
+    "\n"
+    "connexion: SETm RESETm RTLm;\n"
+    "\n"
+    "equation_def:\n"
+    "3\n"
+    "0: 6:1:1,-1\n"
+    "1: -1:-3:-3,1\n"
+    "2: 0:1:1,-1\n"
+    "expressions:\n"
+    "1 1 2:0,1,(6 )\n"
+    "1 1 4:2,1,(0 )\n"
+    "1 1 5:2,-1,(0 )\n"
+    "end:\n";
+
+class TarnCommand : public ::testing::Test {
+protected:
+    std::string dir;
+
+    void SetUp() override
+    {
+        std::string pattern = testing::TempDir() + "tarn_cmd_XXXXXX";
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        dir = pattern;
+    }
+
+    void TearDown() override { std::system(("rm -rf '" + dir + "'").c_str()); }
+
+    // Runs tarn in `dir` with the arguments as one shell word each, no
+    // display, standard streams caught in files.
+    run_result tarn(const std::vector<std::string>& args)
+    {
+        std::string command = "cd '" + dir + "' && env -u DISPLAY '" TARN_BINARY_DIR "/driver/tarn'";
+        for (const std::string& a : args)
+            command += " '" + a + "'";
+        command += " >'" + dir + "/.out' 2>'" + dir + "/.err'";
+        int raw = std::system(command.c_str());
+        run_result r{WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, read_file(dir + "/.out"), read_file(dir + "/.err")};
+        std::remove((dir + "/.out").c_str());
+        std::remove((dir + "/.err").c_str());
+        return r;
+    }
+
+    // The directory holds exactly these names.
+    bool only_files(std::initializer_list<std::string> names)
+    {
+        std::set<std::string> seen;
+        if (DIR* d = opendir(dir.c_str())) {
+            while (dirent* e = readdir(d))
+                if (std::string(e->d_name) != "." && std::string(e->d_name) != "..")
+                    seen.insert(e->d_name);
+            closedir(d);
+        }
+        return seen == std::set<std::string>(names);
+    }
+};
+
+const std::regex closing_line("compilation finished in [0-9.e+-]+ seconds\n\n$");
+
+}  // namespace
+
+TEST_F(TarnCommand, HelpAndVersion)
+{
+    run_result h = tarn({"-h"});
+    EXPECT_EQ(h.status, 0);
+    EXPECT_EQ(h.err, "");
+    EXPECT_EQ(h.out,
+              "\n"
+              "        TARN: BRAm Finalizer\n"
+              "        auteur Q. Tessel & M. Varne , version 3.4.3-4\n\n"
+              "   syntax:\n\n"
+              "         tarn <filename> [no_suppress_wires]\n"
+              "                         [-sc] [-doc] [-lustre] [-esterel] [-nusmv]\n"
+              "                         [-valued_simul] [-blif] [-zkc] [-vhdl] [-altera] [-c] [-csharp ] [-qsr]\n\n"
+              "         OR tarn -v\n\n"
+              "         OR tarn -h\n\n"
+              "   options:\n\n"
+              "      -h : this help\n\n"
+              "      -v : version of finaliser\n\n"
+              "      -no_suppress_wires : deactivate control wires suppression\n\n"
+              "      -doc : generate a documentation file \n\n"
+              "      -lustre : generate a LUSTRE node\n\n"
+              "      -esterel : generate an ESTEREL module\n\n"
+              "      -nusmv : generate an NUSMV file\n\n"
+              "      -blif : generate a file in blif format \n\n"
+              "      -vhdl : generate a file in vhdl format\n\n"
+              "      -altera : same as -vhdl option\n"
+              "                more useful for the ALTERA synthetisers\n\n"
+              "      -c : generate an automaton in c language\n"
+              "           (generate an .h file too)\n\n"
+              "      -valued_simul : generate a c++ user file for mosk simulator\n"
+              "      -template_valued_simul : generate a c++ template user file for mosk simulator\n"
+              "           (generate an .h file too)\n\n"
+              "      -csharp : generate an automaton in c# language\n\n"
+              "      -qsr : generate an encapsulated quasar file\n");
+
+    run_result v = tarn({"-v"});
+    EXPECT_EQ(v.status, 0);
+    EXPECT_EQ(v.out, "TARN : BRAm Finaliser version  3.4.3-4\n");
+    EXPECT_EQ(v.err, "");
+}
+
+TEST_F(TarnCommand, UnknownOptionStopsBeforeReading)
+{
+    write_file(dir + "/m.zkc", valid_module);
+    // The banner's own spellings that the command refuses, and a file name
+    // given after an option.
+    for (const char* bad : {"-sc", "-zkc", "-template_valued_simul", "no_suppress_wires", "-C", "-c "}) {
+        run_result r = tarn({"m.zkc", "-c", bad});
+        EXPECT_EQ(r.status, 1) << bad;
+        EXPECT_EQ(r.err, std::string("`") + bad + "' unknown option: try tarn -h to known the list ...\n\n");
+        EXPECT_EQ(r.out, "");
+    }
+    run_result swapped = tarn({"-doc", "m.zkc"});
+    EXPECT_EQ(swapped.status, 1);
+    EXPECT_EQ(swapped.err, "`m.zkc' unknown option: try tarn -h to known the list ...\n\n");
+    EXPECT_TRUE(only_files({"m.zkc"}));  // not even the log
+}
+
+TEST_F(TarnCommand, FewerThanThreeArgumentsIsThePanelsRoad)
+{
+    write_file(dir + "/m.zkc", valid_module);
+    for (const std::vector<std::string>& args : {std::vector<std::string>{}, {"m.zkc"}, {"-c"}}) {
+        run_result r = tarn(args);
+        EXPECT_EQ(r.status, 1);
+        EXPECT_EQ(r.out, "");
+        EXPECT_EQ(r.err, "tarn: the front panel is not available in this build\n");
+    }
+    EXPECT_TRUE(only_files({"m.zkc"}));
+}
+
+TEST_F(TarnCommand, ValidFileWithoutTargets)
+{
+    write_file(dir + "/m.zkc", valid_module);
+    run_result r = tarn({"m.zkc", "-no_suppress_wires"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.err, "parsing terminated\n");
+    EXPECT_EQ(r.out.rfind("generation of ./m.log\ncompilation finished in ", 0), 0u) << r.out;
+    EXPECT_TRUE(std::regex_search(r.out, closing_line)) << r.out;
+    // The log really written is the input's name plus ".log".
+    EXPECT_TRUE(only_files({"m.zkc", "m.zkc.log"}));
+    EXPECT_NE(read_file(dir + "/m.zkc.log").find("definition finale"), std::string::npos);
+}
+
+TEST_F(TarnCommand, TargetsComeInTheirFixedOrder)
+{
+    write_file(dir + "/m.zkc", valid_module);
+    run_result r = tarn({"m.zkc", "-qsr", "-systemc", "-csharp", "-vhdl", "-altera", "-c", "-blif", "-nusmv",
+                         "-esterel", "-lustre", "-doc", "-valued_simul", "-c"});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.err,
+              "parsing terminated\n"
+              "tarn: mosk simulator generation is not available in this build\n"
+              "tarn: documentation generation is not available in this build\n"
+              "tarn: Esterel generation is not available in this build\n"
+              "tarn: Lustre generation is not available in this build\n"
+              "tarn: NuSMV generation is not available in this build\n"
+              "tarn: BLIF generation is not available in this build\n"
+              "tarn: C generation is not available in this build\n"
+              "tarn: C# generation is not available in this build\n"
+              "tarn: VHDL generation is not available in this build\n"
+              "tarn: SystemC generation is not available in this build\n"
+              "tarn: encapsulated qsr generation is not available in this build\n");
+    EXPECT_EQ(r.out.find("generation of ./m.c"), std::string::npos);
+    EXPECT_TRUE(only_files({"m.zkc", "m.zkc.log"}));
+
+    run_result altera = tarn({"m.zkc", "-altera"});
+    EXPECT_EQ(altera.err, "parsing terminated\ntarn: VHDL generation is not available in this build\n");
+}
+
+TEST_F(TarnCommand, InputNameIsCutAtZkcAndSplitAtTheLastSlash)
+{
+    ASSERT_EQ(mkdir((dir + "/sub").c_str(), 0755), 0);
+    write_file(dir + "/sub/foo.zkc", valid_module);
+    write_file(dir + "/bar.zkc", valid_module);
+    struct {
+        std::string input;
+        std::string log_line;
+        std::string log_file;
+    } cases[] = {
+        {dir + "/sub/foo.zkc", "generation of " + dir + "/sub/foo.log\n", dir + "/sub/foo.zkc.log"},
+        {"sub/foo.zkc.old", "generation of sub/foo.log\n", dir + "/sub/foo.zkc.log"},
+        {"bar", "generation of ./bar.log\n", dir + "/bar.zkc.log"},
+        {"bar.zkcx.zkc", "generation of ./bar.log\n", dir + "/bar.zkc.log"},
+    };
+    for (const auto& c : cases) {
+        std::remove(c.log_file.c_str());
+        run_result r = tarn({c.input, "-doc"});
+        EXPECT_EQ(r.status, 0) << c.input << "\n" << r.err;
+        EXPECT_EQ(r.out.rfind(c.log_line, 0), 0u) << c.input << "\n" << r.out;
+        EXPECT_TRUE(exists(c.log_file)) << c.input;
+    }
+}
+
+TEST_F(TarnCommand, UnreadableInputsEndWithStatusOne)
+{
+    write_file(dir + "/bad.zkc", "module: m 0 0\nconnexion: S R T;\nequation_def: 1.5 expressions: end:\n");
+    run_result bad = tarn({"bad.zkc", "-c"});
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_EQ(bad.err,
+              "line 3: syntax error, unexpected TOKEN_REAL, expecting TOKEN_NUMBER\n"
+              "ERROR about loading file : ./bad.zkc\n"
+              "parsing terminated\n");
+    EXPECT_EQ(bad.out, "");
+
+    run_result missing = tarn({"none.zkc", "-c"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.err, "FILE NOT FOUND !\nparsing terminated\n");
+    EXPECT_EQ(missing.out, "");
+
+    // "-v" is an input name once a batch run starts.
+    run_result dash = tarn({"-v", "-c"});
+    EXPECT_EQ(dash.status, 1);
+    EXPECT_EQ(dash.err, "FILE NOT FOUND !\nparsing terminated\n");
+}

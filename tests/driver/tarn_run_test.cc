@@ -1,0 +1,147 @@
+// The parts of the run that the command line cannot reach alone: name
+// derivation corners and the VHDL post-pass with a stand-in generator.
+
+#include "driver/tarn_run.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+
+TEST(TarnPaths, DerivedNames)
+{
+    struct {
+        const char* input;
+        const char* dir;
+        const char* base;
+    } cases[] = {
+        {"/a/b/foo.zkc", "/a/b", "foo"},
+        {"/foo.zkc", "", "foo"},
+        {"foo.zkc.old", ".", "foo"},
+        {"foo", ".", "foo"},
+        {"a.zkc/b.zkc", ".", "a"},  // everything behind the first ".zkc" goes
+        {"x/y.d/z", "x/y.d", "z"},
+    };
+    for (const auto& c : cases) {
+        tarn_paths p = tarn_split_input_name(c.input);
+        EXPECT_EQ(p.dir, c.dir) << c.input;
+        EXPECT_EQ(p.base, c.base) << c.input;
+    }
+    tarn_paths root = tarn_split_input_name("/foo.zkc");
+    EXPECT_EQ(root.path("/", ".zkc"), "/foo.zkc");
+    EXPECT_EQ(root.path("/", ".c"), "/foo.c");
+    tarn_paths here = tarn_split_input_name("foo");
+    EXPECT_EQ(here.path("/mosk_", ".cc"), "./mosk_foo.cc");
+    EXPECT_EQ(here.path("/", "_encapsulated.qsr"), "./foo_encapsulated.qsr");
+}
+
+TEST(TarnOptions, AlteraAsksForVhdlToo)
+{
+    const char* argv[] = {"tarn", "m.zkc", "-altera", "-c", "-c", "-no_suppress_wires"};
+    tarn_flags f;
+    std::string unknown;
+    ASSERT_TRUE(tarn_read_options(6, const_cast<char**>(argv), f, unknown));
+    EXPECT_EQ(f.vhdlFlag, 1);
+    EXPECT_EQ(f.alteraFlag, 1);
+    EXPECT_EQ(f.cFlag, 1);
+    EXPECT_EQ(f.noSuppressWiresFlag, 1);
+    EXPECT_EQ(f.systemcFlag + f.docFlag + f.templateFlag, 0);
+
+    const char* bad[] = {"tarn", "m.zkc", "-qsr", "-x", "-c"};
+    tarn_flags g;
+    EXPECT_FALSE(tarn_read_options(5, const_cast<char**>(bad), g, unknown));
+    EXPECT_EQ(unknown, "-x");
+    EXPECT_EQ(g.qsrFlag, 1);
+    EXPECT_EQ(g.cFlag, 0);  // nothing after the unknown option is looked at
+}
+
+namespace {
+
+std::string read_file(const std::string& name)
+{
+    std::ifstream in(name);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+// Runs each test in a fresh working directory: "vhdl_libs.inc" is looked
+// for there, not beside the output.
+class VhdlPostPass : public ::testing::Test {
+protected:
+    std::string dir, old_cwd;
+
+    void SetUp() override
+    {
+        char buffer[4096];
+        ASSERT_NE(getcwd(buffer, sizeof buffer), nullptr);
+        old_cwd = buffer;
+        std::string pattern = testing::TempDir() + "tarn_vhdl_XXXXXX";
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        dir = pattern;
+        ASSERT_EQ(chdir(dir.c_str()), 0);
+    }
+
+    void TearDown() override
+    {
+        ASSERT_EQ(chdir(old_cwd.c_str()), 0);
+        std::system(("rm -rf '" + dir + "'").c_str());
+    }
+};
+
+}  // namespace
+
+TEST_F(VhdlPostPass, RewritesDoubleUnderscoresAndKeepsTheTemporaryFile)
+{
+    std::ofstream("vhdl_libs.inc") << "library ieee;\nuse ieee.std_logic_1164.all;\n";
+    std::string vhd = dir + "/out.vhd";
+    bool libs_seen_open = false;
+    std::ostringstream report;
+    bool done = tarn_vhdl_post_pass(
+        vhd,
+        [&](std::ofstream& tmp, std::ifstream& libs) {
+            libs_seen_open = libs.is_open();
+            tmp << libs.rdbuf();
+            tmp << "signal a__b : std_logic;\nsignal c___d;\nend";  // no final line end
+        },
+        report);
+    EXPECT_TRUE(done);
+    EXPECT_TRUE(libs_seen_open);
+    EXPECT_EQ(report.str(), "generation of " + vhd + "\n");
+    EXPECT_EQ(read_file(vhd),
+              "library ieee;\nuse ieee.std_logic_1164.all;\nsignal a_X_b : std_logic;\nsignal c_X__d;\nend\n");
+    EXPECT_EQ(read_file(vhd + "_tmp"),
+              "library ieee;\nuse ieee.std_logic_1164.all;\nsignal a__b : std_logic;\nsignal c___d;\nend");
+}
+
+TEST_F(VhdlPostPass, MissingLibsFileStillReachesTheGenerator)
+{
+    bool called = false, libs_good = true;
+    std::ostringstream report;
+    EXPECT_TRUE(tarn_vhdl_post_pass(
+        "plain.vhd",
+        [&](std::ofstream& tmp, std::ifstream& libs) {
+            called = true;
+            libs_good = libs.good();
+            tmp << "x__\n";
+        },
+        report));
+    EXPECT_TRUE(called);
+    EXPECT_FALSE(libs_good);
+    EXPECT_EQ(read_file("plain.vhd"), "x_X_\n");
+    EXPECT_EQ(report.str(), "generation of plain.vhd\n");
+}
+
+TEST_F(VhdlPostPass, UnreadableTemporaryFileEndsSilently)
+{
+    std::ostringstream report;
+    bool called = false;
+    EXPECT_FALSE(tarn_vhdl_post_pass(
+        dir + "/no/such/dir/out.vhd", [&](std::ofstream&, std::ifstream&) { called = true; }, report));
+    EXPECT_TRUE(called);  // the generator runs on the failed stream
+    EXPECT_EQ(report.str(), "");
+    EXPECT_EQ(read_file(dir + "/no/such/dir/out.vhd"), "");
+}
