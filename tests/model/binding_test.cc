@@ -20,6 +20,8 @@ struct Bindings : ::testing::Test {
 
 TEST_F(Bindings, ValueReadingSignalsGetsAbstractEquationsOnBothWires)
 {
+    EXPECT_EQ(m.getSignalBindingByClock(clock), nullptr);  // no table yet
+    EXPECT_EQ(m.getBinding("s"), nullptr);
     DataExpr* value = new DataBinaryOp(DataExpr::Plus, new DataSignalValue(b), new DataSignalValue(a));
     m.addSignalBinding(value, s);
     ASSERT_NE(m.getDataTable(), nullptr);

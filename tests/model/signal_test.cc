@@ -65,26 +65,6 @@ TEST(Signal, ExistingVariableOfTheNameIsReused)
     EXPECT_EQ(x->getUnderBddId(&m, wood), 0);
 }
 
-TEST(Signal, FreshSignalIsPureAndNotValued)
-{
-    Module m("m");
-    Signal* s = new Signal("s", &m, m.getBddWood());
-    EXPECT_FALSE(s->isValued(&m));
-    EXPECT_EQ(s->getValueType(&m), "pure");
-    EXPECT_EQ(s->getName(&m), "s");
-}
-
-TEST(Signal, WireConstructorFlagsWireAndRegister)
-{
-    Module m("m");
-    Signal* plain = new Signal("p", &m, m.getBddWood());
-    Signal* wired = new Signal("w", &m, m.getBddWood(), true);
-    Signal* named = new Signal("n", "n_i", &m, m.getBddWood(), true);
-    EXPECT_FALSE(plain->isWire() || plain->isRegister() || plain->isWired());
-    EXPECT_TRUE(wired->isWire() && wired->isRegister() && wired->isWired());
-    EXPECT_TRUE(named->isWire() && named->isRegister() && named->isWired());
-}
-
 TEST(Signal, KindCodesFollowFlagPriority)
 {
     struct Case {
@@ -116,16 +96,18 @@ TEST(Signal, KindCodesFollowFlagPriority)
     }
 }
 
-TEST(Signal, SetLocalClearsInputAndOutputAndSetRegisterSetsWire)
+TEST(Signal, FlagSettersAndTheWireConstructor)
 {
     Module m("m");
     Signal* s = new Signal("s", &m, m.getBddWood());
+    EXPECT_FALSE(s->isWire() || s->isRegister() || s->isWired());
+    EXPECT_EQ(s->getValueType(&m), "pure");
+    Signal* wired = new Signal("w", "w_i", &m, m.getBddWood(), true);
+    EXPECT_TRUE(wired->isWire() && wired->isRegister() && wired->isWired());
     s->setInput();
     s->setOutput();
     s->setLocal();
-    EXPECT_TRUE(s->isLocal());
-    EXPECT_FALSE(s->isInput());
-    EXPECT_FALSE(s->isOutput());
+    EXPECT_TRUE(s->isLocal() && !s->isInput() && !s->isOutput());
     s->setRegister();
     EXPECT_TRUE(s->isWire());
 }
@@ -183,7 +165,7 @@ TEST(Signal, OccurrencesGetTheirOwnWiresAtTheEnd)
     EXPECT_EQ(manager->getSignalRefById(7, wood), second);
 }
 
-TEST(Signal, OnlyLocalsAndOutputsHaveOccurrences)
+TEST(Signal, InputsHaveNoOccurrenceAndAnAbsentSignalNoWire)
 {
     Module m("m");
     Bddexpressionwood* wood = m.getBddWood();
@@ -192,12 +174,6 @@ TEST(Signal, OnlyLocalsAndOutputsHaveOccurrences)
     EXPECT_EQ(in->newOccurrence(wood, &m), in);
     EXPECT_EQ(in->getCurrentOccurrence(wood), 0);
     EXPECT_EQ(wood->Nb_bdd_vars(), 2);
-}
-
-TEST(Signal, AllIdsOfAnAbsentSignalAreEmpty)
-{
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
     Signal* s = new Signal("s", &m, wood);
     s->setLocal();
     s->setCurrentOccurrence(wood, -1);
@@ -220,25 +196,6 @@ TEST(Signal, UsedWithPreNeedsAValuedActualOfAPair)
     EXPECT_FALSE(other->usedwithPre(&m));
 }
 
-TEST(SignalManager, IdTableAnswersBothWiresAndNullElsewhere)
-{
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
-    Signal* a = new Signal("a", &m, wood);
-    wood->New_var_last("loose");
-    SignalManager* manager = m.getSignalManager();
-    SignalRef* ref = manager->getSignalRefByName("a");
-    ASSERT_NE(ref, nullptr);
-    EXPECT_EQ(manager->getSignalRefById(0, wood), ref);
-    EXPECT_EQ(manager->getSignalRefById(1, wood), ref);
-    EXPECT_EQ(manager->getSignalRefById(2, wood), nullptr);
-    EXPECT_EQ(manager->getSignalRefById(99, wood), nullptr);
-    EXPECT_EQ(manager->getSignalRefById(-1, wood), nullptr);
-    Bddexpressionwood other;
-    EXPECT_EQ(manager->getSignalRefById(0, &other), nullptr);
-    EXPECT_EQ(a->getSignalRef(manager, wood), ref);
-}
-
 TEST(SignalManager, DuplicateAndDeleteWood)
 {
     Module m("m");
@@ -254,18 +211,6 @@ TEST(SignalManager, DuplicateAndDeleteWood)
     EXPECT_FALSE(manager->getSignalRefByName("a")->hasWood(wood));
     EXPECT_EQ(manager->getSignalRefById(0, wood), nullptr);
     EXPECT_EQ(a->getUnderBddId(&m, &copy), 1);
-}
-
-TEST(SignalRef, SettersReplaceOneMemberOfThePair)
-{
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
-    new Signal("a", &m, wood);
-    SignalRef* ref = m.getSignalManager()->getSignalRefByName("a");
-    ref->setOverBddId(7, wood);
-    ref->setUnderBddId(8, wood);
-    EXPECT_EQ(ref->getOverBddId(wood), 7);
-    EXPECT_EQ(ref->getUnderBddId(wood), 8);
 }
 
 TEST(Registers, EqualityComparesAllThreeFieldsAndPrintsLikeTheFile)
@@ -325,6 +270,20 @@ TEST(Expression, RootJoinsOnlyWhenNeitherSideDecides)
     Expression::newAndExpression = nullptr;
 }
 
+TEST(Signal, PrintsItsInternalNameAndItsWires)
+{
+    Module m("m");
+    Bddexpressionwood* wood = m.getBddWood();
+    Signal* x = new Signal("x", "x_k", &m, wood);
+    std::ostringstream name, over, under;
+    x->print(name);
+    x->printOverBdd(over, &m, wood);
+    x->printUnderBdd(under, &m, wood);
+    EXPECT_EQ(name.str(), "x_k");
+    EXPECT_EQ(over.str(), "_s_x_k");
+    EXPECT_EQ(under.str(), "_v_x_k");
+}
+
 using SignalDeathTest = ::testing::Test;
 
 TEST(SignalDeathTest, MisuseEndsWithItsMessage)
@@ -364,24 +323,6 @@ TEST(SignalDeathTest, SecondOccurrenceRefInTheSameWoodIsRefused)
     new Signal("x_1", &m, wood);  // takes the name of x's first occurrence
     EXPECT_EXIT(x->newOccurrence(wood, &m), ::testing::ExitedWithCode(1),
                 "Signal::newOccurrence: signal ref already exits for the current woodx");
-}
-
-}  // namespace
-
-namespace {
-
-TEST(Signal, PrintsItsInternalNameAndItsWires)
-{
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
-    Signal* x = new Signal("x", "x_k", &m, wood);
-    std::ostringstream name, over, under;
-    x->print(name);
-    x->printOverBdd(over, &m, wood);
-    x->printUnderBdd(under, &m, wood);
-    EXPECT_EQ(name.str(), "x_k");
-    EXPECT_EQ(over.str(), "_s_x_k");
-    EXPECT_EQ(under.str(), "_v_x_k");
 }
 
 }  // namespace
