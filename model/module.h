@@ -142,9 +142,45 @@ public:
     // ---- end bindings ----
 
     // ---- finalisation ----
+    // Closes the module for generation: definite over and under equations,
+    // constants propagated, useless wires, locals and registers removed, a
+    // boot register "<name>_boot" / "<name>bootplus" tying SET, the wood
+    // cleaned to what must stay, final dates, and every variable name that
+    // begins with "_" prefixed by "v". Meant to run once. With `keepRtl` not
+    // zero the over wire of RTL stays.
+    void finalize(int keepRtl);
+    // The run's entry: a null module (nothing could be read) ends the process
+    // with a message and status 1 instead of dereferencing it.
+    static void finalize(Module* module, int keepRtl);
+    // Classifies the equations of outputs, register and clock locals and the
+    // actual signals of memorised pairs by Compilation status code.
+    void update_user_type();
+    // Unless Compilation::KeepWiresFlag: suppress_wires, then
+    // suppress_useless_registers, then clean_locals.
+    void clean();
+    // Drops the registers whose next value is constantly their initial value
+    // and fixes their actual variable to that constant everywhere.
+    void suppress_useless_registers();
+    // Substitutes every local that is neither register, valued nor clock into
+    // its readers and unlists it.
+    void clean_locals();
+    void constants_propagation();
+    // Adds the output "OverKnowledgeError", true when some output is Error.
+    void check_over_knowledge();
+    void loose_first_underscore_in_name_variables();
+    // Status codes of the equations that the passes keep: inputs, outputs,
+    // registers and clocks, and with `withPre` the actual signals of
+    // memorised pairs, over before under, in this order.
+    static std::list<int> keptKinds(bool withPre);
     // ---- end finalisation ----
 
     // ---- generators ----
+    // Debug dump of the whole module: signals with their variable ids,
+    // registers, memorised pairs, equations by early date, bindings and the
+    // data tables. "end of debug put" goes to the error stream.
+    void DEBUG_put(std::ostream& os);
+    // " name: over(id),under(id)" and a line end.
+    void DEBUG_OneSignal_put(std::ostream& os, Signal* s);
     // ---- end generators ----
 
     // Class-wide settings of the source compiler and the simulator.
