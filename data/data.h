@@ -534,9 +534,8 @@ class DataBinding {
 public:
     DataBinding(Signal* signal, DataExpr* value);
     DataBinding(Signal* signal, DataExpr* value, Signal* clock);
-    // Copy into module `to`: the signals of the same names there, and a
-    // duplicate of the value moved from `from` to `to`
-    // (model/module_bindings.cc).
+    // Copy into module `to`: the signals of the same internal names there,
+    // and a duplicate of the value moved from `from` to `to`.
     DataBinding(DataBinding& other, Module* from, Module* to);
 
     Signal* getClock() const { return clock; }

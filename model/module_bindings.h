@@ -3,9 +3,8 @@
 
 // Bindings as the generators read them. Defined with this file as well:
 // Module::printBinding and Module::debugPrintBinding (declared in
-// model/module.h), DataBinding's copy into another module, and the
-// installation of what the data layer reads of a Module
-// (DataExpr::moduleName, DataExpr::moduleSignal).
+// model/module.h), and the installation of what the data layer reads of a
+// Module (DataExpr::moduleName, DataExpr::moduleSignal).
 
 #include "data/data.h"
 
