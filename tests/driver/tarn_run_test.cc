@@ -38,26 +38,6 @@ TEST(TarnPaths, DerivedNames)
     EXPECT_EQ(here.path("/", "_encapsulated.qsr"), "./foo_encapsulated.qsr");
 }
 
-TEST(TarnOptions, AlteraAsksForVhdlToo)
-{
-    const char* argv[] = {"tarn", "m.zkc", "-altera", "-c", "-c", "-no_suppress_wires"};
-    tarn_flags f;
-    std::string unknown;
-    ASSERT_TRUE(tarn_read_options(6, const_cast<char**>(argv), f, unknown));
-    EXPECT_EQ(f.vhdlFlag, 1);
-    EXPECT_EQ(f.alteraFlag, 1);
-    EXPECT_EQ(f.cFlag, 1);
-    EXPECT_EQ(f.noSuppressWiresFlag, 1);
-    EXPECT_EQ(f.systemcFlag + f.docFlag + f.templateFlag, 0);
-
-    const char* bad[] = {"tarn", "m.zkc", "-qsr", "-x", "-c"};
-    tarn_flags g;
-    EXPECT_FALSE(tarn_read_options(5, const_cast<char**>(bad), g, unknown));
-    EXPECT_EQ(unknown, "-x");
-    EXPECT_EQ(g.qsrFlag, 1);
-    EXPECT_EQ(g.cFlag, 0);  // nothing after the unknown option is looked at
-}
-
 namespace {
 
 std::string read_file(const std::string& name)

@@ -184,12 +184,3 @@ TEST(ZkcGrammar, LongSectionsDoNotExhaustTheStack)
     parse_result r = parse_text(text, 0);
     EXPECT_EQ(r.status, 0) << r.errors.substr(0, 200);
 }
-
-TEST(ZkcGrammar, DebugLawFormat)
-{
-    std::ostringstream out;
-    zkc_debuger_law(3, 1, "equation", 1, out);
-    zkc_debuger_law(7, 2, "ajout iol liste x", 1, out);
-    zkc_debuger_law(9, 1, "hidden", 0, out);
-    EXPECT_EQ(out.str(), "3 --> equation\n7,2 --> ajout iol liste x\n");
-}

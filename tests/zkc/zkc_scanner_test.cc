@@ -96,14 +96,3 @@ TEST(ZkcScanner, CommentsAndUnknownCharacters)
         EXPECT_EQ(r.echo, c.echo) << c.text;
     }
 }
-
-TEST(ZkcScanner, CountsLines)
-{
-    std::istringstream in("a\n// comment\n\nb");
-    std::ostringstream echo;
-    zkcFlexLexer lexer(&in, &echo);
-    lexer.yylex();
-    EXPECT_EQ(lexer.lineno(), 1);
-    lexer.yylex();
-    EXPECT_EQ(lexer.lineno(), 4);
-}
