@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <unordered_map>
 
 namespace {
 
@@ -472,8 +473,8 @@ bool memo_path(const Bddexpressionwood& wood, long var, bool up, long& m, long& 
         }
     };
     // 0 unseen, 1 on the walk, 2 done.
-    std::map<long, char> state;
-    std::map<long, std::pair<long, long>> value; // m, height
+    std::unordered_map<long, char> state;
+    std::unordered_map<long, std::pair<long, long>> value; // m, height
     struct Frame {
         long v;
         std::vector<long> next;
