@@ -92,9 +92,12 @@ public:
 private:
     friend class bddpp_manager;
     friend class bdd_unique_table;
-    bdd_node* unique_next = nullptr;              // chain in the unique table
+    struct not_integrated {};
+    // Leaves the entry in the unique table to the caller.
+    bdd_node(bddpp_manager* m, long id, int else_link_type, bdd_node* then_node,
+             bdd_node* else_node, long global_id, not_integrated);
     mutable std::vector<long>* depends_ = nullptr; // null until asked for
-    unsigned visit = 0;                           // epoch of the manager's own walks
+    unsigned visit = 0; // epoch of the manager's own walks
 };
 
 // Value handle on a node. Copying adds a reference to the node, destroying
@@ -151,7 +154,9 @@ int bdd_link_type(const bdd& f);
 
 // The unique table: a hash table keyed on the whole of (id, else link,
 // then node, else node), so that it holds any number of nodes without the
-// collisions of the packed signature. Walks that are behaviour go through
+// collisions of the packed signature. Open addressing with linear probing;
+// each slot keeps the key's hash beside the node, so a failed look-up
+// seldom touches a node. Walks that are behaviour go through
 // nodes_in_key_order(), whose order is that of the signature for global
 // ids below 2^20.
 class bdd_unique_table {
@@ -164,6 +169,11 @@ public:
     std::size_t size() const { return count; }
     bdd_node* find(long id, int else_link_type, bdd_node* then_node,
                    bdd_node* else_node) const;
+    // find() that also gives the key's hash, for insert_absent().
+    bdd_node* find(long id, int else_link_type, bdd_node* then_node, bdd_node* else_node,
+                   std::size_t& hash) const;
+    // Enters a node whose key find() just failed to meet.
+    void insert_absent(bdd_node* node, std::size_t hash);
     // Enters the node, replacing any node of the same key.
     void insert(bdd_node* node);
     // Removes the entry of the node's key, whatever node it points to;
@@ -172,19 +182,25 @@ public:
     // Every node, in ascending (id, then global_id, else global_id,
     // else link bit) order.
     std::vector<bdd_node*> nodes_in_key_order() const;
-    // Every node, in no particular order.
+    // Every node, in no particular order. f must not change the table.
     template <class F> void for_each(F f) const {
-        for (std::size_t b = 0; b < bucket_count; ++b)
-            for (bdd_node* n = buckets[b]; n; n = n->unique_next) f(n);
+        for (std::size_t i = 0; i < capacity; ++i)
+            if (slots[i].node) f(slots[i].node);
     }
 
 private:
-    std::size_t slot(long id, int else_link_type, bdd_node* then_node,
-                     bdd_node* else_node) const;
+    struct entry {
+        std::size_t hash;
+        bdd_node* node; // null: free
+    };
+    static std::size_t hash_of(long id, int else_link_type, bdd_node* then_node,
+                               bdd_node* else_node);
+    std::size_t home(std::size_t hash) const { return hash >> shift; }
     void grow();
-    bdd_node** buckets;
-    std::size_t bucket_count;
+    entry* slots;
+    std::size_t capacity; // a power of two, at least twice count
     std::size_t count;
+    int shift;            // 64 - log2(capacity): a key's home is its hash's top bits
 };
 
 class bddpp_manager {
@@ -244,7 +260,12 @@ public:
 
     // Index of a node: -3 without node or manager, the id itself when it is
     // negative (-1 for the terminal), else index_by_id[id].
-    long Node_index(const bdd_node* node) const;
+    long Node_index(const bdd_node* node) const {
+        if (!node || !node->manager) return -3;
+        if (node->id < 0) return node->id;
+        if (node->id >= variables_number) return -3;
+        return index_by_id[node->id];
+    }
 
     // Renaming touches var_names only; id_by_name keeps the creation names.
     void Rename_var(const std::string& new_name, const std::string& old_name);

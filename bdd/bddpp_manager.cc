@@ -80,13 +80,6 @@ unsigned bddpp_manager::next_visit() {
     return visit_epoch;
 }
 
-long bddpp_manager::Node_index(const bdd_node* node) const {
-    if (!node || !node->manager) return -3;
-    if (node->id < 0) return node->id;
-    if (node->id >= variables_number) return -3;
-    return index_by_id[node->id];
-}
-
 // ------------------------------------------------------------------ variables
 
 bdd_node* bddpp_manager::new_variable(const std::string& name, long index, bool last) {
@@ -320,9 +313,12 @@ bdd_node* bddpp_manager::Find_or_create_bdd_node(long index, int then_link, int 
     }
     long id = id_by_index[index];
     int else_link_type = then_link * else_link;
-    if (bdd_node* found = map->find(id, else_link_type, then_node, else_node)) return found;
+    std::size_t hash;
+    if (bdd_node* found = map->find(id, else_link_type, then_node, else_node, hash))
+        return found;
     bdd_node* node = new bdd_node(this, id, else_link_type, then_node, else_node,
-                                  next_global_id);
+                                  next_global_id, bdd_node::not_integrated{});
+    map->insert_absent(node, hash);
     next_global_id++;
     then_node->references++;
     else_node->references++;

@@ -15,6 +15,7 @@
 // unordered pair serves both operators.
 
 #include "bdd/bddpp.h"
+#include "bdd/bddpp_memory.h"
 
 #include <cstdlib>
 #include <iostream>
@@ -45,8 +46,14 @@ inline bdd_node* untag_node(std::uintptr_t t) {
 }
 inline int untag_link(std::uintptr_t t) { return (t & 1) ? -1 : 1; }
 
-constexpr std::size_t computed_initial = std::size_t(1) << 15;
-constexpr std::size_t computed_max = std::size_t(1) << 22;
+inline std::size_t computed_slot(std::uintptr_t a, std::uintptr_t b, std::size_t mask) {
+    std::uint64_t h = (a * 0x9E3779B97F4A7C15ull + b) * 0xC2B2AE3D27D4EB4Full;
+    h ^= h >> 29;
+    return static_cast<std::size_t>(h >> 32) & mask;
+}
+
+constexpr std::size_t computed_initial = std::size_t(1) << 14;
+constexpr std::size_t computed_max = std::size_t(1) << 18;
 
 }  // namespace
 
@@ -63,14 +70,14 @@ void bddpp_manager::computed_resize() {
     std::size_t nodes = map ? map->size() : 0;
     while (want < computed_max && want < nodes) want *= 2;
     if (want == computed_size) return;
-    delete[] computed;
-    computed = new computed_entry[want]();
+    bdd_block_free(computed);
+    computed = static_cast<computed_entry*>(bdd_block_alloc(want * sizeof(computed_entry)));
     computed_size = want;
     computed_used = 0;
 }
 
 void bddpp_manager::release_operator_tables() {
-    delete[] computed;
+    bdd_block_free(computed);
     computed = nullptr;
     computed_size = computed_used = 0;
     delete apply_stack;
@@ -224,8 +231,7 @@ bdd_node* bddpp_manager::apply(bool is_or, int link_x, bdd_node* x, int link_y,
         } else {
             std::uintptr_t a = tag(lx, cx), b = tag(ly, cy);
             if (a > b) std::swap(a, b);
-            const computed_entry& e = computed[((a * 0x9E3779B97F4A7C15ull) ^ (b >> 3)) *
-                                                   0xC2B2AE3D27D4EB4Full >> 20 & mask];
+            const computed_entry& e = computed[computed_slot(a, b, mask)];
             if (e.a == a && e.b == b) {
                 rl = untag_link(e.r);
                 rn = untag_node(e.r);
@@ -290,12 +296,13 @@ bdd_node* bddpp_manager::apply(bool is_or, int link_x, bdd_node* x, int link_y,
             long index = f.ix < f.iy ? f.ix : f.iy;
             int result_link;
             bdd_node* result = join(index, f.then_link, f.then_node, rl, rn, result_link);
-            self_check(is_or, f.link_x * sign, f.x, f.ix, f.link_y * sign, f.y, f.iy,
-                       result_link * sign, result);
+            if (result != one && !(result && result->manager && result->id >= 0 &&
+                                   index_of[result->id] >= index))
+                self_check(is_or, f.link_x * sign, f.x, f.ix, f.link_y * sign, f.y, f.iy,
+                           result_link * sign, result);
             std::uintptr_t a = tag(f.link_x, f.x), b = tag(f.link_y, f.y);
             if (a > b) std::swap(a, b);
-            computed_entry& e = computed[((a * 0x9E3779B97F4A7C15ull) ^ (b >> 3)) *
-                                             0xC2B2AE3D27D4EB4Full >> 20 & mask];
+            computed_entry& e = computed[computed_slot(a, b, mask)];
             if (e.a == 0) computed_used++;
             e.a = a;
             e.b = b;

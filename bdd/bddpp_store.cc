@@ -1,9 +1,13 @@
 // Nodes, their pool, signatures, the unique table and the handles.
 
 #include "bdd/bddpp.h"
+#include "bdd/bddpp_memory.h"
+
+#include <sys/mman.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <new>
 #include <tuple>
@@ -36,6 +40,27 @@ long bdd_node_signature(long id, int else_link_type, bdd_node* then_node,
     return static_cast<long>(key);
 }
 
+// ---------------------------------------------------------------- big blocks
+
+void* bdd_block_alloc(std::size_t bytes) {
+    constexpr std::size_t huge = std::size_t(2) << 20;
+    void* p = nullptr;
+    if (bytes >= huge) {
+        bytes = (bytes + huge - 1) / huge * huge;
+        p = std::aligned_alloc(huge, bytes);
+#ifdef MADV_HUGEPAGE
+        if (p) madvise(p, bytes, MADV_HUGEPAGE);
+#endif
+    } else {
+        p = std::malloc(bytes);
+    }
+    if (!p) throw std::bad_alloc();
+    std::memset(p, 0, bytes);
+    return p;
+}
+
+void bdd_block_free(void* block) { std::free(block); }
+
 // ----------------------------------------------------------------- node pool
 
 namespace {
@@ -45,7 +70,7 @@ namespace {
 struct node_pool {
     struct free_slot { free_slot* next; };
     free_slot* free_list = nullptr;
-    static constexpr std::size_t block_nodes = 8192;
+    static constexpr std::size_t block_bytes = std::size_t(4) << 20;
 
     void* take() {
         if (!free_list) refill();
@@ -59,8 +84,8 @@ struct node_pool {
         free_list = s;
     }
     void refill() {
-        char* block = static_cast<char*>(::operator new(block_nodes * sizeof(bdd_node)));
-        for (std::size_t i = block_nodes; i-- > 0;)
+        char* block = static_cast<char*>(bdd_block_alloc(block_bytes));
+        for (std::size_t i = block_bytes / sizeof(bdd_node); i-- > 0;)
             give(block + i * sizeof(bdd_node));
     }
 };
@@ -96,6 +121,12 @@ bdd_node::bdd_node(bddpp_manager* m, long id_, int else_link, bdd_node* then_n,
     signature = bdd_node_signature(id, else_link_type, then_node, else_node);
     if (id >= 0 && manager) manager->Map_integrate(this);
 }
+
+bdd_node::bdd_node(bddpp_manager* m, long id_, int else_link, bdd_node* then_n,
+                   bdd_node* else_n, long gid, not_integrated)
+    : manager(m), signature(bdd_node_signature(id_, else_link, then_n, else_n)), id(id_),
+      incremental_id(0), global_id(gid), mark(0), references(0),
+      else_link_type(else_link), then_node(then_n), else_node(else_n) {}
 
 bdd_node::~bdd_node() {
     if (id >= 0) {
@@ -177,75 +208,112 @@ bool bdd_node::is_correct() const {
 
 // --------------------------------------------------------------- unique table
 
-bdd_unique_table::bdd_unique_table() : bucket_count(1u << 12), count(0) {
-    buckets = new bdd_node*[bucket_count]();
+bdd_unique_table::bdd_unique_table() : capacity(1u << 13), count(0), shift(64 - 13) {
+    slots = static_cast<entry*>(bdd_block_alloc(capacity * sizeof(entry)));
 }
 
-bdd_unique_table::~bdd_unique_table() { delete[] buckets; }
+bdd_unique_table::~bdd_unique_table() { bdd_block_free(slots); }
 
-std::size_t bdd_unique_table::slot(long id, int else_link_type, bdd_node* then_node,
-                                   bdd_node* else_node) const {
+std::size_t bdd_unique_table::hash_of(long id, int else_link_type, bdd_node* then_node,
+                                      bdd_node* else_node) {
     std::uint64_t h = static_cast<std::uint64_t>(id) * 0x9E3779B97F4A7C15ull;
-    h ^= reinterpret_cast<std::uintptr_t>(then_node) * 0xC2B2AE3D27D4EB4Full;
-    h ^= (reinterpret_cast<std::uintptr_t>(else_node) + (else_link_type > 0)) *
-         0x165667B19E3779F9ull;
-    h ^= h >> 29;
-    return static_cast<std::size_t>(h) & (bucket_count - 1);
+    h += reinterpret_cast<std::uintptr_t>(then_node);
+    h *= 0xC2B2AE3D27D4EB4Full;
+    h += reinterpret_cast<std::uintptr_t>(else_node) + (else_link_type > 0);
+    h *= 0x165667B19E3779F9ull;
+    h ^= h >> 32;
+    h *= 0x9E3779B97F4A7C15ull;
+    return static_cast<std::size_t>(h);
 }
 
 bdd_node* bdd_unique_table::find(long id, int else_link_type, bdd_node* then_node,
                                  bdd_node* else_node) const {
-    for (bdd_node* n = buckets[slot(id, else_link_type, then_node, else_node)]; n;
-         n = n->unique_next)
-        if (n->id == id && n->then_node == then_node && n->else_node == else_node &&
-            n->else_link_type == else_link_type)
-            return n;
-    return nullptr;
+    std::size_t h;
+    return find(id, else_link_type, then_node, else_node, h);
 }
 
-void bdd_unique_table::insert(bdd_node* node) {
-    erase(node);
-    if (count >= bucket_count) grow();
-    bdd_node*& head =
-        buckets[slot(node->id, node->else_link_type, node->then_node, node->else_node)];
-    node->unique_next = head;
-    head = node;
+bdd_node* bdd_unique_table::find(long id, int else_link_type, bdd_node* then_node,
+                                 bdd_node* else_node, std::size_t& hash) const {
+    hash = hash_of(id, else_link_type, then_node, else_node);
+    const std::size_t mask = capacity - 1;
+    for (std::size_t i = home(hash);; i = (i + 1) & mask) {
+        const entry& e = slots[i];
+        if (!e.node) return nullptr;
+        if (e.hash == hash) {
+            bdd_node* n = e.node;
+            if (n->then_node == then_node && n->else_node == else_node && n->id == id &&
+                n->else_link_type == else_link_type)
+                return n;
+        }
+    }
+}
+
+void bdd_unique_table::insert_absent(bdd_node* node, std::size_t hash) {
+    if (2 * (count + 1) > capacity) grow();
+    const std::size_t mask = capacity - 1;
+    std::size_t i = home(hash);
+    while (slots[i].node) i = (i + 1) & mask;
+    slots[i].hash = hash;
+    slots[i].node = node;
     ++count;
 }
 
+void bdd_unique_table::insert(bdd_node* node) {
+    std::size_t h;
+    bdd_node* old = find(node->id, node->else_link_type, node->then_node,
+                         node->else_node, h);
+    if (old == node) return;
+    if (old) erase(old);
+    insert_absent(node, h);
+}
+
+// Linear probing without tombstones: after a removal, later entries of the
+// run move back into the hole when their home allows it.
 bool bdd_unique_table::erase(bdd_node* node) {
-    bdd_node** p =
-        &buckets[slot(node->id, node->else_link_type, node->then_node, node->else_node)];
-    for (; *p; p = &(*p)->unique_next) {
-        bdd_node* n = *p;
-        if (n->id == node->id && n->then_node == node->then_node &&
-            n->else_node == node->else_node && n->else_link_type == node->else_link_type) {
-            *p = n->unique_next;
-            n->unique_next = nullptr;
-            --count;
-            return true;
+    std::size_t hash = hash_of(node->id, node->else_link_type, node->then_node,
+                               node->else_node);
+    const std::size_t mask = capacity - 1;
+    std::size_t i = home(hash);
+    for (;; i = (i + 1) & mask) {
+        const entry& e = slots[i];
+        if (!e.node) return false;
+        if (e.hash == hash) {
+            bdd_node* n = e.node;
+            if (n->then_node == node->then_node && n->else_node == node->else_node &&
+                n->id == node->id && n->else_link_type == node->else_link_type)
+                break;
         }
     }
-    return false;
+    std::size_t hole = i;
+    for (std::size_t j = (hole + 1) & mask; slots[j].node; j = (j + 1) & mask) {
+        std::size_t k = home(slots[j].hash);
+        // The entry at j may fill the hole unless its home lies after the
+        // hole, cyclically, up to j.
+        bool stays = hole <= j ? (hole < k && k <= j) : (hole < k || k <= j);
+        if (stays) continue;
+        slots[hole] = slots[j];
+        hole = j;
+    }
+    slots[hole].node = nullptr;
+    slots[hole].hash = 0;
+    --count;
+    return true;
 }
 
 void bdd_unique_table::grow() {
-    std::size_t old_count = bucket_count;
-    bdd_node** old = buckets;
-    bucket_count *= 2;
-    buckets = new bdd_node*[bucket_count]();
-    for (std::size_t b = 0; b < old_count; ++b) {
-        bdd_node* n = old[b];
-        while (n) {
-            bdd_node* next = n->unique_next;
-            bdd_node*& head =
-                buckets[slot(n->id, n->else_link_type, n->then_node, n->else_node)];
-            n->unique_next = head;
-            head = n;
-            n = next;
-        }
+    entry* old = slots;
+    std::size_t old_capacity = capacity;
+    capacity *= 2;
+    shift--;
+    slots = static_cast<entry*>(bdd_block_alloc(capacity * sizeof(entry)));
+    const std::size_t mask = capacity - 1;
+    for (std::size_t o = 0; o < old_capacity; ++o) {
+        if (!old[o].node) continue;
+        std::size_t i = home(old[o].hash);
+        while (slots[i].node) i = (i + 1) & mask;
+        slots[i] = old[o];
     }
-    delete[] old;
+    bdd_block_free(old);
 }
 
 std::vector<bdd_node*> bdd_unique_table::nodes_in_key_order() const {
