@@ -42,7 +42,7 @@ long bdd_node_signature(long id, int else_link_type, bdd_node* then_node,
 
 // ---------------------------------------------------------------- big blocks
 
-void* bdd_block_alloc(std::size_t bytes) {
+void* bdd_block_alloc(std::size_t bytes, bool zeroed) {
     constexpr std::size_t huge = std::size_t(2) << 20;
     void* p = nullptr;
     if (bytes >= huge) {
@@ -55,7 +55,7 @@ void* bdd_block_alloc(std::size_t bytes) {
         p = std::malloc(bytes);
     }
     if (!p) throw std::bad_alloc();
-    std::memset(p, 0, bytes);
+    if (zeroed) std::memset(p, 0, bytes);
     return p;
 }
 
@@ -65,28 +65,34 @@ void bdd_block_free(void* block) { std::free(block); }
 
 namespace {
 
-// Nodes are carved out of large blocks and recycled through a free list;
-// blocks go back to the system only at the end of the process.
+// Nodes are carved out of large blocks in address order, and freed ones
+// are recycled through a free list; blocks go back to the system only at
+// the end of the process.
 struct node_pool {
     struct free_slot { free_slot* next; };
     free_slot* free_list = nullptr;
+    char* fresh = nullptr;     // next never-used node of the current block
+    char* fresh_end = nullptr;
     static constexpr std::size_t block_bytes = std::size_t(4) << 20;
 
     void* take() {
-        if (!free_list) refill();
-        free_slot* s = free_list;
-        free_list = s->next;
-        return s;
+        if (free_list) {
+            free_slot* s = free_list;
+            free_list = s->next;
+            return s;
+        }
+        if (fresh == fresh_end) {
+            fresh = static_cast<char*>(bdd_block_alloc(block_bytes, false));
+            fresh_end = fresh + block_bytes / sizeof(bdd_node) * sizeof(bdd_node);
+        }
+        void* p = fresh;
+        fresh += sizeof(bdd_node);
+        return p;
     }
     void give(void* p) {
         free_slot* s = static_cast<free_slot*>(p);
         s->next = free_list;
         free_list = s;
-    }
-    void refill() {
-        char* block = static_cast<char*>(bdd_block_alloc(block_bytes));
-        for (std::size_t i = block_bytes / sizeof(bdd_node); i-- > 0;)
-            give(block + i * sizeof(bdd_node));
     }
 };
 
