@@ -691,43 +691,35 @@ void DataBinaryOp::C_put(std::ostream& os, Module* module)
     }
 }
 
+// "(" left op right ")": the form of every target but C.
+static void putInfix(std::ostream& os, Module* module, DataExpr* left, const std::string& name, DataExpr* right,
+                     void (DataExpr::*form)(std::ostream&, Module*))
+{
+    os << "(";
+    if (left != nullptr)
+        (left->*form)(os, module);
+    os << name;
+    if (right != nullptr)
+        (right->*form)(os, module);
+    os << ")";
+}
+
 void DataBinaryOp::CSharp_put(std::ostream& os, Module* module)
 {
     DataNesting nest;
-    std::string name = CSharp_opname(op);
-    os << "(";
-    if (left != nullptr)
-        left->CSharp_put(os, module);
-    os << name;
-    if (right != nullptr)
-        right->CSharp_put(os, module);
-    os << ")";
+    putInfix(os, module, left, CSharp_opname(op), right, &DataExpr::CSharp_put);
 }
 
 void DataBinaryOp::LUSTRE_put(std::ostream& os, Module* module)
 {
     DataNesting nest;
-    std::string name = LUSTRE_opname(op);
-    os << "(";
-    if (left != nullptr)
-        left->LUSTRE_put(os, module);
-    os << name;
-    if (right != nullptr)
-        right->LUSTRE_put(os, module);
-    os << ")";
+    putInfix(os, module, left, LUSTRE_opname(op), right, &DataExpr::LUSTRE_put);
 }
 
 void DataBinaryOp::ESTEREL_put(std::ostream& os, Module* module)
 {
     DataNesting nest;
-    std::string name = ESTEREL_opname(op);
-    os << "(";
-    if (left != nullptr)
-        left->ESTEREL_put(os, module);
-    os << name;
-    if (right != nullptr)
-        right->ESTEREL_put(os, module);
-    os << ")";
+    putInfix(os, module, left, ESTEREL_opname(op), right, &DataExpr::ESTEREL_put);
 }
 
 // A comparison becomes a bit, "'1' when (...) else '0'": as an operand of
@@ -737,13 +729,11 @@ void DataBinaryOp::VHDL_put(std::ostream& os, Module* module)
 {
     DataNesting nest;
     std::string name = VHDL_opname(op);
-    os << (comparison(op) ? "'1' when (" : "(");
-    if (left != nullptr)
-        left->VHDL_put(os, module);
-    os << name;
-    if (right != nullptr)
-        right->VHDL_put(os, module);
-    os << (comparison(op) ? ") else '0'" : ")");
+    if (comparison(op))
+        os << "'1' when ";
+    putInfix(os, module, left, name, right, &DataExpr::VHDL_put);
+    if (comparison(op))
+        os << " else '0'";
 }
 
 void DataBinaryOp::DEBUG_put(std::ostream& os, Module* module)
@@ -879,36 +869,37 @@ void DataUnaryOp::C_put(std::ostream& os, Module* module)
     os << ")";
 }
 
+// op operand, with no parentheses: the form of every target but C.
+static void putPrefix(std::ostream& os, Module* module, const std::string& name, DataExpr* operand,
+                      void (DataExpr::*form)(std::ostream&, Module*))
+{
+    os << name;
+    if (operand != nullptr)
+        (operand->*form)(os, module);
+}
+
 void DataUnaryOp::CSharp_put(std::ostream& os, Module* module)
 {
     DataNesting nest;
-    os << CSharp_opname(op);
-    if (operand != nullptr)
-        operand->CSharp_put(os, module);
+    putPrefix(os, module, CSharp_opname(op), operand, &DataExpr::CSharp_put);
 }
 
 void DataUnaryOp::LUSTRE_put(std::ostream& os, Module* module)
 {
     DataNesting nest;
-    os << LUSTRE_opname(op);
-    if (operand != nullptr)
-        operand->LUSTRE_put(os, module);
+    putPrefix(os, module, LUSTRE_opname(op), operand, &DataExpr::LUSTRE_put);
 }
 
 void DataUnaryOp::ESTEREL_put(std::ostream& os, Module* module)
 {
     DataNesting nest;
-    os << ESTEREL_opname(op);
-    if (operand != nullptr)
-        operand->ESTEREL_put(os, module);
+    putPrefix(os, module, ESTEREL_opname(op), operand, &DataExpr::ESTEREL_put);
 }
 
 void DataUnaryOp::VHDL_put(std::ostream& os, Module* module)
 {
     DataNesting nest;
-    os << VHDL_opname(op);
-    if (operand != nullptr)
-        operand->VHDL_put(os, module);
+    putPrefix(os, module, VHDL_opname(op), operand, &DataExpr::VHDL_put);
 }
 
 void DataUnaryOp::DEBUG_put(std::ostream& os, Module* module)
