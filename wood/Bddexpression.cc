@@ -11,15 +11,8 @@ bool initialised(const bdd& f) { return f.manager_ref() != nullptr && f.node() !
 // Indices of the variables that f reads, ascending.
 std::set<long> index_support(bddpp_manager* manager, const bdd& f)
 {
-    std::set<long> result;
-    if (manager == nullptr || !initialised(f)) return result;
-    if (f.manager_ref() != manager) {
-        std::cerr << "Warning: call  bddpp_manager::set_of_index_depend_on() with a bad manager"
-                  << std::endl;
-        return result;
-    }
-    for (long id : f.node()->depends()) result.insert(manager->index_by_id[id]);
-    return result;
+    if (manager == nullptr) return std::set<long>();
+    return manager->set_of_index_depend_on(f);
 }
 
 } // namespace

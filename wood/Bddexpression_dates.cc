@@ -603,12 +603,12 @@ void affiche_level(long n, bddpp_manager* manager, long* dates)
 long PERT_original_version(long n, Bddexpression** exps)
 {
     if (n < 1) return 0;
-    const Bddexpressionwood* wood = exps[0]->wood;
+    const Bddexpressionwood* wood = exps[0] != nullptr ? exps[0]->wood : nullptr;
     long count = wood != nullptr && wood->bdd_manager != nullptr ? wood->bdd_manager->variables_number : 0;
     std::vector<long> early(count > 0 ? count : 0, 0), late(count > 0 ? count : 0, 0);
     std::vector<long> index(n, -1);
     for (long i = 0; i < n; i++) {
-        long v = exps[i]->own_index();
+        long v = exps[i] != nullptr ? exps[i]->own_index() : -1;
         if (v < 0 || v >= count) continue;
         index[i] = v;
         early[v] = exps[i]->early_date;
@@ -621,8 +621,9 @@ long PERT_original_version(long n, Bddexpression** exps)
         for (;;) {
             bool changed = false;
             for (long i = 0; i < n && !changed; i++)
-                changed = (up ? learn_upstream_dependance(count, dates, *exps[i], &overflow)
-                              : learn_downstream_dependance(count, dates, *exps[i], &overflow)) != 0;
+                if (exps[i] != nullptr)
+                    changed = (up ? learn_upstream_dependance(count, dates, *exps[i], &overflow)
+                                  : learn_downstream_dependance(count, dates, *exps[i], &overflow)) != 0;
             if (!changed || overflow) return overflow;
         }
     };
