@@ -294,3 +294,43 @@ TEST(AssociationsDeathTest, NotAVariableEndsTheRun)
                 "ERROR in bddpp_manager::Bdd_one_implicant\\(\\):\n   bdd : .*, is not allocated or associated "
                 "with a bad BDD manager...");
 }
+
+// The functions of the level 3 table get covers that are right, as small
+// as the function allows, and made of cubes of two to four literals.
+TEST(Covers, HandMadeTableAtLevelThree)
+{
+    FourVariables t;
+    bddpp_manager& m = t.m;
+    struct Row {
+        const char* name;
+        bool (*value)(unsigned a, unsigned b, unsigned c, unsigned d);
+        std::size_t cubes;
+    };
+    const Row rows[] = {
+        {"a xor c", [](unsigned a, unsigned, unsigned c, unsigned) { return (a ^ c) != 0; }, 2},
+        {"b xnor d", [](unsigned, unsigned b, unsigned, unsigned d) { return b == d; }, 2},
+        {"majority of b c d", [](unsigned, unsigned b, unsigned c, unsigned d) { return b + c + d >= 2; }, 3},
+        {"even parity of a b d", [](unsigned a, unsigned b, unsigned, unsigned d) { return ((a ^ b ^ d) & 1) == 0; },
+         4},
+        {"a ? d : c", [](unsigned a, unsigned, unsigned c, unsigned d) { return (a ? d : c) != 0; }, 2},
+        {"odd parity of four", [](unsigned a, unsigned b, unsigned c, unsigned d) { return ((a ^ b ^ c ^ d) & 1) != 0; },
+         8},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        uint16_t table = 0;
+        for (unsigned k = 0; k < 16; ++k)
+            if (row.value(k & 1, (k >> 1) & 1, (k >> 2) & 1, (k >> 3) & 1)) table |= static_cast<uint16_t>(1u << k);
+        std::list<bdd> cover;
+        m.Bdd_sop(t.from_table(table), cover, 3);
+        EXPECT_EQ(cover.size(), row.cubes);
+        uint16_t covered = 0;
+        for (const bdd& c : cover) {
+            covered |= t.table(c);
+            std::size_t literals = m.set_of_id_depend_on(c).size();
+            EXPECT_GE(literals, 2u);
+            EXPECT_LE(literals, 4u);
+        }
+        EXPECT_EQ(covered, table);
+    }
+}
