@@ -1,10 +1,85 @@
-#include "tests/finalize/module_builder.h"
+// Modules are put together the way the compiled-module reader does it:
+// signals in declaration order, equations over their wires, the connexion
+// signals last, then dates and user types.
+#include "model/module.h"
+#include "wood/Bddexpression.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <string>
 
 namespace {
+
+struct ModuleBuilder {
+    Module m;
+    Bddexpressionwood* wood;
+    bddpp_manager* mgr;
+
+    explicit ModuleBuilder(const std::string& name = "m") : m(name), wood(m.getBddWood()), mgr(wood->my_bdd_manager())
+    {
+    }
+
+    // kind: 'i' input, 'o' output, 'l' local.
+    Signal* add(char kind, const std::string& n)
+    {
+        Signal* s = new Signal(n, &m, wood);
+        if (kind == 'i')
+            s->setInput(), m.addInputSignal(s);
+        else if (kind == 'o')
+            s->setOutput(), m.addOutputSignal(s);
+        else
+            s->setLocal(), m.addLocalSignal(s);
+        return s;
+    }
+    Signal* input(const std::string& n) { return add('i', n); }
+    Signal* output(const std::string& n) { return add('o', n); }
+    Signal* local(const std::string& n) { return add('l', n); }
+    void registerOf(Signal* actual, Signal* next, int initial)
+    {
+        actual->setRegister();
+        next->setRegister();
+        m.addRegisterSignal(actual, next, initial);
+    }
+
+    bdd over(Signal* s) { return s->getOverBdd(&m, wood); }
+    bdd under(Signal* s) { return s->getUnderBdd(&m, wood); }
+    long overId(Signal* s) { return s->getOverBddId(&m, wood); }
+    long underId(Signal* s) { return s->getUnderBddId(&m, wood); }
+    void eq(const bdd& var, const bdd& exp) { new Bddexpression(mgr->Name_var_by_bdd(var), wood, var, exp, 0, 0); }
+    Bddexpression* at(long index) { return index < wood->Nb_bdd_vars() ? wood->Exp_table()[index] : nullptr; }
+
+    // Connexions, dates of locals then outputs, and user types.
+    void endOfReading(bool typeEquations = true)
+    {
+        const std::string& n = m.getName();
+        m.setSet(new Signal("SET" + n, &m, wood));
+        m.setReset(new Signal("RESET" + n, &m, wood));
+        m.setRtl(new Signal("RTL" + n, &m, wood));
+        std::list<long> ids;
+        for (std::list<Signal*>* l : {m.getLocalSignalList(), m.getOutputSignalList()})
+            for (Signal* s : *l)
+                ids.splice(ids.end(), s->getAllBddId(&m, wood));
+        wood->compute_dates(ids);
+        if (typeEquations)
+            m.update_user_type();
+    }
+
+    // The function that the wood finally computes for a wire, over the free
+    // variables (equations composed in; the wood must have no cycle).
+    bdd wire(long index)
+    {
+        Bddexpression* e = at(index);
+        return e != nullptr ? flat(e->my_bdd_exp()) : mgr->Bdd_var_by_index(index);
+    }
+    bdd flat(bdd f)
+    {
+        for (long d : mgr->set_of_index_depend_on(f))
+            if (at(d) != nullptr && at(d)->getAbstraction() == 0)
+                f = mgr->Bdd_compose(f, mgr->Bdd_var_by_index(d), wire(d));
+        return f;
+    }
+};
 
 size_t count(const std::string& text, const std::string& part)
 {
@@ -237,30 +312,113 @@ TEST(Finalize, AModuleWithNothingStillGetsItsBootRegisterAndSet)
 TEST(FinalizeDeath, MissingObjectsEndWithAMessageAndStatusOne)
 {
     EXPECT_EXIT(Module::finalize(nullptr, 0), testing::ExitedWithCode(1), "no module to finalise");
-    EXPECT_EXIT(
-        {
-            WorkedExample w;
-            w.m.setBddWood(nullptr);
-            w.m.finalize(0);
-        },
-        testing::ExitedWithCode(1), "module m has no wood");
-    EXPECT_EXIT(
-        {
-            WorkedExample w;
-            w.m.getRegisterList()->push_back(nullptr);
-            w.m.finalize(0);
-        },
-        testing::ExitedWithCode(1), "register of an undeclared signal");
-    EXPECT_EXIT(
-        {
-            WorkedExample w;
-            Signal* pre = new Signal("p", &w.m, w.wood);
-            pre->setPre();
-            pre->setInput();
-            w.m.addPreSignal(pre, nullptr, "");
-            w.m.finalize(0);
-        },
-        testing::ExitedWithCode(1), "memorised pair of an undeclared signal");
+    struct {
+        void (*breakIt)(WorkedExample&);
+        const char* message;
+    } cases[] = {
+        {[](WorkedExample& w) { w.m.setBddWood(nullptr); }, "module m has no wood"},
+        {[](WorkedExample& w) { w.m.getRegisterList()->push_back(nullptr); }, "register of an undeclared signal"},
+        {[](WorkedExample& w) { w.m.addPreSignal(new Signal("p", &w.m, w.wood), nullptr, ""); },
+         "memorised pair of an undeclared signal"},
+    };
+    for (auto& c : cases)
+        EXPECT_EXIT(
+            {
+                WorkedExample w;
+                c.breakIt(w);
+                w.m.finalize(0);
+            },
+            testing::ExitedWithCode(1), c.message);
+}
+
+TEST(UpdateUserType, CodesFollowTheSignalsRole)
+{
+    ModuleBuilder b;
+    Signal *a = b.input("a"), *o = b.output("o"), *both = b.local("both"), *act = b.local("act");
+    Signal* pre = b.local("pre");
+    both->setRegister();
+    both->setClock();
+    b.m.addPreSignal(pre, act, "");
+    bdd av = b.over(a);
+    for (Signal* s : {o, both, act}) {
+        b.eq(b.over(s), av);
+        b.eq(b.under(s), b.mgr->Bdd_not(av));
+    }
+    b.endOfReading();
+    struct {
+        Signal* s;
+        int over, under;
+    } rows[] = {{o, Compilation::SOUTPUT, Compilation::VOUTPUT},
+                {both, Compilation::SCLOCK, Compilation::VCLOCK},  // clock wins over register
+                {act, Compilation::SUSEDPRE, Compilation::VUSEDPRE}};
+    for (auto& row : rows) {
+        EXPECT_EQ(b.at(b.overId(row.s))->getUserType(), row.over) << row.s->getInternalName();
+        EXPECT_EQ(b.at(b.underId(row.s))->getUserType(), row.under) << row.s->getInternalName();
+    }
+}
+
+// a -> w1 = a -> w2 = not w1 -> o = w2 and b, through two plain locals.
+struct Chain : ModuleBuilder {
+    Signal *a = input("a"), *bb = input("b"), *o = output("o"), *w1 = local("w1"), *w2 = local("w2");
+    Chain()
+    {
+        eq(over(w1), over(a));
+        eq(under(w1), mgr->Bdd_not(over(a)));
+        eq(over(w2), mgr->Bdd_not(over(w1)));
+        eq(under(w2), over(w1));
+        eq(over(o), mgr->Bdd_and(over(w2), over(bb)));
+        endOfReading();
+    }
+};
+
+TEST(Clean, KeepWiresFlagLeavesTheWoodAlone)
+{
+    Chain c;
+    Compilation::KeepWiresFlag = true;
+    c.m.clean();
+    Compilation::KeepWiresFlag = false;
+    EXPECT_EQ(c.wood->exp_number(), 5);
+    EXPECT_EQ(c.m.getLocalSignalList()->size(), 2u);
+}
+
+// clean_locals hands the wood all its locals at once; the result must be
+// that of one suppress_local per wire in list order, node for node.
+TEST(Clean, LocalsGoAsSingleEliminationsWouldTakeThem)
+{
+    Chain batched, single;
+    batched.m.clean_locals();
+    for (Signal* s : {single.w1, single.w2}) {
+        single.wood->suppress_local(single.overId(s));
+        single.wood->suppress_local(single.underId(s));
+    }
+    ASSERT_EQ(batched.wood->exp_ids, single.wood->exp_ids);
+    for (long id : batched.wood->exp_ids) {
+        bdd x = batched.at(id)->my_bdd_exp(), y = single.at(id)->my_bdd_exp();
+        EXPECT_EQ(bdd_node_global_id(x), bdd_node_global_id(y)) << id;
+        EXPECT_EQ(bdd_link_type(x), bdd_link_type(y)) << id;
+    }
+}
+
+TEST(DebugPut, ListsOnlyWhatTheModuleHas)
+{
+    ModuleBuilder b;
+    b.input("a");
+    Signal* gone = new Signal("g", &b.m, b.wood);
+    gone->setCurrentOccurrence(b.wood, -1);
+    std::ostringstream os;
+    testing::internal::CaptureStderr();
+    b.m.DEBUG_put(os);
+    b.m.DEBUG_OneSignal_put(os, gone);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "end of debug put\n");
+    EXPECT_EQ(os.str(), "inputs:\n a: _s_a(0),_v_a(1)\nSET: \nRESET: \nRTL: \nEarly date: 0\n\n\n"
+                        " g_-1: ?,?\n");
+
+    b.m.setBddWood(nullptr);
+    os.str("");
+    testing::internal::CaptureStderr();
+    b.m.DEBUG_put(os);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "end of debug put\n");
+    EXPECT_EQ(os.str(), "inputs:\n a:  ???\nSET: \nRESET: \nRTL: \n");
 }
 
 }  // namespace
