@@ -1,6 +1,7 @@
 // Modules are put together the way the compiled-module reader does it:
 // signals in declaration order, equations over their wires, the connexion
 // signals last, then dates and user types.
+#include "data/data.h"
 #include "model/module.h"
 #include "wood/Bddexpression.h"
 
@@ -293,6 +294,28 @@ TEST(Finalize, ARegisterThatNeverChangesIsDroppedAndReadAsItsConstant)
         EXPECT_EQ(regs->back()->actual_var()->getInternalName(), "m_boot");
         EXPECT_TRUE(b.m.getLocalSignal("r") != nullptr) << "a dropped register's signals stay listed";
     }
+}
+
+// The valued local of a clocked binding counts as an output: its wires are
+// not substituted away, and it and its clock stay listed.
+TEST(Finalize, AClockedValueIsKeptAsAnOutput)
+{
+    ModuleBuilder b;
+    Signal *a = b.input("a"), *y = b.output("y"), *v = b.local("v"), *c = b.local("c");
+    v->setValueType("int", &b.m);
+    b.m.addSignalBinding(new DataValue("3", "int"), v, c);
+    b.eq(b.over(v), b.over(a));
+    b.eq(b.under(v), b.mgr->Bdd_not(b.over(a)));
+    b.eq(b.over(y), b.over(v));
+    b.endOfReading();
+    b.m.finalize(0);
+    Bddexpression *vo = b.at(b.overId(v)), *vu = b.at(b.underId(v));
+    ASSERT_TRUE(vo != nullptr && vu != nullptr);
+    EXPECT_EQ(vo->getUserType(), int{Compilation::SOUTPUT});
+    EXPECT_EQ(vu->getUserType(), int{Compilation::VOUTPUT});
+    EXPECT_EQ(b.at(b.overId(y))->my_bdd_exp(), b.over(v));
+    EXPECT_EQ(b.m.getLocalSignal("v"), v);
+    EXPECT_EQ(b.m.getLocalSignal("c"), c);
 }
 
 TEST(Finalize, AModuleWithNothingStillGetsItsBootRegisterAndSet)
