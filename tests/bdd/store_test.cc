@@ -1,0 +1,511 @@
+// The manager and its store: variables, names, handles, the unique table,
+// marks and garbage collection.
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "bdd/bddpp.h"
+#include "tests/bdd/bdd_test_util.h"
+
+using testing::ExitedWithCode;
+
+namespace {
+
+std::string captured(const std::function<void()>& f) {
+    testing::internal::CaptureStderr();
+    f();
+    return testing::internal::GetCapturedStderr();
+}
+
+TEST(BddStore, FreshManagerHasTheTerminalAndNothingElse) {
+    bddpp_manager m;
+    EXPECT_EQ(m.variables_number, 0);
+    EXPECT_EQ(m.variables_capacity, 16);
+    EXPECT_EQ(m.next_global_id, 2);
+    EXPECT_EQ(m.one->global_id, 1);
+    EXPECT_EQ(m.one->id, -1);
+    EXPECT_EQ(m.one->signature, -1);
+    EXPECT_EQ(m.one->references, 1);
+    EXPECT_EQ(m.map->size(), 0u);
+    EXPECT_STREQ(m.Bdd_version(), "4.7");
+    EXPECT_STREQ(Bdd_version(), "4.7");
+
+    bdd_node plain;
+    EXPECT_EQ(plain.manager, nullptr);
+    EXPECT_EQ(plain.id, -3);
+    EXPECT_EQ(plain.signature, -3);
+    EXPECT_EQ(plain.else_link_type, 1);
+    EXPECT_EQ(m.Node_index(&plain), -3);
+}
+
+TEST(BddStore, VariablesLastAreNumberedInOrderAndNamesAreUnique) {
+    bddpp_manager m;
+    bdd a = m.New_var_last("a");
+    bdd b = m.New_var_last("b");
+    EXPECT_EQ(a.node()->global_id, 2);
+    EXPECT_EQ(b.node()->global_id, 3);
+    EXPECT_EQ(a.node()->then_node, m.one);
+    EXPECT_EQ(a.node()->else_node, m.one);
+    EXPECT_EQ(a.node()->else_link_type, -1);
+    EXPECT_EQ(m.one->references, 1) << "variable nodes do not count on the terminal";
+
+    bdd again = m.New_var_last("a");
+    EXPECT_EQ(again, a);
+    EXPECT_EQ(m.variables_number, 2);
+    EXPECT_EQ(m.next_global_id, 4);
+    EXPECT_EQ(m.Id_var_by_name("b"), 1);
+    EXPECT_EQ(m.Index_var_by_name("b"), 1);
+    EXPECT_EQ(m.Id_var_by_name("zz"), -1);
+    EXPECT_EQ(m.Index_var_by_name("zz"), -1);
+    EXPECT_EQ(m.Bdd_var_by_name("b"), b);
+    EXPECT_TRUE(m.Bdd_is_zero_tautologic(m.Bdd_var_by_name("zz")));
+}
+
+TEST(BddStore, TablesDoubleAndKeepEverySlot) {
+    bddpp_manager m;
+    for (int i = 0; i < 17; ++i) m.New_var_last("v" + std::to_string(i));
+    EXPECT_EQ(m.variables_capacity, 32);
+    for (long id = 0; id < 17; ++id) {
+        EXPECT_EQ(m.Name_var_by_id(id), "v" + std::to_string(id));
+        EXPECT_EQ(m.index_by_id[id], id);
+        EXPECT_EQ(m.id_by_index[id], id);
+        EXPECT_EQ(m.node_by_id[id]->global_id, id + 2);
+        EXPECT_EQ(m.assoc[id], m.node_by_id[id]);
+    }
+
+    // The capacity is checked before the name: a full table doubles even
+    // when the name turns out to be known.
+    bddpp_manager full;
+    for (int i = 0; i < 16; ++i) full.New_var_last("v" + std::to_string(i));
+    full.New_var_last("v3");
+    EXPECT_EQ(full.variables_capacity, 32);
+    EXPECT_EQ(full.variables_number, 16);
+}
+
+TEST(BddStore, PlacingVariablesShiftsIndexesButKeepsFunctions) {
+    bddpp_manager m;
+    bdd a = m.New_var_last("a");
+    bdd b = m.New_var_last("b");
+    bdd a_and_b = m.Bdd_and(a, b);
+    bdd_node* node_before = a_and_b.node();
+
+    bdd x = m.New_var_before(0, "x");
+    EXPECT_EQ(m.Bdd_if_id(x), 2);
+    EXPECT_EQ(m.Bdd_if_index(x), 0);
+    EXPECT_EQ(m.Bdd_if_index(a), 1);
+    EXPECT_EQ(m.Bdd_if_index(b), 2);
+    EXPECT_EQ((std::vector<long>(m.id_by_index.begin(), m.id_by_index.begin() + 3)),
+              (std::vector<long>{2, 0, 1}));
+    EXPECT_EQ(m.Name_var_by_index(0), "x");
+    EXPECT_EQ(a_and_b.node(), node_before);
+    EXPECT_EQ(m.Bdd_and(a, b), a_and_b) << "the old node is found again";
+
+    // after: the last index goes last, others go before index + 1.
+    bdd y = m.New_var_after(1L, "y");  // after a
+    EXPECT_EQ(m.Bdd_if_index(y), 2);
+    EXPECT_EQ(m.Bdd_if_index(b), 3);
+    bdd z = m.New_var_after(b, "z");
+    EXPECT_EQ(m.Bdd_if_index(z), 4);
+    EXPECT_EQ(m.Bdd_if_id(z), 4);
+    bdd w = m.New_var_before(a, "w");
+    EXPECT_EQ(m.Bdd_if_index(w), 1);
+    EXPECT_EQ(m.Bdd_if_index(a), 2);
+
+    // Every function keeps its truth table under the new order.
+    for (int bits = 0; bits < 64; ++bits) {
+        std::vector<bool> by_index(6);
+        for (int i = 0; i < 6; ++i) by_index[i] = bits >> i & 1;
+        bool va = by_index[m.Bdd_if_index(a)], vb = by_index[m.Bdd_if_index(b)];
+        EXPECT_EQ(eval_bdd(m, a_and_b, by_index), va && vb);
+    }
+
+    std::string err = captured([&] { EXPECT_EQ(m.New_node_var_after(6, "q"), nullptr); });
+    EXPECT_NE(err, "");
+    EXPECT_EQ(m.variables_number, 6);
+}
+
+TEST(BddStore, LookupsOutOfRangeReportAndGiveNeutralResults) {
+    bddpp_manager m;
+    bdd a = m.New_var_last("a");
+    struct {
+        std::function<bdd()> call;
+        std::string message;
+        int link;  // of the result; 0 for a null handle
+        bool terminal;
+    } cases[] = {
+        {[&] { return m.Bdd_var_by_index(-1); }, "", 1, true},
+        {[&] { return m.Bdd_var_by_index(-2); },
+         "calling bddpp_manager::Bdd_var_by_index() with index= -2 :out of range!\n", 0, false},
+        {[&] { return m.Bdd_var_by_index(1); },
+         "calling bddpp_manager::Bdd_var_by_index() with index= 1 :out of range!\n", 0, false},
+        {[&] { return m.Bdd_var_by_id(-1); },
+         "calling bddpp_manager::Bdd_var_by_id() with id= -1 :out of range!\n", -1, true},
+        {[&] { return m.Bdd_var_by_id(0); }, "", 1, false},
+    };
+    for (auto& c : cases) {
+        bdd r;
+        std::string err = captured([&] { r = c.call(); });
+        EXPECT_EQ(err, c.message);
+        EXPECT_EQ(r.link_type(), c.link);
+        EXPECT_EQ(r.node() == m.one, c.terminal);
+    }
+
+    std::string err = captured([&] {
+        EXPECT_EQ(m.Bdd_if_id(bdd()), -3);
+        EXPECT_EQ(m.Bdd_if_index(bdd()), -3);
+    });
+    EXPECT_EQ(err,
+              "Error in bddpp_manager::Bdd_if_id(): bad Bdd manager or bdd not initialized!\n"
+              "Error in bddpp_manager::Bdd_if_index(): bad Bdd manager or bdd not "
+              "initialized!\n");
+    EXPECT_EQ(m.Bdd_if_index(m.Bdd_one()), -1);
+    EXPECT_EQ(m.Id_var_by_bdd(m.Bdd_zero()), -1);
+    EXPECT_EQ(m.Index_var_by_bdd(a), 0);
+
+    EXPECT_EQ(m.Name_var_by_bdd(m.Bdd_one()), "1");
+    EXPECT_EQ(m.Name_var_by_bdd(m.Bdd_zero()), "0");
+    EXPECT_EQ(m.Name_var_by_bdd(m.Bdd_not(a)), "a");
+    EXPECT_EXIT(m.Name_var_by_bdd(bdd()), ExitedWithCode(1),
+                "error in bddpp_manager::Name_var_by_bdd\\(\\)\nbdd defined by: .*, is not "
+                "correct \\.\\.\\.\n\\(typebdd = -3\\)");
+}
+
+TEST(BddStore, RenamingRewritesNamesButNotTheCreationNames) {
+    bddpp_manager m;
+    bdd x = m.New_var_last("x");
+    bdd t = m.New_var_last("t");
+    m.Rename_var("y", "x");
+    EXPECT_EQ(m.Name_var_by_id(0), "y");
+    EXPECT_EQ(m.Bdd_var_by_name("x"), x);
+    EXPECT_TRUE(m.Bdd_is_zero_tautologic(m.Bdd_var_by_name("y")));
+    EXPECT_EQ(m.New_var_last("x"), x) << "the creation name still finds it";
+    EXPECT_EQ(m.variables_number, 2);
+
+    struct {
+        const char* new_name;
+        const char* old_name;
+        const char* message;
+    } refused[] = {
+        {"t", "y", "in bdd_manager::Rename_var(): WARNING t ALREADY DEFINED !\n"
+                   "renaming process aborted ...\n"},
+        {"u", "nope", "in bdd_manager::Rename_var(): WARNING nope NOT FOUND !\n"
+                      "renaming process aborted ...\n"},
+    };
+    for (auto& r : refused) {
+        EXPECT_EQ(captured([&] { m.Rename_var(r.new_name, r.old_name); }), r.message);
+        EXPECT_EQ(m.Name_var_by_id(0), "y");
+        EXPECT_EQ(m.Name_var_by_id(1), "t");
+    }
+    bddpp_manager empty;
+    EXPECT_EQ(captured([&] { empty.Rename_var("a", "b"); }),
+              "in bdd_manager::Rename_var(): WARNING b NOT FOUND !\n"
+              "renaming process aborted ...\n");
+
+    m.Change_name_by_index(1, "_s_k.l");
+    m.Change_name_by_id(0, "");
+    m.Replace_char_in_all_names('.', '_');
+    m.No_begin_underscore_name();
+    EXPECT_EQ(m.Name_var_by_id(1), "v_s_k_l");
+    EXPECT_EQ(m.Name_var_by_id(0), "");
+    EXPECT_EQ(m.Id_var_by_name("t"), 1);
+}
+
+TEST(BddStore, HandlesCountReferences) {
+    bddpp_manager m;
+    bdd a = m.New_var_last("a");
+    bdd b = m.New_var_last("b");
+    bdd_node* na = a.node();
+    EXPECT_EQ(na->references, 1);
+    {
+        bdd copy = a;
+        EXPECT_EQ(na->references, 2);
+        copy = copy;
+        EXPECT_EQ(na->references, 2);
+        copy = m.Bdd_not(a);  // same node, other link: the count stays
+        EXPECT_EQ(na->references, 2);
+        EXPECT_EQ(copy.link_type(), -1);
+        copy = b;
+        EXPECT_EQ(na->references, 1);
+        EXPECT_EQ(b.node()->references, 2);
+        bdd moved = std::move(copy);
+        EXPECT_EQ(b.node()->references, 2);
+    }
+    EXPECT_EQ(b.node()->references, 1);
+
+    bdd f = m.Bdd_and(a, b);
+    EXPECT_EQ(f.node()->references, 1);
+    EXPECT_EQ(b.node()->references, 2) << "the new node holds its then child";
+    EXPECT_EQ(m.one->references, 2) << "and its else child, the terminal";
+    bdd g = m.Bdd_and(a, b);
+    EXPECT_EQ(b.node()->references, 2) << "finding a node raises nothing";
+    EXPECT_EQ(f.node()->references, 2);
+
+    bdd null;
+    EXPECT_EQ(null.link_type(), 0);
+    EXPECT_EQ(null.node(), nullptr);
+    EXPECT_EQ(bdd_node_global_id(null), -3);
+    EXPECT_EQ(bdd_node_global_id(f), 4);
+    EXPECT_EQ(bdd_link_type(m.Bdd_not(f)), -1);
+
+    EXPECT_EQ(captured([&] { EXPECT_EQ(m.Bdd_dup(f), f); }),
+              "Warning: bddpp_manager::Bdd_dup() is became useless ...\n");
+    std::string freed = captured([&] { m.Bdd_free(f); });
+    EXPECT_EQ(freed.rfind("Warning: bddpp_manager::Bdd_free() is now became useless\n", 0), 0u);
+    EXPECT_NE(freed.find(", link type =1, adr node= "), std::string::npos);
+    EXPECT_NE(freed.find("node signature: " + std::to_string(f.node()->signature)),
+              std::string::npos);
+}
+
+TEST(BddStore, SignaturesPackTheKeyForSmallIds) {
+    bddpp_manager m;
+    bdd a = m.New_var_last("a");
+    bdd b = m.New_var_last("b");
+    bdd c = m.New_var_last("c");
+    long expected = (2L << 41) | (1L << 21) | (1L << 1) | 0;
+    EXPECT_EQ(bdd_node_signature(2, -1, m.one, m.one), expected);
+    EXPECT_EQ(c.node()->signature, expected);
+    EXPECT_EQ(bdd_node_signature(0, 1, b.node(), c.node()),
+              (0L << 41) | (3L << 21) | (4L << 1) | 1);
+    EXPECT_EQ(bdd_node_signature(-1, 1, nullptr, nullptr), -1);
+    EXPECT_EQ(bdd_node_signature(-3, 1, nullptr, nullptr), -3);
+
+    bdd_node bad;
+    bad.global_id = -1;
+    EXPECT_EXIT(bdd_node_signature(0, 1, &bad, m.one), ExitedWithCode(1),
+                "ERROR in bdd_node_signature\\(\\): then node have a bad global id!");
+    EXPECT_EXIT(bdd_node_signature(0, 1, m.one, &bad), ExitedWithCode(1),
+                "ERROR in bdd_node_signature\\(\\): else node have a bad global id!");
+}
+
+// Past 2^20 global ids, two keys share one packed signature; the table
+// must still tell the nodes apart.
+TEST(BddStore, NodesWithCollidingSignaturesStayDistinct) {
+    bddpp_manager m;
+    bdd a = m.New_var_last("a");  // global id 2
+    bdd b = m.New_var_last("b");  // 3
+    bdd c = m.New_var_last("c");  // 4
+    bdd w = m.Bdd_or(b, c);       // 5
+    m.next_global_id = (1L << 20) + 4;
+    bdd z = m.Bdd_and(b, c);
+    ASSERT_EQ(z.node()->global_id, (1L << 20) + 4);
+
+    // The else field of (c, z) overflows into the then field: 4 | 1 = 5,
+    // which is the then field of (w, c).
+    int link = 1;
+    bdd_node* p = m.Find_or_create_bdd_node(0, 1, -1, c.node(), z.node(), link);
+    bdd hold_p(&m, link, p);
+    link = 1;
+    bdd_node* q = m.Find_or_create_bdd_node(0, 1, -1, w.node(), c.node(), link);
+    bdd hold_q(&m, link, q);
+    ASSERT_NE(p, q);
+    EXPECT_EQ(p->signature, q->signature);
+    long next = m.next_global_id;
+    link = 1;
+    EXPECT_EQ(m.Find_or_create_bdd_node(0, 1, -1, c.node(), z.node(), link), p);
+    link = 1;
+    EXPECT_EQ(m.Find_or_create_bdd_node(0, 1, -1, w.node(), c.node(), link), q);
+    EXPECT_EQ(m.next_global_id, next);
+    m.Bdd_gc();
+    EXPECT_EQ(m.map->size(), 7u);
+    EXPECT_TRUE(m.Bdd_is_correct(hold_p));
+    EXPECT_TRUE(m.Bdd_is_correct(hold_q));
+    hold_q = bdd();
+    m.Bdd_gc();
+    EXPECT_EQ(m.map->find(0, -1, c.node(), z.node()), p);
+    EXPECT_EQ(m.map->find(0, -1, w.node(), c.node()), nullptr);
+}
+
+TEST(BddStore, FindOrCreateCasesAndOrderFault) {
+    bddpp_manager m;
+    bdd a = m.New_var_last("a");
+    bdd b = m.New_var_last("b");
+    struct {
+        long index;
+        int then_link, else_link, link_in;
+        bdd_node* then_node;
+        bdd_node* else_node;
+        bdd_node* expected;
+        int link_out;
+    } cases[] = {
+        {-1, -1, 1, 1, m.one, m.one, m.one, -1},
+        {-2, 1, 1, 1, m.one, m.one, nullptr, 1},
+        {1, -1, -1, 1, m.one, m.one, m.one, -1},
+        {1, 1, -1, 1, m.one, m.one, b.node(), 1},
+        {1, -1, 1, 1, m.one, m.one, b.node(), -1},
+    };
+    for (auto& c : cases) {
+        int link = c.link_in;
+        EXPECT_EQ(m.Find_or_create_bdd_node(c.index, c.then_link, c.else_link, c.then_node,
+                                            c.else_node, link),
+                  c.expected);
+        EXPECT_EQ(link, c.link_out);
+    }
+    EXPECT_EQ(m.next_global_id, 4);
+
+    int link = 1;
+    std::string err = captured([&] {
+        EXPECT_EQ(m.Find_or_create_bdd_node(1, 1, -1, a.node(), m.one, link), nullptr);
+    });
+    EXPECT_EQ(err,
+              "FATAL ERROR: Bad call of bddpp_manager::Find_or_create_bdd_node():\n"
+              "  index 1 is not less than  its then node index (0)\n");
+    err = captured([&] { m.Find_or_create_bdd_node(1, 1, -1, m.one, b.node(), link); });
+    EXPECT_EQ(err,
+              "FATAL ERROR: Bad call of bddpp_manager::Find_or_create_bdd_node():\n"
+              "  index 1 is not less than  its else node index (1)\n");
+    EXPECT_EQ(m.next_global_id, 4);
+}
+
+TEST(BddStore, MarksNumberCones) {
+    bddpp_manager m;
+    bdd a = m.New_var_last("a");
+    bdd b = m.New_var_last("b");
+    bdd f = m.Bdd_and(a, b);
+    EXPECT_EQ(m.Bdd_size(f), 3);
+    EXPECT_EQ(m.Bdd_size(f), 3) << "the terminal is cleared with the cone";
+    EXPECT_EQ(f.node()->incremental_id, 0);
+    EXPECT_EQ(b.node()->incremental_id, 1);
+    EXPECT_EQ(m.one->incremental_id, 2);
+    EXPECT_EQ(f.node()->mark, 1);
+
+    m.Bdd_clear_marks(f);
+    EXPECT_EQ(m.Bdd_incremental_id(b.node(), 10), 12);
+    EXPECT_EQ(m.Bdd_incremental_id(f.node(), 12), 13) << "marked nodes keep their number";
+    EXPECT_EQ(b.node()->incremental_id, 10);
+    m.Bdd_global_clear_marks();
+    EXPECT_EQ(m.one->mark, 0);
+    EXPECT_EQ(f.node()->mark, 0);
+    EXPECT_EQ(captured([&] { EXPECT_EQ(m.Bdd_incremental_id(nullptr, 7), 7); }),
+              "Warning: call bddpp_manager::Bdd_incremental_id() with null reference!\n");
+}
+
+TEST(BddStore, SelfCheckOfNodes) {
+    bddpp_manager m;
+    bdd a = m.New_var_last("a");
+    bdd b = m.New_var_last("b");
+    bdd f = m.Bdd_or(a, b);
+    EXPECT_TRUE(m.Bdd_is_correct(f));
+    EXPECT_TRUE(m.Bdd_is_correct(m.Bdd_zero()));
+    EXPECT_EQ(captured([&] { EXPECT_FALSE(m.Bdd_is_correct(bdd())); }),
+              "Warning: call  bddpp_manager::Bdd_is_correct() with a null reference!\n");
+
+    // A node made by hand against the order, above a correct one.
+    bdd_node* wrong = new bdd_node(&m, 1, 1, a.node(), m.one, m.next_global_id++);
+    bdd hold(&m, 1, wrong);
+    EXPECT_FALSE(m.Bdd_is_correct(hold));
+    bdd_node* above = new bdd_node(&m, 0, 1, wrong, m.one, m.next_global_id++);
+    EXPECT_FALSE(above->is_correct());
+    bdd_node orphan;
+    EXPECT_FALSE(orphan.is_correct());
+}
+
+TEST(BddStore, DependsListsTheVariablesOfTheCone) {
+    bddpp_manager m;
+    bdd a = m.New_var_last("a");
+    bdd b = m.New_var_last("b");
+    bdd c = m.New_var_last("c");
+    bdd x = m.New_var_before(0, "x");  // id 3, first in the order
+    bdd f = m.Bdd_and(x, m.Bdd_or(a, c));
+    EXPECT_EQ(f.node()->depends(), (std::vector<long>{0, 2, 3}));
+    EXPECT_TRUE(f.node()->depends_on_id(2));
+    EXPECT_FALSE(f.node()->depends_on_id(1));
+    EXPECT_TRUE(m.one->depends().empty());
+    bdd g = m.Bdd_and(b, f);
+    EXPECT_EQ(g.node()->depends(), (std::vector<long>{0, 1, 2, 3}));
+}
+
+TEST(BddStore, CollectionKeepsReferencedConesAndFreesChains) {
+    bddpp_manager m;
+    std::vector<bdd> x;
+    for (int i = 0; i < 6; ++i) x.push_back(m.New_var_last("x" + std::to_string(i)));
+    m.Bdd_gc();
+    EXPECT_EQ(m.gc_calls, 1);
+    EXPECT_EQ(m.map->size(), 6u);
+
+    bdd kept;
+    {
+        bdd chain = x[5];
+        for (int i = 4; i >= 0; --i) chain = m.Bdd_and(x[i], chain);
+        bdd other = m.Bdd_or(x[0], x[3]);
+        kept = m.Bdd_or(m.Bdd_and(x[1], x[2]), x[4]);
+    }
+    long size_of_kept = m.Bdd_size(kept);
+    EXPECT_GT(m.map->size(), 6u + size_of_kept);
+    long next = m.next_global_id;
+    EXPECT_GT(m.Computed_table_load(), 0u);
+
+    m.Bdd_gc();
+    EXPECT_EQ(m.gc_calls, 2);
+    // Only the variables and the kept cone are left: x1 ? (x2 ? 1 : x4) : x4
+    // has two nodes of its own besides the variable x4's.
+    EXPECT_EQ(size_of_kept, 4);
+    EXPECT_EQ(m.map->size(), 8u);
+    EXPECT_EQ(m.Computed_table_load(), 0u);
+    EXPECT_TRUE(m.Bdd_is_correct(kept));
+    for (int bits = 0; bits < 64; ++bits) {
+        std::vector<bool> v(6);
+        for (int i = 0; i < 6; ++i) v[i] = bits >> i & 1;
+        EXPECT_EQ(eval_bdd(m, kept, v), (v[1] && v[2]) || v[4]);
+    }
+    bdd redo = m.Bdd_and(x[0], x[1]);
+    EXPECT_EQ(redo.node()->global_id, next) << "global ids are never reused";
+
+    kept = bdd();
+    redo = bdd();
+    m.Bdd_gc();
+    EXPECT_EQ(m.map->size(), 6u);
+    for (const bdd& v : x) EXPECT_TRUE(m.Bdd_is_var(v));
+}
+
+TEST(BddStore, CopiedManagerHasTheVariablesOnly) {
+    bddpp_manager src;
+    src.New_var_last("a");
+    src.New_var_last("b");
+    src.New_var_before(0, "c");
+    bdd f = src.Bdd_and(src.Bdd_var_by_name("a"), src.Bdd_var_by_name("b"));
+    src.Rename_var("cc", "c");
+    {
+        bddpp_manager copy(&src);
+        EXPECT_EQ(copy.variables_number, 3);
+        EXPECT_EQ(copy.next_global_id, 5);
+        EXPECT_EQ(copy.gc_calls, 0);
+        for (long id = 0; id < 3; ++id) {
+            EXPECT_EQ(copy.node_by_id[id]->global_id, id + 2);
+            EXPECT_EQ(copy.assoc[id], copy.node_by_id[id]);
+            EXPECT_EQ(copy.index_by_id[id], src.index_by_id[id]);
+            EXPECT_EQ(copy.Name_var_by_id(id), src.Name_var_by_id(id));
+        }
+        EXPECT_EQ(copy.Id_var_by_name("c"), 2);
+        EXPECT_EQ(copy.map->size(), 3u);
+    }
+    EXPECT_TRUE(src.Bdd_is_correct(f));
+}
+
+TEST(BddStore, TernaryTreeOfAFunction) {
+    bddpp_manager m;
+    bdd a = m.New_var_last("a");
+    bdd b = m.New_var_last("b");
+    bdd f = m.Bdd_or(a, b);
+    Tdd t(&m, f);
+    EXPECT_EQ(t.variable, a);
+    ASSERT_NE(t.then_tdd, nullptr);
+    EXPECT_TRUE(m.Bdd_is_one_tautologic(t.then_tdd->variable));
+    EXPECT_EQ(t.else_tdd->variable, b);
+    EXPECT_EQ(t.dont_care_tdd->variable, b) << "then and else: 1 and b";
+    EXPECT_TRUE(m.Bdd_is_zero_tautologic(t.else_tdd->else_tdd->variable));
+
+    std::ostringstream out;
+    t.Print_bdd_structure(out);
+    EXPECT_EQ(out.str(),
+              "if a\n  1\nelse if !a\n  if b\n    1\n  else if !b\n    0\n  dont care b\n"
+              "    0\ndont care a\n  if b\n    1\n  else if !b\n    0\n  dont care b\n    0\n");
+
+    EXPECT_EQ(captured([&] { Tdd empty(nullptr, f); }),
+              "in Tdd::Tdd() : error: bdd manager not yet created !\n");
+}
+
+}  // namespace
