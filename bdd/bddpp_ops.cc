@@ -481,8 +481,3 @@ bool bddpp_manager::Bdd_is_cube(const bdd& f) {
     return n == one;
 }
 
-// Until the printers join the library, the self-check report links against
-// these; the printers' own definitions take precedence over them.
-__attribute__((weak)) void bddpp_manager::Print_bdd_structure_loc(std::ostream&, int,
-                                                                  bdd_node*) {}
-__attribute__((weak)) void bddpp_manager::Bdd_stats(std::ostream&) {}
