@@ -18,6 +18,8 @@ void Module::addBinding(DataBinding* b) { addBinding(b, wood); }
 
 void Module::addBinding(DataBinding* b, Bddexpressionwood* w)
 {
+    if (b == nullptr || b->getSignal() == nullptr)
+        Compilation::IllegalOperationException("Module::addBinding: binding without a signal in " + name);
     if (data_table == nullptr)
         data_table = new std::map<std::string, DataBinding*>;
     (*data_table)[b->getSignal()->getName(this, w)] = b;
@@ -25,15 +27,19 @@ void Module::addBinding(DataBinding* b, Bddexpressionwood* w)
 
 void Module::addSignalBinding(DataExpr* value, Signal* s)
 {
+    if (s == nullptr)
+        Compilation::IllegalOperationException("Module::addSignalBinding: no signal to bind in " + name);
     if (data_table == nullptr)
         data_table = new std::map<std::string, DataBinding*>;
     (*data_table)[s->getInternalName()] = new DataBinding(s, value);
     s->setValue();
-    std::set<Signal*>* read = value->computeDependencySet();
+    std::set<Signal*>* read = value != nullptr ? value->computeDependencySet() : nullptr;
     if (read == nullptr || wood == nullptr)
         return;
     std::set<long> wires;
     for (Signal* r : *read) {
+        if (r == nullptr)
+            continue;
         wires.insert(r->getOverBddId(this, wood));
         wires.insert(r->getUnderBddId(this, wood));
     }
@@ -46,9 +52,12 @@ void Module::addSignalBinding(DataExpr* value, Signal* s)
 
 void Module::addSignalBinding(DataExpr* value, Signal* s, Signal* clock)
 {
+    if (s == nullptr)
+        Compilation::IllegalOperationException("Module::addSignalBinding: no signal to bind in " + name);
     if (data_table == nullptr)
         data_table = new std::map<std::string, DataBinding*>;
-    clock->setClock();
+    if (clock != nullptr)
+        clock->setClock();
     (*data_table)[s->getInternalName()] = new DataBinding(s, value, clock);
     s->setValue();
 }
