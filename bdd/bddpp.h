@@ -46,16 +46,18 @@ long bdd_node_signature(long id, int else_link_type, bdd_node* then_node,
 // variable constructors of the manager make nodes of a manager.
 class bdd_node {
 public:
-    bddpp_manager* manager;
-    long signature;
-    long id;             // decision variable; -1 terminal, -3 default-built
-    long incremental_id; // scratch number of Bdd_incremental_id walks
-    long global_id;      // serial number in the manager, never reused
-    long mark;           // scratch visit flag (0 or 1) of the marking walks
-    int references;      // handles and parent nodes that point here
-    int else_link_type;  // 1 normal, -1 inverse
+    // What the unique table and the operators read comes first, in one
+    // cache line.
     bdd_node* then_node;
     bdd_node* else_node;
+    long id;             // decision variable; -1 terminal, -3 default-built
+    int else_link_type;  // 1 normal, -1 inverse
+    int references;      // handles and parent nodes that point here
+    long global_id;      // serial number in the manager, never reused
+    bddpp_manager* manager;
+    long signature;
+    long incremental_id; // scratch number of Bdd_incremental_id walks
+    long mark;           // scratch visit flag (0 or 1) of the marking walks
 
     // Default-built: no manager, signature and id -3, else link 1, null
     // children, zeros elsewhere.
@@ -93,9 +95,23 @@ private:
     friend class bddpp_manager;
     friend class bdd_unique_table;
     struct not_integrated {};
-    // Leaves the entry in the unique table to the caller.
-    bdd_node(bddpp_manager* m, long id, int else_link_type, bdd_node* then_node,
-             bdd_node* else_node, long global_id, not_integrated);
+    // Leaves the entry in the unique table to the caller; the children are
+    // real nodes of the manager.
+    bdd_node(bddpp_manager* m, long id_, int else_link, bdd_node* then_n, bdd_node* else_n,
+             long gid, not_integrated)
+        : then_node(then_n), else_node(else_n), id(id_), else_link_type(else_link),
+          references(0), global_id(gid), manager(m), signature(0), incremental_id(0),
+          mark(0) {
+        if (then_n->global_id < 0 || else_n->global_id < 0) {
+            signature = bdd_node_signature(id, else_link, then_n, else_n);
+            return;
+        }
+        unsigned long key = static_cast<unsigned long>(id_) << 41;
+        key |= static_cast<unsigned long>(then_n->global_id) << 21;
+        key |= static_cast<unsigned long>(else_n->global_id) << 1;
+        key |= else_link > 0 ? 1ul : 0ul;
+        signature = static_cast<long>(key);
+    }
     mutable std::vector<long>* depends_ = nullptr; // null until asked for
     unsigned visit = 0; // epoch of the manager's own walks
 };
@@ -171,7 +187,20 @@ public:
                    bdd_node* else_node) const;
     // find() that also gives the key's hash, for insert_absent().
     bdd_node* find(long id, int else_link_type, bdd_node* then_node, bdd_node* else_node,
-                   std::size_t& hash) const;
+                   std::size_t& hash) const {
+        hash = hash_of(id, else_link_type, then_node, else_node);
+        const std::size_t mask = capacity - 1;
+        for (std::size_t i = home(hash);; i = (i + 1) & mask) {
+            const entry& e = slots[i];
+            if (!e.node) return nullptr;
+            if (e.hash == hash) {
+                bdd_node* n = e.node;
+                if (n->then_node == then_node && n->else_node == else_node && n->id == id &&
+                    n->else_link_type == else_link_type)
+                    return n;
+            }
+        }
+    }
     // Enters a node whose key find() just failed to meet.
     void insert_absent(bdd_node* node, std::size_t hash);
     // Enters the node, replacing any node of the same key.
@@ -189,12 +218,22 @@ public:
     }
 
 private:
+    friend class bddpp_manager;
     struct entry {
         std::size_t hash;
         bdd_node* node; // null: free
     };
     static std::size_t hash_of(long id, int else_link_type, bdd_node* then_node,
-                               bdd_node* else_node);
+                               bdd_node* else_node) {
+        std::uint64_t h = static_cast<std::uint64_t>(id) * 0x9E3779B97F4A7C15ull;
+        h += reinterpret_cast<std::uintptr_t>(then_node);
+        h *= 0xC2B2AE3D27D4EB4Full;
+        h += reinterpret_cast<std::uintptr_t>(else_node) + (else_link_type > 0);
+        h *= 0x165667B19E3779F9ull;
+        h ^= h >> 32;
+        h *= 0x9E3779B97F4A7C15ull;
+        return static_cast<std::size_t>(h);
+    }
     std::size_t home(std::size_t hash) const { return hash >> shift; }
     void grow();
     entry* slots;
@@ -562,6 +601,8 @@ private:
                           bdd_node* y, int& link);
     bdd_node* join(long index, int then_link, bdd_node* then_node, int else_link,
                    bdd_node* else_node, int& link);
+    bdd_node* fast_join(long index, int then_link, bdd_node* then_node, int else_link,
+                        bdd_node* else_node, int& link);
     void self_check(bool is_or, int link_x, bdd_node* x, long ix, int link_y,
                     bdd_node* y, long iy, int link, bdd_node* result);
     [[noreturn]] void null_reference(bool is_or, bdd_node* x, bdd_node* y);

@@ -53,7 +53,7 @@ inline std::size_t computed_slot(std::uintptr_t a, std::uintptr_t b, std::size_t
 }
 
 constexpr std::size_t computed_initial = std::size_t(1) << 14;
-constexpr std::size_t computed_max = std::size_t(1) << 18;
+constexpr std::size_t computed_max = std::size_t(1) << 17;
 
 }  // namespace
 
@@ -142,6 +142,42 @@ bdd_node* bddpp_manager::join(long index, int then_link, bdd_node* then_node,
     link = 1;
     return Find_or_create_bdd_node(index, then_link, else_link, then_node, else_node,
                                    link);
+}
+
+// join() for the production path: the steps of Find_or_create_bdd_node,
+// with the table probed in place. Anything out of the ordinary (both
+// children terminal, a child out of order) goes through the general
+// procedure, which reports.
+inline bdd_node* bddpp_manager::fast_join(long index, int then_link, bdd_node* then_node,
+                                          int else_link, bdd_node* else_node, int& link) {
+    if (then_node == else_node && then_link == else_link) {
+        link = then_link;
+        return then_node;
+    }
+    const long* index_of = index_by_id.data();
+    auto below = [&](const bdd_node* child) {
+        return child == one || (child && child->manager && child->id >= 0 &&
+                                child->id < variables_number && index_of[child->id] > index);
+    };
+    if ((then_node == one && else_node == one) || index < 0 || index >= variables_number ||
+        !below(then_node) || !below(else_node)) {
+        link = 1;
+        return Find_or_create_bdd_node(index, then_link, else_link, then_node, else_node,
+                                       link);
+    }
+    link = then_link;
+    long id = id_by_index[index];
+    int else_link_type = then_link * else_link;
+    std::size_t hash;
+    if (bdd_node* found = map->find(id, else_link_type, then_node, else_node, hash))
+        return found;
+    bdd_node* node = new bdd_node(this, id, else_link_type, then_node, else_node,
+                                  next_global_id, bdd_node::not_integrated{});
+    map->insert_absent(node, hash);
+    next_global_id++;
+    then_node->references++;
+    else_node->references++;
+    return node;
 }
 
 // The reference: the procedures as they read, on the call stack.
@@ -295,7 +331,7 @@ bdd_node* bddpp_manager::apply(bool is_or, int link_x, bdd_node* x, int link_y,
             }
             long index = f.ix < f.iy ? f.ix : f.iy;
             int result_link;
-            bdd_node* result = join(index, f.then_link, f.then_node, rl, rn, result_link);
+            bdd_node* result = fast_join(index, f.then_link, f.then_node, rl, rn, result_link);
             if (result != one && !(result && result->manager && result->id >= 0 &&
                                    index_of[result->id] >= index))
                 self_check(is_or, f.link_x * sign, f.x, f.ix, f.link_y * sign, f.y, f.iy,

@@ -115,24 +115,17 @@ void bdd_node::operator delete(void* p) noexcept {
 // ---------------------------------------------------------------------- nodes
 
 bdd_node::bdd_node()
-    : manager(nullptr), signature(-3), id(-3), incremental_id(0), global_id(0),
-      mark(0), references(0), else_link_type(1), then_node(nullptr),
-      else_node(nullptr) {}
+    : then_node(nullptr), else_node(nullptr), id(-3), else_link_type(1), references(0),
+      global_id(0), manager(nullptr), signature(-3), incremental_id(0), mark(0) {}
 
 bdd_node::bdd_node(bddpp_manager* m, long id_, int else_link, bdd_node* then_n,
                    bdd_node* else_n, long gid)
-    : manager(m), signature(0), id(id_), incremental_id(0), global_id(gid),
-      mark(0), references(0), else_link_type(else_link), then_node(then_n),
-      else_node(else_n) {
+    : then_node(then_n), else_node(else_n), id(id_), else_link_type(else_link),
+      references(0), global_id(gid), manager(m), signature(0), incremental_id(0),
+      mark(0) {
     signature = bdd_node_signature(id, else_link_type, then_node, else_node);
     if (id >= 0 && manager) manager->Map_integrate(this);
 }
-
-bdd_node::bdd_node(bddpp_manager* m, long id_, int else_link, bdd_node* then_n,
-                   bdd_node* else_n, long gid, not_integrated)
-    : manager(m), signature(bdd_node_signature(id_, else_link, then_n, else_n)), id(id_),
-      incremental_id(0), global_id(gid), mark(0), references(0),
-      else_link_type(else_link), then_node(then_n), else_node(else_n) {}
 
 bdd_node::~bdd_node() {
     if (id >= 0) {
@@ -220,38 +213,10 @@ bdd_unique_table::bdd_unique_table() : capacity(1u << 13), count(0), shift(64 - 
 
 bdd_unique_table::~bdd_unique_table() { bdd_block_free(slots); }
 
-std::size_t bdd_unique_table::hash_of(long id, int else_link_type, bdd_node* then_node,
-                                      bdd_node* else_node) {
-    std::uint64_t h = static_cast<std::uint64_t>(id) * 0x9E3779B97F4A7C15ull;
-    h += reinterpret_cast<std::uintptr_t>(then_node);
-    h *= 0xC2B2AE3D27D4EB4Full;
-    h += reinterpret_cast<std::uintptr_t>(else_node) + (else_link_type > 0);
-    h *= 0x165667B19E3779F9ull;
-    h ^= h >> 32;
-    h *= 0x9E3779B97F4A7C15ull;
-    return static_cast<std::size_t>(h);
-}
-
 bdd_node* bdd_unique_table::find(long id, int else_link_type, bdd_node* then_node,
                                  bdd_node* else_node) const {
     std::size_t h;
     return find(id, else_link_type, then_node, else_node, h);
-}
-
-bdd_node* bdd_unique_table::find(long id, int else_link_type, bdd_node* then_node,
-                                 bdd_node* else_node, std::size_t& hash) const {
-    hash = hash_of(id, else_link_type, then_node, else_node);
-    const std::size_t mask = capacity - 1;
-    for (std::size_t i = home(hash);; i = (i + 1) & mask) {
-        const entry& e = slots[i];
-        if (!e.node) return nullptr;
-        if (e.hash == hash) {
-            bdd_node* n = e.node;
-            if (n->then_node == then_node && n->else_node == else_node && n->id == id &&
-                n->else_link_type == else_link_type)
-                return n;
-        }
-    }
 }
 
 void bdd_unique_table::insert_absent(bdd_node* node, std::size_t hash) {
