@@ -312,7 +312,9 @@ TEST(WoodDifferential, FastAndLiteralPassesAgreeOnRandomWoods)
         for (long i = 0; i < fast.wood.Nb_bdd_vars(); i++) {
             auto dl = reported([&] { return literal.wood.down_critical_path_literal(i, 1, 0); });
             ASSERT_EQ(reported([&] { return fast.wood.down_critical_path(i, 1, 0); }), dl) << i;
-            if (memo) ASSERT_EQ(down[i], dl.first) << i;
+            if (memo) {
+                ASSERT_EQ(down[i], dl.first) << i;
+            }
             if (!acyclic || fast.wood.exp_table[i] == nullptr) continue;
             long ul = literal.wood.up_critical_path_literal(i, 1, 1);
             ASSERT_EQ(fast.wood.up_critical_path(i, 1, 1), ul) << i;
