@@ -281,23 +281,34 @@ bdd_node* bddpp_manager::apply(bool is_or, int link_x, bdd_node* x, int link_y,
             f.y = cy;
             f.link_x = lx;
             f.link_y = ly;
-            f.ix = cx->manager ? (cx->id < 0 ? cx->id : index_of[cx->id]) : -3;
-            f.iy = cy->manager ? (cy->id < 0 ? cy->id : index_of[cy->id]) : -3;
+            f.ix = Node_index(cx);
+            f.iy = Node_index(cy);
             f.then_done = false;
             f.then_node = nullptr;
             f.then_link = 0;
             stack.push_back(f);
+            // The else pair is known now and asked for only after the whole
+            // then part: its table slot can be fetched meanwhile.
+            std::uintptr_t ea, eb;
             if (f.ix < f.iy) {
                 cx = f.x->then_node;
+                ea = tag(f.link_x * f.x->else_link_type, f.x->else_node);
+                eb = tag(f.link_y, f.y);
             } else if (f.ix == f.iy) {
                 cx = f.x->then_node;
                 cy = f.y->then_node;
+                ea = tag(f.link_x * f.x->else_link_type, f.x->else_node);
+                eb = tag(f.link_y * f.y->else_link_type, f.y->else_node);
             } else {
                 cx = f.y->then_node;
                 lx = f.link_y;
                 cy = f.x;
                 ly = f.link_x;
+                ea = tag(f.link_y * f.y->else_link_type, f.y->else_node);
+                eb = tag(f.link_x, f.x);
             }
+            if (ea > eb) std::swap(ea, eb);
+            __builtin_prefetch(&computed[computed_slot(ea, eb, mask)]);
             continue;
         }
         // Return (rl, rn) to the frames waiting for it.
@@ -333,6 +344,7 @@ bdd_node* bddpp_manager::apply(bool is_or, int link_x, bdd_node* x, int link_y,
             int result_link;
             bdd_node* result = fast_join(index, f.then_link, f.then_node, rl, rn, result_link);
             if (result != one && !(result && result->manager && result->id >= 0 &&
+                                   result->id < variables_number &&
                                    index_of[result->id] >= index))
                 self_check(is_or, f.link_x * sign, f.x, f.ix, f.link_y * sign, f.y, f.iy,
                            result_link * sign, result);
