@@ -256,4 +256,10 @@ TEST(WoodCopies, ADeepCopyHasItsOwnManagerAndTheSameGraph)
     }
     copy.forget_expression_by_bddid(copy.Index_var_by_name("b"));
     EXPECT_NE(t.at("b"), nullptr);
+    // A shared manager is shared by the copy, and so are the functions.
+    t.wood.set_common_bdd_manager(1);
+    Bddexpressionwood shared(t.wood);
+    EXPECT_EQ(shared.bdd_manager, t.wood.bdd_manager);
+    EXPECT_EQ(shared.exp_table[t.idx("a")]->bdd_exp, a->bdd_exp);
+    t.wood.set_common_bdd_manager(0); // the original still owns it
 }
