@@ -10,7 +10,8 @@ extern "C" {
 #endif
 
 struct bench_result {
-    double seconds;     /* time of the build alone */
+    double seconds;       /* time of the build alone */
+    double setup_seconds; /* time of the engine's set-up before it */
     long result_nodes;  /* nodes of the result(s), the engine's own count */
     long live_nodes;    /* nodes alive in the engine's table at the end */
     double solutions;   /* satisfying assignments of the result */
