@@ -203,8 +203,9 @@ public:
     }
     // Enters a node whose key find() just failed to meet.
     void insert_absent(bdd_node* node, std::size_t hash);
-    // Enters the node, replacing any node of the same key.
-    void insert(bdd_node* node);
+    // Enters the node, replacing any node of the same key; true when it
+    // replaced one.
+    bool insert(bdd_node* node);
     // Removes the entry of the node's key, whatever node it points to;
     // false when there is none.
     bool erase(bdd_node* node);

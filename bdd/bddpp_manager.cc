@@ -325,8 +325,10 @@ bdd_node* bddpp_manager::Find_or_create_bdd_node(long index, int then_link, int 
     return node;
 }
 
+// A node taken out of the table, or put out of it by another one of its
+// key, may stand in the computed table as a result: that table goes.
 void bddpp_manager::Map_integrate(bdd_node* node) {
-    if (map) map->insert(node);
+    if (map && map->insert(node)) computed_clear();
 }
 
 void bddpp_manager::Map_suppress(bdd_node* node) {
@@ -334,7 +336,7 @@ void bddpp_manager::Map_suppress(bdd_node* node) {
         std::cerr << "warning! map does not exist !!!" << std::endl;
         return;
     }
-    map->erase(node);
+    if (map->erase(node)) computed_clear();
 }
 
 // ------------------------------------------------------------------------- gc

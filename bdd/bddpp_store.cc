@@ -229,13 +229,14 @@ void bdd_unique_table::insert_absent(bdd_node* node, std::size_t hash) {
     ++count;
 }
 
-void bdd_unique_table::insert(bdd_node* node) {
+bool bdd_unique_table::insert(bdd_node* node) {
     std::size_t h;
     bdd_node* old = find(node->id, node->else_link_type, node->then_node,
                          node->else_node, h);
-    if (old == node) return;
+    if (old == node) return false;
     if (old) erase(old);
     insert_absent(node, h);
+    return old != nullptr;
 }
 
 // Linear probing without tombstones: after a removal, later entries of the

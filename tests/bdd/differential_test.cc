@@ -201,4 +201,37 @@ TEST(BddDifferential, EqualTruthTablesGiveEqualHandles) {
         }
 }
 
+// A node put in the table by hand in place of another of the same key is
+// what the plain recursion finds from then on; the production path must
+// not answer with the displaced node from its memory of finished pairs.
+TEST(BddDifferential, TableChangesOutsideTheOperatorsAreSeen) {
+    bddpp_manager m;
+    bdd a = m.New_var_last("a");
+    bdd b = m.New_var_last("b");
+    bdd first = m.Bdd_and(a, b);
+    ASSERT_GT(m.Computed_table_load(), 0u);
+    bdd_node* twin = new bdd_node(&m, first.node()->id, first.node()->else_link_type,
+                                  first.node()->then_node, first.node()->else_node,
+                                  m.next_global_id++);
+    EXPECT_EQ(m.Computed_table_load(), 0u);
+    EXPECT_EQ(m.Bdd_and(a, b).node(), twin);
+    m.plain_operators = true;
+    EXPECT_EQ(m.Bdd_and(a, b).node(), twin);
+    m.plain_operators = false;
+
+    m.Map_suppress(twin);
+    EXPECT_EQ(m.Computed_table_load(), 0u);
+    bdd again = m.Bdd_and(a, b);
+    EXPECT_NE(again.node(), twin);
+    EXPECT_NE(again.node(), first.node());
+    EXPECT_EQ(again.node()->global_id, m.next_global_id - 1);
+
+    // Both displaced nodes are out of the table, so the manager would not
+    // free them.
+    bdd_node* displaced = first.node();
+    first = bdd();
+    delete displaced;
+    delete twin;
+}
+
 }  // namespace
