@@ -1,0 +1,170 @@
+// The fast passes against the literal ones on random woods: the same
+// equations, the same BDD nodes in the same order (global ids), the same
+// tables and dates, the same texts and the same reports.
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "model/compilation.h"
+#include "tests/wood2/wood_builder.h"
+
+namespace {
+
+// Builds the same random wood in any number of managers: every call into
+// a manager is made in the same order, so node ids agree.
+void build_random(WoodBuilder& b, unsigned seed)
+{
+    std::mt19937 rng(seed);
+    auto pick = [&rng](long n) { return (long)(rng() % (unsigned long)n); };
+    long n = 8 + pick(20);
+    for (long k = 0; k < n; ++k)
+        b.var("v" + std::to_string(k));
+    const int types[] = {0, 0, 0, int(Compilation::SOUTPUT), int(Compilation::VWIRE), int(Compilation::SREG)};
+    for (long k = 0; k < n; ++k) {
+        if (pick(10) < 3)
+            continue; // an input
+        bdd self = b.m()->Bdd_var_by_index(k);
+        int type = types[pick(6)];
+        long shape = pick(20);
+        if (shape == 0) {
+            std::set<long> deps{pick(n)};
+            new Bddexpression(b.m()->Id_var_by_bdd(self), b.wood.get(), deps, "f", 0, 0);
+            continue;
+        }
+        bdd f;
+        if (shape <= 2) {
+            f = pick(2) ? b.m()->Bdd_one() : b.m()->Bdd_zero();
+        } else if (shape <= 7) {
+            long other = pick(n);
+            if (other == k && pick(4) != 0)
+                other = (k + 1) % n; // self-reading equations stay rare
+            f = b.m()->Bdd_var_by_index(other);
+            if (pick(2))
+                f = b.m()->Bdd_not(f);
+        } else {
+            f = b.m()->Bdd_var_by_index(pick(n));
+            for (long t = 1 + pick(3); t > 0; --t) {
+                long other = pick(n);
+                if (other == k)
+                    continue;
+                bdd g = b.m()->Bdd_var_by_index(other);
+                if (pick(3) == 0)
+                    g = b.m()->Bdd_not(g);
+                f = pick(2) ? b.m()->Bdd_and(f, g) : b.m()->Bdd_or(f, g);
+            }
+        }
+        new Bddexpression("v" + std::to_string(k), b.wood.get(), self, f, pick(3), 0, type);
+    }
+}
+
+// Everything a pass may change, in text.
+std::string state(WoodBuilder& b)
+{
+    Bddexpressionwood& w = *b.wood;
+    std::ostringstream out;
+    out << "nodes " << b.m()->Bdd_total_size() << " vars " << w.nb_bdd_vars << " level "
+        << w.nb_level << " ids ";
+    put_set(out, w.exp_ids) << "\n";
+    for (long i = 0; i < w.nb_bdd_vars; ++i) {
+        out << i << " late " << w.late_dates[i] << " readers ";
+        put_set(out, w.amont_table[i]);
+        const Bddexpression* e = w.exp_table[i];
+        if (e != nullptr) {
+            out << " eq " << e->name << " abs " << e->abstraction << " type " << e->user_type
+                << " early " << e->early_date << " exp " << bdd_node_global_id(e->bdd_exp) << "/"
+                << bdd_link_type(e->bdd_exp) << " deps ";
+            put_set(out, e->dependances);
+        }
+        out << "\n";
+    }
+    std::vector<long> table(w.nb_bdd_vars);
+    for (long i = 0; i < w.nb_bdd_vars; ++i)
+        table[i] = (i % 5 == 4) ? -1 : i;
+    // Abstract equations have no root to number: the node list warns.
+    testing::internal::CaptureStderr();
+    w.Put_zkc(out, table.data(), 1);
+    out << w;
+    out << testing::internal::GetCapturedStderr();
+    return without_addresses(out.str());
+}
+
+} // namespace
+
+TEST(Differential, SuppressLocalListMatchesOneByOne)
+{
+    long eliminated = 0, reports = 0;
+    for (unsigned seed = 1; seed <= 300; ++seed) {
+        WoodBuilder slow, fast;
+        build_random(slow, seed);
+        build_random(fast, seed);
+        // Half of the woods start with exact tables, half as built.
+        if (seed % 2 == 0) {
+            slow.wood->constants_propagation();
+            fast.wood->constants_propagation();
+        }
+        std::mt19937 rng(seed * 7919);
+        std::list<long> vars;
+        for (long i = 0; i < slow.wood->nb_bdd_vars; ++i)
+            if (rng() % 4 != 0)
+                vars.push_back(i);
+        if (seed % 3 == 0)
+            vars.reverse();
+
+        long before = slow.wood->exp_number();
+        testing::internal::CaptureStderr();
+        for (long v : vars)
+            slow.wood->suppress_local(v);
+        std::string slow_err = without_addresses(testing::internal::GetCapturedStderr());
+        testing::internal::CaptureStderr();
+        fast.wood->suppress_local(vars);
+        std::string fast_err = without_addresses(testing::internal::GetCapturedStderr());
+
+        ASSERT_EQ(slow_err, fast_err) << "seed " << seed;
+        ASSERT_EQ(state(slow), state(fast)) << "seed " << seed;
+        reports += slow_err.empty() ? 0 : 1;
+        eliminated += before - slow.wood->exp_number();
+    }
+    // The woods did exercise the passes: equations went, reports came.
+    EXPECT_GT(eliminated, 1000);
+    EXPECT_GT(reports, 10);
+}
+
+TEST(Differential, ConstantsPropagationMatchesTheSweeps)
+{
+    for (unsigned seed = 1; seed <= 300; ++seed) {
+        WoodBuilder slow, fast;
+        build_random(slow, seed);
+        build_random(fast, seed);
+        std::list<int> keep;
+        if (seed % 2 == 0)
+            keep = {int(Compilation::SOUTPUT), int(Compilation::SREG)};
+        slow.wood->constants_propagation_literal(keep);
+        fast.wood->constants_propagation(keep);
+        ASSERT_EQ(state(slow), state(fast)) << "seed " << seed;
+    }
+}
+
+TEST(Differential, PassesLeaveExactTables)
+{
+    // After each pass every reader entry matches a dependance and the
+    // reverse: the coherence check has nothing to say.
+    for (unsigned seed = 1; seed <= 100; ++seed) {
+        WoodBuilder b;
+        build_random(b, seed);
+        std::list<int> keep{int(Compilation::SOUTPUT)};
+        testing::internal::CaptureStderr();
+        b.wood->constants_propagation(keep);
+        std::list<long> vars;
+        for (long i = 0; i < b.wood->nb_bdd_vars; i += 2)
+            vars.push_back(i);
+        b.wood->suppress_local(vars);
+        testing::internal::GetCapturedStderr();
+        testing::internal::CaptureStderr();
+        b.wood->coherence_dependances_check(std::cerr);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "seed " << seed;
+    }
+}

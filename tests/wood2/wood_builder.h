@@ -1,0 +1,33 @@
+#ifndef TARN_TESTS_WOOD2_WOOD_BUILDER_H
+#define TARN_TESTS_WOOD2_WOOD_BUILDER_H
+
+// Small woods for the tests: variables by name, equations by name.
+
+#include <map>
+#include <memory>
+#include <regex>
+#include <string>
+
+#include "wood/Bddexpression.h"
+
+struct WoodBuilder {
+    std::unique_ptr<Bddexpressionwood> wood{new Bddexpressionwood()};
+
+    bddpp_manager* m() const { return wood->bdd_manager; }
+    bdd var(const std::string& name) { return wood->New_var_last(name); }
+    long index(const std::string& name) const { return m()->Index_var_by_name(name); }
+    bdd v(const std::string& name) { return m()->Bdd_var_by_name(name); }
+    Bddexpression* eq(const std::string& name, const bdd& exp, int type = 0)
+    {
+        return new Bddexpression(name, wood.get(), v(name), exp, 0, 0, type);
+    }
+    Bddexpression* at(const std::string& name) const { return wood->exp_table[index(name)]; }
+};
+
+// Stream forms carry addresses; the tests compare them without.
+inline std::string without_addresses(const std::string& text)
+{
+    return std::regex_replace(text, std::regex("0x[0-9a-f]+"), "@");
+}
+
+#endif
