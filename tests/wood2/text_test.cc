@@ -95,7 +95,7 @@ TEST(EquationText, WithoutWoodOrRightMember)
     EXPECT_EQ(b.at("v")->debug_in_string(), "<v> v = value_of()  weight: 1 usertype: 0");
 }
 
-TEST_F(SmallWoodText, StatOfEmptyWood)
+TEST(WoodText, StatOfEmptyWood)
 {
     Bddexpressionwood empty;
     std::ostringstream out;
@@ -202,9 +202,12 @@ TEST_F(SmallWoodText, CompiledModuleSection)
               "y   = !node_4;\n"
               "\n");
 
+    // The older layout: the same nodes, lines without dependances.
     std::ostringstream old;
-    b.at("x")->put_zkc_2_0_4(old, table);
-    EXPECT_EQ(old.str(), "1 1 2:0,1");
+    b.wood->Put_zkc_2_0_4(old, table, 0);
+    EXPECT_EQ(old.str(), nodes + "expressions:\n"
+                                 "1 1 2:0,1\n"
+                                 "2 0 3:3,-1\n");
 }
 
 TEST_F(SmallWoodText, AbstractExpressionLine)
