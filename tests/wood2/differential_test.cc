@@ -153,27 +153,6 @@ TEST(Differential, ConstantsPropagationMatchesTheSweeps)
     }
 }
 
-TEST(Differential, PassesLeaveExactTables)
-{
-    // After each pass every reader entry matches a dependance and the
-    // reverse: the coherence check has nothing to say.
-    for (unsigned seed = 1; seed <= 100; ++seed) {
-        WoodBuilder b;
-        build_random(b, seed);
-        std::list<int> keep{int(Compilation::SOUTPUT)};
-        testing::internal::CaptureStderr();
-        b.wood->constants_propagation(keep);
-        std::list<long> vars;
-        for (long i = 0; i < b.wood->nb_bdd_vars; i += 2)
-            vars.push_back(i);
-        b.wood->suppress_local(vars);
-        testing::internal::GetCapturedStderr();
-        testing::internal::CaptureStderr();
-        b.wood->coherence_dependances_check(std::cerr);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "seed " << seed;
-    }
-}
-
 TEST(Differential, WireRedatingMatchesTheCriticalPathWalks)
 {
     // Without a cycle the new dates come from one memoised pass; they must
