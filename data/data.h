@@ -29,13 +29,13 @@ class DataExpr;
 // Target language codes; also the keys of a constant's value table.
 class TLanguage {
 public:
-    static const int VHDL = 0;
-    static const int C = 1;
-    static const int CSHARP = 2;
-    static const int SMV = 3;
-    static const int LUSTRE = 4;
-    static const int ESTEREL = 5;
-    static const int DEFAULT = 6;
+    static constexpr int VHDL = 0;
+    static constexpr int C = 1;
+    static constexpr int CSHARP = 2;
+    static constexpr int SMV = 3;
+    static constexpr int LUSTRE = 4;
+    static constexpr int ESTEREL = 5;
+    static constexpr int DEFAULT = 6;
 };
 
 // Zero value of a type in Lustre and in VHDL: the predefined types have a

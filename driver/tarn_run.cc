@@ -1,6 +1,7 @@
 #include "driver/tarn_run.h"
 
 #include "model/compilation.h"
+#include "model/module.h"
 #include "support/Stringpp.h"
 #include "support/g_time.h"
 #include "zkc/parse_supl.h"
@@ -258,7 +259,7 @@ int tarn_run(const std::string& input_name, const tarn_flags& flags)
     if (!parsed_ok)
         return 1;
 
-    // Finalisation comes here, on the module read: module->finalize(0).
+    Module::finalize(module, 0);
 
     // Announced in every run, although the log really written is the input
     // path plus ".log" (base.zkc.log).

@@ -28,20 +28,20 @@ class Compilation {
 public:
     // An odd code classifies an over (status) wire, an even code an under
     // (value) wire; pairs name a kind of signal.
-    static const int STAT = 1;
-    static const int VAL = 2;
-    static const int SINPUT = 3;
-    static const int VINPUT = 4;
-    static const int SOUTPUT = 5;
-    static const int VOUTPUT = 6;
-    static const int SREG = 7;
-    static const int VREG = 8;
-    static const int SWIRE = 9;
-    static const int VWIRE = 10;
-    static const int SCLOCK = 11;
-    static const int VCLOCK = 12;
-    static const int SUSEDPRE = 13;
-    static const int VUSEDPRE = 14;
+    static constexpr int STAT = 1;
+    static constexpr int VAL = 2;
+    static constexpr int SINPUT = 3;
+    static constexpr int VINPUT = 4;
+    static constexpr int SOUTPUT = 5;
+    static constexpr int VOUTPUT = 6;
+    static constexpr int SREG = 7;
+    static constexpr int VREG = 8;
+    static constexpr int SWIRE = 9;
+    static constexpr int VWIRE = 10;
+    static constexpr int SCLOCK = 11;
+    static constexpr int VCLOCK = 12;
+    static constexpr int SUSEDPRE = 13;
+    static constexpr int VUSEDPRE = 14;
 
     static int GDataConstIndex;
     static DataTypeTable* GDataTypeTable;
