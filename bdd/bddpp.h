@@ -22,6 +22,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 class bddpp_manager;
@@ -112,8 +113,6 @@ private:
         key |= else_link > 0 ? 1ul : 0ul;
         signature = static_cast<long>(key);
     }
-    mutable std::vector<long>* depends_ = nullptr; // null until asked for
-    unsigned visit = 0; // epoch of the manager's own walks
 };
 
 // Value handle on a node. Copying adds a reference to the node, destroying
@@ -610,13 +609,14 @@ private:
     void computed_clear();
     void computed_resize();
     void release_operator_tables();
-    unsigned next_visit();
 
     std::vector<apply_frame>* apply_stack = nullptr;
     computed_entry* computed = nullptr;
     std::size_t computed_size = 0;
     std::size_t computed_used = 0;
-    unsigned visit_epoch = 0;
+    // The depends() sets worked out so far, by node; a node takes its
+    // entry away when it dies.
+    std::unordered_map<const bdd_node*, std::vector<long>> depends_sets;
 };
 
 // Ternary decision tree of a function: then, else and don't-care (the

@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <unordered_set>
 
 namespace {
 
@@ -69,16 +70,6 @@ bddpp_manager::~bddpp_manager() {
 }
 
 const char* bddpp_manager::Bdd_version() { return ::Bdd_version(); }
-
-unsigned bddpp_manager::next_visit() {
-    if (++visit_epoch == 0) {
-        // Wrapped: forget every old visit so no stale epoch can match.
-        if (map) map->for_each([](bdd_node* n) { n->visit = 0; });
-        if (one) one->visit = 0;
-        visit_epoch = 1;
-    }
-    return visit_epoch;
-}
 
 // ------------------------------------------------------------------ variables
 
@@ -344,21 +335,18 @@ void bddpp_manager::Map_suppress(bdd_node* node) {
 // A node is freed once nothing refers to it; freeing it lowers its
 // children's counts, which may free them in turn. Working through that
 // cascade with a list reaches the same fixpoint as repeated sweeps of the
-// whole table. Variables' own nodes always stay.
+// whole table. A node enters the list once: at the start if its count is
+// not above zero, or when its count falls from 1 to 0. Variables' own
+// nodes always stay.
 void bddpp_manager::Bdd_gc() {
     if (!map) return;
     computed_clear();
-    unsigned listed = next_visit();
     std::vector<bdd_node*> work;
     auto collectable = [&](bdd_node* n) {
-        return n && n->id >= 0 && n->id < variables_number && node_by_id[n->id] != n &&
-               n->references <= 0 && n->visit != listed;
+        return n && n->id >= 0 && n->id < variables_number && node_by_id[n->id] != n;
     };
     map->for_each([&](bdd_node* n) {
-        if (collectable(n)) {
-            n->visit = listed;
-            work.push_back(n);
-        }
+        if (collectable(n) && n->references <= 0) work.push_back(n);
     });
     while (!work.empty()) {
         bdd_node* n = work.back();
@@ -366,11 +354,10 @@ void bddpp_manager::Bdd_gc() {
         bdd_node* kids[2] = {n->then_node, n->else_node};
         Map_suppress(n);
         delete n;
+        // A node with its two links on one child let go of it twice.
+        if (kids[1] == kids[0]) kids[1] = nullptr;
         for (bdd_node* k : kids)
-            if (collectable(k)) {
-                k->visit = listed;
-                work.push_back(k);
-            }
+            if (collectable(k) && k->references == 0) work.push_back(k);
     }
     gc_calls++;
 }
@@ -384,12 +371,11 @@ void bddpp_manager::Bdd_clear_marks(bdd_node* node) {
         return;
     }
     std::vector<bdd_node*> stack{node};
-    unsigned epoch = node->manager->next_visit();
+    std::unordered_set<const bdd_node*> seen;
     while (!stack.empty()) {
         bdd_node* n = stack.back();
         stack.pop_back();
-        if (n->visit == epoch) continue;
-        n->visit = epoch;
+        if (!seen.insert(n).second) continue;
         n->mark = 0;
         if (n->id < 0) continue;
         if (n->then_node) stack.push_back(n->then_node);

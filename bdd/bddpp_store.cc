@@ -11,6 +11,7 @@
 #include <iostream>
 #include <new>
 #include <tuple>
+#include <unordered_set>
 
 const char* Bdd_version() { return "4.7"; }
 
@@ -132,7 +133,7 @@ bdd_node::~bdd_node() {
         if (then_node) then_node->references--;
         if (else_node) else_node->references--;
     }
-    delete depends_;
+    if (manager && !manager->depends_sets.empty()) manager->depends_sets.erase(this);
 }
 
 bool bdd_node::operator==(const bdd_node& other) const {
@@ -142,22 +143,25 @@ bool bdd_node::operator==(const bdd_node& other) const {
 
 const std::vector<long>& bdd_node::depends() const {
     static const std::vector<long> none;
-    if (depends_) return *depends_;
     if (!manager || id < 0) return none;
+    auto& sets = manager->depends_sets;
+    auto known = sets.find(this);
+    if (known != sets.end()) return known->second;
     // One walk of the cone; a node below that already knows its set gives
     // it whole. Only the asked node keeps the result.
     std::vector<long> ids;
     std::vector<const bdd_node*> stack{this};
-    unsigned epoch = manager->next_visit();
+    std::unordered_set<const bdd_node*> seen;
     while (!stack.empty()) {
         const bdd_node* n = stack.back();
         stack.pop_back();
-        if (n->visit == epoch) continue;
-        const_cast<bdd_node*>(n)->visit = epoch;
-        if (n->id < 0) continue;
-        if (n != this && n->depends_) {
-            ids.insert(ids.end(), n->depends_->begin(), n->depends_->end());
-            continue;
+        if (!seen.insert(n).second || n->id < 0) continue;
+        if (n != this) {
+            auto below = sets.find(n);
+            if (below != sets.end()) {
+                ids.insert(ids.end(), below->second.begin(), below->second.end());
+                continue;
+            }
         }
         ids.push_back(n->id);
         if (n->else_node) stack.push_back(n->else_node);
@@ -165,8 +169,7 @@ const std::vector<long>& bdd_node::depends() const {
     }
     std::sort(ids.begin(), ids.end());
     ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
-    depends_ = new std::vector<long>(std::move(ids));
-    return *depends_;
+    return sets[this] = std::move(ids);
 }
 
 bool bdd_node::depends_on_id(long v) const {
@@ -181,12 +184,11 @@ bool bdd_node::is_correct() const {
     if (!manager) return false;
     bddpp_manager* m = manager;
     std::vector<const bdd_node*> stack{this};
-    unsigned epoch = m->next_visit();
+    std::unordered_set<const bdd_node*> seen;
     while (!stack.empty()) {
         const bdd_node* n = stack.back();
         stack.pop_back();
-        if (n->visit == epoch) continue;
-        const_cast<bdd_node*>(n)->visit = epoch;
+        if (!seen.insert(n).second) continue;
         if (!n->manager) return false;
         if (n->id >= 0 && n->id < m->variables_number) {
             const bdd_node* kids[2] = {n->then_node, n->else_node};

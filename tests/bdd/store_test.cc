@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -459,6 +460,32 @@ TEST(BddStore, CollectionKeepsReferencedConesAndFreesChains) {
     m.Bdd_gc();
     EXPECT_EQ(m.map->size(), 6u);
     for (const bdd& v : x) EXPECT_TRUE(m.Bdd_is_var(v));
+
+    // x0 xor (x1 and x2) is a node whose two links go to one child, which
+    // thus loses two references at once.
+    {
+        bdd both = m.Bdd_and(x[1], x[2]);
+        bdd x_or = m.Bdd_xor(x[0], both);
+        ASSERT_EQ(x_or.node()->then_node, both.node());
+        ASSERT_EQ(x_or.node()->else_node, both.node());
+    }
+    m.Bdd_gc();
+    EXPECT_EQ(m.map->size(), 6u);
+    EXPECT_EQ(x[2].node()->references, 1) << "only its handle is left";
+    long before = m.next_global_id;
+    bdd made_again = m.Bdd_and(x[1], x[2]);
+    EXPECT_EQ(made_again.node()->global_id, before) << "collected, so made anew";
+    // Every freed node is handed out once: fresh functions get as many
+    // distinct nodes.
+    std::vector<bdd> fresh{made_again};
+    for (int i = 0; i + 1 < 6; ++i) {
+        fresh.push_back(m.Bdd_or(x[i], x[i + 1]));
+        fresh.push_back(m.Bdd_and(m.Bdd_not(x[i]), x[i + 1]));
+    }
+    std::set<bdd_node*> nodes;
+    for (const bdd& f : fresh) nodes.insert(f.node());
+    EXPECT_EQ(nodes.size(), fresh.size());
+    EXPECT_TRUE(m.Bdd_is_correct(made_again));
 }
 
 TEST(BddStore, CopiedManagerHasTheVariablesOnly) {
