@@ -237,7 +237,7 @@ private:
     std::size_t home(std::size_t hash) const { return hash >> shift; }
     void grow();
     entry* slots;
-    std::size_t capacity; // a power of two, at least twice count
+    std::size_t capacity; // a power of two, at most three quarters full
     std::size_t count;
     int shift;            // 64 - log2(capacity): a key's home is its hash's top bits
 };

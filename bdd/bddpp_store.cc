@@ -222,7 +222,7 @@ bdd_node* bdd_unique_table::find(long id, int else_link_type, bdd_node* then_nod
 }
 
 void bdd_unique_table::insert_absent(bdd_node* node, std::size_t hash) {
-    if (2 * (count + 1) > capacity) grow();
+    if (4 * (count + 1) > 3 * capacity) grow();
     const std::size_t mask = capacity - 1;
     std::size_t i = home(hash);
     while (slots[i].node) i = (i + 1) & mask;
