@@ -2,20 +2,11 @@
 // garbage collection, marks and the ternary decision tree.
 
 #include "bdd/bddpp.h"
+#include "support/Stringpp.h"
 
 #include <cstdlib>
 #include <iostream>
 #include <unordered_set>
-
-namespace {
-
-std::string substitute_char(std::string s, char from, char to) {
-    for (char& c : s)
-        if (c == from) c = to;
-    return s;
-}
-
-}  // namespace
 
 // ------------------------------------------------------------------ lifecycle
 
