@@ -27,6 +27,15 @@ void Compilation::fatal(const std::string& text)
 {
     fl_show_Salert(text);
     std::cerr << text << std::endl;
+    exitFailure(text);
+}
+
+void (*Compilation::FatalHook)(const std::string& text) = nullptr;
+
+void Compilation::exitFailure(const std::string& text)
+{
+    if (FatalHook != nullptr)
+        FatalHook(text);
     std::exit(1);
 }
 

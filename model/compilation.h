@@ -1,6 +1,7 @@
 #ifndef TARN_MODEL_COMPILATION_H
 #define TARN_MODEL_COMPILATION_H
 
+#include <list>
 #include <map>
 #include <ostream>
 #include <string>
@@ -69,6 +70,12 @@ public:
 
     // Fatal functions: show the text, write it on the error stream, exit 1.
     [[noreturn]] static void fatal(const std::string& text);
+    // The end of every fatal path once its text is written: FatalHook, when
+    // set, gets the text and may throw (a fuzzing harness does, to go on
+    // with the next input); if it returns, or is not set, the process ends
+    // with status 1.
+    static void (*FatalHook)(const std::string& text);
+    [[noreturn]] static void exitFailure(const std::string& text);
     [[noreturn]] static void ModulePertFailureException();
     [[noreturn]] static void IllegalOperationException(std::string s);
     [[noreturn]] static void AbstractMethodCallException(std::string s);
@@ -80,6 +87,23 @@ public:
 
     // Text of HashTableAddException, for callers and tests.
     static std::string hashTableAddText(const std::string& table, const std::string& key);
+
+    // The compiled-module reader's entries for the source compiler (defined
+    // with the reader). zkc_parse reads `file` with the authorised lists of
+    // inputs and outputs (null or empty: any) and returns the module, or
+    // null after "ERROR during loading file : " or "File: <file> does not
+    // exist" on the error stream.
+    static Module* zkc_parse(std::string& file, std::string& hierarchy, std::list<std::string>* inputs,
+                             std::list<std::string>* outputs);
+    // zkc_parse of the file getZkcFileName finds for `name`.
+    static Module* createModuleFromZkcCode(std::string name, std::list<std::string>* inputs = nullptr,
+                                          std::list<std::string>* outputs = nullptr);
+    // First file of Module::CompilationFileList whose first line (at most
+    // 256 characters) contains `module`; empty when none does.
+    static std::string getZkcFileName(std::string module);
+    // The number behind the module's name in that line; -1 when no file
+    // matches.
+    static int getReincarnateFromZkcFile(std::string module);
 };
 
 #endif

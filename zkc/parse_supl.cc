@@ -1,5 +1,7 @@
 #include "zkc/parse_supl.h"
 
+#include "model/compilation.h"
+
 #include <FlexLexer.h>
 
 #include <iostream>
@@ -10,8 +12,7 @@ class_zkc_parser::class_zkc_parser() { pzkc_parser = this; }
 
 int class_zkc_parser::parse(std::fstream& log_stream, int level, std::string& suffix_text)
 {
-    std::string none;
-    return parse(log_stream, level, suffix_text, none);
+    return parse(log_stream, level, suffix_text, *Compilation::EmptyString);
 }
 
 int class_zkc_parser::parse(std::fstream& log_stream, int level, std::string& suffix_text,
@@ -19,6 +20,8 @@ int class_zkc_parser::parse(std::fstream& log_stream, int level, std::string& su
 {
     log = &log_stream;
     trace_level = level;
+    // The wood is the one of the module that the header makes.
+    wood = nullptr;
     suffix = suffix_text;
     hierarchy = hierarchy_text;
     // The actions use the global, not this object: parse through the parser
@@ -57,4 +60,10 @@ void zkc_trace(int rule, int alternative, const std::string& text)
     if (pzkc_parser == nullptr || pzkc_parser->log == nullptr)
         return;
     zkc_debuger_law(rule, alternative, text.c_str(), pzkc_parser->trace_level, *pzkc_parser->log);
+}
+
+void zkc_fatal(const std::string& text)
+{
+    std::cerr << text << std::endl;
+    Compilation::exitFailure(text);
 }
