@@ -1,33 +1,86 @@
-// Feeds arbitrary bytes to the .zkc scanner and parser. A parse may only
-// succeed or report; it must not crash or hang.
+// Feeds arbitrary bytes to the .zkc reader: scanner, parser and every
+// semantic action down to the dated module. A read may succeed or end
+// cleanly (a syntax error, or a fatal message that ends the program with
+// status 1); it must not crash, hang or blow the stack.
+//
+// Fatal paths would end the process. Compilation's fatal path is turned
+// into an exception through Compilation::FatalHook; the few direct calls of
+// exit in the lower layers are caught by wrapping exit at link time
+// (-Wl,--wrap=exit) and jumping back here. Both leave the half-read module
+// behind, which is what the program would have done by ending.
 
+#include "model/compilation.h"
+#include "model/module.h"
+#include "wood/Bddexpression.h"
 #include "zkc/parse_supl.h"
 #include "zkc/zkc_scanner.h"
 
+#include <csetjmp>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <sstream>
 #include <string>
 
-// Semantic values are never freed by design (the process ends first), so
-// leak reports say nothing here.
+// Semantic values and modules are never freed by design (the process ends
+// first), so leak reports say nothing here.
 extern "C" const char* __asan_default_options() { return "detect_leaks=0"; }
+
+namespace {
+
+struct fatal_end {};
+
+bool reading = false;
+std::jmp_buf exit_jump;
+
+void throw_on_fatal(const std::string&) { throw fatal_end{}; }
+
+}  // namespace
+
+extern "C" void __real_exit(int status);
+
+// Only exits made while an input is read come back here; libFuzzer's own
+// exits go through.
+extern "C" void __wrap_exit(int status)
+{
+    if (reading)
+        std::longjmp(exit_jump, 1);
+    __real_exit(status);
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static std::fstream log("/dev/null", std::ios::out);
-    static bool quiet = [] {
-        std::cerr.setstate(std::ios::failbit);  // syntax errors are expected
+    static bool ready = [] {
+        std::cerr.setstate(std::ios::failbit);  // messages are expected
+        Compilation::FatalHook = throw_on_fatal;
         return true;
     }();
-    (void)quiet;
+    (void)ready;
     std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));
-    class_zkc_parser parser;
-    zkcFlexLexer lexer(&in, &log);
-    parser.scanner = &lexer;
+    // Left alive on purpose: a jump out of the read skips destructors.
+    auto* parser = new class_zkc_parser();
+    auto* lexer = new zkcFlexLexer(&in, &log);
+    parser->scanner = lexer;
     std::string suffix;
-    parser.parse(log, 1, suffix);
+    reading = true;
+    if (setjmp(exit_jump) == 0) {
+        try {
+            parser->parse(log, 1, suffix);
+        } catch (const fatal_end&) {
+        }
+    }
+    reading = false;
+    // The wood holds the bulk of a module (its manager's tables); the rest
+    // is small and left.
+    if (parser->module != nullptr)
+        delete parser->module->getBddWood();
+    for (parsed_nodes_class* line : parser->parsed_nodes_table)
+        delete line;
+    for (auto& entry : parser->sparse_nodes)
+        delete entry.second;
+    delete lexer;
     return 0;
 }
