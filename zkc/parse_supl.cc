@@ -27,7 +27,9 @@ int class_zkc_parser::parse(std::fstream& log_stream, int level, std::string& su
     // The actions use the global, not this object: parse through the parser
     // being run even if another was built in between.
     pzkc_parser = this;
-    return zkcparse();
+    int result = zkcparse();
+    log->flush();
+    return result;
 }
 
 int class_zkc_parser::lineno() const { return scanner ? scanner->lineno() : 0; }
@@ -52,7 +54,9 @@ void zkc_debuger_law(int rule, int alternative, const char* text, int level, std
     log << rule;
     if (alternative != 1)
         log << "," << alternative;
-    log << " --> " << text << std::endl;
+    // One write per line would cost more than the read of a large file:
+    // the log is flushed when the parse ends, or before a fatal end.
+    log << " --> " << text << '\n';
 }
 
 void zkc_trace(int rule, int alternative, const std::string& text)
@@ -64,6 +68,8 @@ void zkc_trace(int rule, int alternative, const std::string& text)
 
 void zkc_fatal(const std::string& text)
 {
+    if (pzkc_parser != nullptr && pzkc_parser->log != nullptr)
+        pzkc_parser->log->flush();
     std::cerr << text << std::endl;
     Compilation::exitFailure(text);
 }

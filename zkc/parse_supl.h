@@ -248,7 +248,8 @@ int zkcparse();
 int zkclex();
 // "line N: text" on the error stream, N being the scanner's line.
 void zkcerror(const char* text);
-// Writes "rule[,alternative] --> text" to the log when level is 1.
+// Writes "rule[,alternative] --> text" and a line end to the log when level
+// is 1. The log is flushed at the end of the parse, not at each line.
 void zkc_debuger_law(int rule, int alternative, const char* text, int level, std::ostream& log);
 // zkc_debuger_law on the current parser's log and level.
 void zkc_trace(int rule, int alternative, const std::string& text);

@@ -32,12 +32,7 @@ void class_zkc_parser::module_header(const std::string& name, long reincarnate_n
     finalised = finalised_number != 0;
 }
 
-void class_zkc_parser::append_signal(Signal* s)
-{
-    signals.push_back(s);
-    // The register lines take the last signal of a name.
-    by_internal_name[s->getInternalName()] = s;
-}
+void class_zkc_parser::append_signal(Signal* s) { signals.push_back(s); }
 
 Signal* class_zkc_parser::declare_signal(const std::string& name, const std::string* type)
 {
@@ -115,6 +110,12 @@ void class_zkc_parser::end_locals()
 
 void class_zkc_parser::register_line(const std::string& next_name, const std::string& actual_name, long initial_number)
 {
+    // The signals read so far by internal name, the last of a name winning
+    // as in a search to the end of the list. Built at the first register
+    // line: no signal is declared between the register lines.
+    if (by_internal_name.empty())
+        for (Signal* s : signals)
+            by_internal_name[s->getInternalName()] = s;
     Signal* next = nullptr;
     Signal* actual = nullptr;
     auto n = by_internal_name.find(next_name + suffix);

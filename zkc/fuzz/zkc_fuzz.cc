@@ -11,6 +11,8 @@
 
 #include "model/compilation.h"
 #include "model/module.h"
+#include "model/signal.h"
+#include "model/signal_manager.h"
 #include "wood/Bddexpression.h"
 #include "zkc/parse_supl.h"
 #include "zkc/zkc_scanner.h"
@@ -73,14 +75,24 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
     }
     reading = false;
-    // The wood holds the bulk of a module (its manager's tables); the rest
-    // is small and left.
-    if (parser->module != nullptr)
-        delete parser->module->getBddWood();
+    // The program never frees a module; over millions of inputs the target
+    // must, or it runs out of memory: the wood with its manager, the
+    // signals and their references, the node lines. Lists and data
+    // expressions are small and left.
+    if (Module* m = parser->module) {
+        delete m->getBddWood();
+        for (auto& entry : m->getSignalManager()->getSignalRefs())
+            delete entry.second;
+        delete m->getSignalManager();
+    }
+    for (Signal* s : parser->signals)
+        delete s;
     for (parsed_nodes_class* line : parser->parsed_nodes_table)
         delete line;
     for (auto& entry : parser->sparse_nodes)
         delete entry.second;
+    delete parser->bindings;
+    delete parser;
     delete lexer;
     return 0;
 }
