@@ -254,7 +254,10 @@ void class_zkc_parser::node_line(long id, long var, long then_id, long else_id, 
         std::cerr << "detecting bad indice about parsed_nodes_table[]! skipping ..." << std::endl;
         return;
     }
-    auto* line = new parsed_nodes_class(var, then_id, else_id, static_cast<int>(link));
+    // A link other than 1 or -1 is kept as 0, which the build refuses,
+    // rather than cut to an int that might read as a valid one.
+    int else_link = link == 1 || link == -1 ? static_cast<int>(link) : 0;
+    auto* line = new parsed_nodes_class(var, then_id, else_id, else_link);
     long size = static_cast<long>(parsed_nodes_table.size());
     // Files number their lines from 0 upward: the table grows with them. An
     // id far ahead of the lines read goes to the map instead of a huge table.
@@ -311,8 +314,8 @@ bdd_node* parsed_nodes_class::build(bddpp_manager* manager, const class_zkc_pars
         if (n->var_id < 0 || n->var_id >= manager->variables_number)
             zkc_fatal("internal error in parsed_nodes_class::build(): no variable " + std::to_string(n->var_id));
         if (n->else_link_type != 1 && n->else_link_type != -1)
-            zkc_fatal("internal error in parsed_nodes_class::build(): bad link " +
-                      std::to_string(n->else_link_type));
+            zkc_fatal("internal error in parsed_nodes_class::build(): else link neither 1 nor -1 on variable " +
+                      std::to_string(n->var_id));
         bdd then_handle(manager, 1, children[0]);
         bdd else_handle(manager, n->else_link_type, children[1]);
         bdd variable = manager->Bdd_var_by_index(n->var_id);
