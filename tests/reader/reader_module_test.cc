@@ -105,6 +105,7 @@ TEST(ReaderModule, RegisterLinesFindAnySignalReadSoFar)
         {"an input as next", "input: i ; local: r ; register: i r 0;", "r", "i", 0},
         {"initial above one is read as 0", "local: n r ; register: n r 5;", "r", "n", 0},
         {"negative initial passes", "local: n r ; register: n r -2;", "r", "n", -2},
+        {"of two signals of a name, the later", "input: x ; output: x ; local: n ; register: n x 0;", "x", "n", 0},
     };
     for (const auto& c : cases) {
         read_result r = read_zkc("module: m 0 0 " + c.text + " connexion: S R T; equation_def: 0 expressions: end:");
@@ -116,6 +117,7 @@ TEST(ReaderModule, RegisterLinesFindAnySignalReadSoFar)
         EXPECT_EQ(reg->next_var()->getOriginalName(), c.next) << c.what;
         EXPECT_EQ(reg->is_initialy_true(), c.initial) << c.what;
         EXPECT_TRUE(reg->actual_var()->isRegister()) << c.what;
+        EXPECT_FALSE(reg->actual_var()->isInput()) << c.what;
     }
     read_result warned = read_zkc("module: m 0 0 local: n r ; register: n r 2; connexion: S R T; "
                                   "equation_def: 0 expressions: end:");
