@@ -67,10 +67,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     auto* lexer = new zkcFlexLexer(&in, &log);
     parser->scanner = lexer;
     std::string suffix;
+    // With ZKC_FUZZ_FINALIZE set in the environment, a module read is also
+    // finalised, as the program does next.
+    static const bool finalise = std::getenv("ZKC_FUZZ_FINALIZE") != nullptr;
     reading = true;
     if (setjmp(exit_jump) == 0) {
         try {
-            parser->parse(log, 1, suffix);
+            if (parser->parse(log, 1, suffix) == 0 && finalise && parser->module != nullptr)
+                parser->module->finalize(0);
         } catch (const fatal_end&) {
         }
     }
