@@ -95,11 +95,6 @@ struct evalnodeparse {
     long tableident = 0;  // constant index or linked line (types 0 and 1)
     long methodident = -1;  // method index or "%%" code (types 2 and 3)
     std::list<long> arguments;
-    // Which arguments were written "$" n. Such a number names evaluation
-    // line n like any other; only where that line is being evaluated
-    // already, so that reading it would never end, is it taken for what the
-    // mark says, constant n.
-    std::vector<bool> immediate;
 
     void set_arguments(const std::list<std::pair<long, bool>>& written);
 

@@ -35,12 +35,11 @@ const char* evalnodeparse::type_word(int type)
 
 void evalnodeparse::set_arguments(const std::list<std::pair<long, bool>>& written)
 {
+    // A "$" mark on an argument is not kept: the number names an
+    // evaluation line like any other, as the writer lays the table out.
     arguments.clear();
-    immediate.clear();
-    for (const auto& [number, marked] : written) {
-        arguments.push_back(number);
-        immediate.push_back(marked);
-    }
+    for (const auto& written_argument : written)
+        arguments.push_back(written_argument.first);
 }
 
 std::ostream& operator<<(std::ostream& os, const evalnodeparse& n)
@@ -157,7 +156,6 @@ DataExpr* binding_declaration_parse::dataexpr(const evalnodeparse& root, Module*
     struct frame {
         const evalnodeparse* node;
         std::vector<long> reads;  // lines read, in operand order
-        std::vector<bool> immediate;  // of each read
         std::size_t next;
         std::vector<DataExpr*> args;
     };
@@ -176,7 +174,7 @@ DataExpr* binding_declaration_parse::dataexpr(const evalnodeparse& root, Module*
         if (++expanded > budget)
             zkc_fatal("binding_declaration_parse::dataexpr: evaluation table expands beyond " +
                       std::to_string(budget) + " nodes");
-        frame f{&n, {}, {}, 0, {}};
+        frame f{&n, {}, 0, {}};
         switch (n.nodetype) {
         case evalnodeparse::CONSTANT:
             break;
@@ -185,7 +183,6 @@ DataExpr* binding_declaration_parse::dataexpr(const evalnodeparse& root, Module*
             break;
         case evalnodeparse::METHOD:
             f.reads.assign(n.arguments.begin(), n.arguments.end());
-            f.immediate = n.immediate;
             break;
         case evalnodeparse::PREDEFINED: {
             long op = n.methodident % DataExpr::NbPredefOp;
@@ -194,7 +191,6 @@ DataExpr* binding_declaration_parse::dataexpr(const evalnodeparse& root, Module*
             // A signal value's numbers are variables, not lines.
             if (op != DataExpr::SignalVal) {
                 f.reads.assign(n.arguments.begin(), n.arguments.end());
-                f.immediate = n.immediate;
             }
             break;
         }
@@ -210,15 +206,7 @@ DataExpr* binding_declaration_parse::dataexpr(const evalnodeparse& root, Module*
         if (top.next < top.reads.size()) {
             std::size_t k = top.next++;
             long id = top.reads[k];
-            const evalnodeparse& line = get_evalnode(id);
-            if (k < top.immediate.size() && top.immediate[k] && on_path.count(&line) != 0) {
-                evalnodeparse constant;
-                constant.nodeident = id;
-                constant.tableident = id;
-                top.args.push_back(leaf_or_null(constant));
-                continue;
-            }
-            enter(line);
+            enter(get_evalnode(id));
             continue;
         }
         DataExpr* value = leaf_or_null(*top.node);
