@@ -181,6 +181,10 @@ public:
     void DEBUG_put(std::ostream& os);
     // " name: over(id),under(id)" and a line end.
     void DEBUG_OneSignal_put(std::ostream& os, Signal* s);
+    // The compiled-module (.zkc) file; nothing without a wood. With
+    // `forgetNames` not zero locals and register lines carry numbers in
+    // place of names. The two other arguments do not change the layout.
+    void ZKC_put(std::ostream& out, int, int, int forgetNames);
     // ---- end generators ----
 
     // Class-wide settings of the source compiler and the simulator.
