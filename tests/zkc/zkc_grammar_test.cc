@@ -81,7 +81,7 @@ TEST(ZkcGrammar, AcceptsEveryFormTheFileMayTake)
         {"bindings with every evaluation form",
          "module: m 0 0 input: a : t ; output: b : t c : t ; connexion: S R T; " + empty_wood +
              "binding: (2, 3): value: 0; (4, 5): value: 1 clock: (0, 1); end:\n"
-             "evaltable: 0: $0; 1: %0(2, $1); 2: %%14(0, 1); 3: 2; 4: %%5(); end:\n"
+             "evaltable: 0: $0; 1: %0(2, $0); 2: %%14(0, 1); 3: 2; 4: %%5(); end:\n"
              "data: type: t; method: t f(t, t); constant: t zero \"0\"; t one \"1\"; end:"},
         {"empty binding and evaluation tables", head + empty_wood + "binding: end: evaltable: end:"},
         {"types only", head + empty_wood + "data: type: end:"},
