@@ -185,6 +185,15 @@ public:
     // `forgetNames` not zero locals and register lines carry numbers in
     // place of names. The two other arguments do not change the layout.
     void ZKC_put(std::ostream& out, int, int, int forgetNames);
+    // BLIF netlist. Valued signals are reported and their presence kept;
+    // the int is not read.
+    void BLIF_put(std::ostream& os, int suppressWires);
+    // C code file `c` and its header `h`.
+    void C_put(std::ostream& c, std::ostream& h);
+    // The reaction's equations in earliest order over the node array
+    // `nodeArray`, with value assignments of abstract and clocked bindings.
+    // Names in `outputs` are assigned through their pointer.
+    void C_put_equation(std::ostream& os, const std::string& nodeArray, const std::set<std::string>& outputs);
     // ---- end generators ----
 
     // Class-wide settings of the source compiler and the simulator.

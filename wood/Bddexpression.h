@@ -20,6 +20,22 @@
 
 class Bddexpressionwood;
 
+// ---- targets ----
+// What a target gives to print one boolean equation: its words for a plain
+// copy, for the nodes of a right member, and for the assignment of the
+// root's slot. The rule that chooses between them is Bddexpression's.
+class EquationForm {
+public:
+    virtual ~EquationForm() = default;
+    // `var` takes the variable `x` as it stands.
+    virtual void copy(std::ostream& out, const std::string& var, const std::string& x) const = 0;
+    // The nodes of the cone of `root` that are not marked yet; they get marked.
+    virtual void nodes(std::ostream& out, bddpp_manager* manager, bdd_node* root) const = 0;
+    // `var` takes the slot of the node of global id `root`, negated or not.
+    virtual void root(std::ostream& out, const std::string& var, long root, bool negated) const = 0;
+};
+// ---- end targets ----
+
 // Ordered-set helpers; each returns a new set.
 std::set<long> set_union(const std::set<long>& a, const std::set<long>& b);
 std::set<long> set_inter(const std::set<long>& a, const std::set<long>& b);
@@ -151,6 +167,19 @@ public:
     // prefix "_" global_id; prints only unmarked nodes.
     void put_doc(std::ostream& out, std::string prefix);
     // ---- end integration and text ----
+
+    // ---- targets ----
+    // Nothing unless both members are initialised; a plain variable is
+    // copied, anything else goes node by node and then through the root.
+    void put_equation(std::ostream& out, const EquationForm& form);
+    // The equation as BLIF covers: the nodes of the right member not yet
+    // marked, each a multiplexer named prefix "_" global_id, then the cover
+    // of the defined variable. Nothing for an uninitialised member.
+    void put_blif(std::ostream& out, const std::string& prefix);
+    // The equation as C statements over the node array `array`; a variable
+    // in `outputs` is written through its pointer. No line end at the end.
+    void put_c(std::ostream& out, const std::string& array, const std::set<std::string>& outputs);
+    // ---- end targets ----
 };
 
 // The wood: all equations of a module over one manager, with the readers
@@ -363,6 +392,15 @@ public:
                        const std::string* source);
     // ---- end integration and text ----
 
+    // ---- targets ----
+    // Clears the marks of the manager once and gives the equations of the
+    // filled slots in earliest order. Printing them in a row without
+    // clearing again writes a node shared by several equations once.
+    std::vector<Bddexpression*> earliest_equations();
+    // Every equation in earliest order as BLIF covers, marks cleared once,
+    // so that a node shared by several equations is written once.
+    void Put_blif(std::ostream& out, const std::string& prefix);
+    // ---- end targets ----
 };
 
 long PERT(Bddexpressionwood* wood);

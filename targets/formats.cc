@@ -1,0 +1,49 @@
+// Shared pieces of the generators.
+
+#include "targets/formats.h"
+
+#include "data/data.h"
+#include "model/messages.h"
+#include "wood/Bddexpression.h"
+
+#include <iostream>
+
+namespace formats {
+
+std::string varName(Module* m, long index)
+{
+    return m->getBddWood()->Name_var_by_index(index);
+}
+
+DataBinding* bindingOfVariable(Module* m, long index)
+{
+    if (m->getDataTable() == nullptr || m->getDataTable()->empty())
+        return nullptr;
+    SignalRef* ref = m->getSignalManager()->getSignalRefById(index, m->getBddWood());
+    if (ref == nullptr)
+        return nullptr;
+    return m->getBinding(ref->getCurrentName());
+}
+
+std::string memorisedSource(Module* m, memorizedSignal* pair, const std::string& outputMark)
+{
+    Signal* actual = pair->getActual();
+    if (actual->isLocal())
+        return varName(m, actual->getInitialOverBddId(m, m->getBddWood()));
+    return (actual->isOutput() ? outputMark : std::string()) + actual->getOriginalName();
+}
+
+void warn(const std::string& text)
+{
+    fl_show_Smessages(text);
+    std::cerr << text << std::endl;
+}
+
+void fail(const std::string& text)
+{
+    fl_show_Smessages(text);
+    std::cerr << text << std::endl;
+    Compilation::exitFailure(text);
+}
+
+} // namespace formats

@@ -1,0 +1,42 @@
+#ifndef TARN_TARGETS_FORMATS_H
+#define TARN_TARGETS_FORMATS_H
+
+// What the generators share beyond the equation rule of the wood
+// (Bddexpression::put_equation, Bddexpressionwood::earliest_equations): the
+// names a target reads off a module, the binding that follows an equation,
+// the source of a memorised latch or copy, and the reports.
+
+#include "model/module.h"
+
+#include <ostream>
+#include <string>
+
+class DataBinding;
+class Bddexpression;
+
+namespace formats {
+
+// The manager's name of the variable `index` of the module's wood.
+std::string varName(Module* m, long index);
+
+// The binding looked up under the name of the signal whose wire is the
+// variable `index`; null when the module has no binding, when no signal
+// owns the variable or when nothing is bound under its name.
+DataBinding* bindingOfVariable(Module* m, long index);
+
+// The text a memorised pair reads: the variable of the actual signal's
+// first occurrence for a local, its declared name otherwise, led by
+// `outputMark` for an output.
+std::string memorisedSource(Module* m, memorizedSignal* pair, const std::string& outputMark);
+
+// A warning through the message dialog and on the error stream; the run
+// goes on.
+void warn(const std::string& text);
+
+// The message dialog and the error stream, then the end of the process
+// with status 1.
+[[noreturn]] void fail(const std::string& text);
+
+} // namespace formats
+
+#endif

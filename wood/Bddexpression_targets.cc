@@ -1,0 +1,111 @@
+// Equations as target text: the one rule shared by every target that
+// prints node by node, and the BLIF and C words for it.
+//
+// Marks are cleared once per pass (earliest_equations) and never between
+// equations: a node printer marks what it writes, so a node shared by two
+// equations is written once, at the first one that needs it.
+
+#include "wood/Bddexpression.h"
+
+#include <ostream>
+
+std::vector<Bddexpression*> Bddexpressionwood::earliest_equations()
+{
+    std::vector<Bddexpression*> result;
+    if (bdd_manager == nullptr)
+        return result;
+    bdd_manager->Bdd_global_clear_marks();
+    std::list<long> order = earliest_sort();
+    result.reserve(order.size());
+    for (long index : order) {
+        if (index < 0 || index >= nb_bdd_vars)
+            continue;
+        if (Bddexpression* e = exp_table[index])
+            result.push_back(e);
+    }
+    return result;
+}
+
+void Bddexpression::put_equation(std::ostream& out, const EquationForm& form)
+{
+    if (!Bddexpressionwood::bdd_initialised(bdd_var) || !Bddexpressionwood::bdd_initialised(bdd_exp))
+        return;
+    bddpp_manager* manager = bdd_exp.manager_ref();
+    std::string var = manager->Name_var_by_bdd(bdd_var);
+    if (manager->Bdd_is_var(bdd_exp)) {
+        form.copy(out, var, manager->Name_var_by_bdd(bdd_exp));
+        return;
+    }
+    form.nodes(out, manager, bdd_exp.node());
+    form.root(out, var, bdd_node_global_id(bdd_exp), bdd_link_type(bdd_exp) != 1);
+}
+
+namespace {
+
+// Each node is a multiplexer cover; nets are prefix "_" global_id.
+class BlifForm : public EquationForm {
+public:
+    explicit BlifForm(const std::string& prefix) : prefix(prefix) {}
+    void copy(std::ostream& out, const std::string& var, const std::string& x) const override
+    {
+        out << ".names " << x << " " << var << "\n1 1\n";
+    }
+    void nodes(std::ostream& out, bddpp_manager* manager, bdd_node* root) const override
+    {
+        manager->Print_node_for_eval_BLIF("", "", prefix, out, root);
+    }
+    void root(std::ostream& out, const std::string& var, long root, bool negated) const override
+    {
+        out << ".names " << prefix << "_" << root << " " << var << "\n" << (negated ? "0 1" : "1 1") << "\n";
+    }
+
+private:
+    const std::string& prefix;
+};
+
+// C statements over one node array; outputs are reached through their
+// pointer, hence the "*" in the place of the third blank.
+class CForm : public EquationForm {
+public:
+    CForm(const std::string& array, const std::set<std::string>& outputs) : array(array), outputs(outputs) {}
+    void copy(std::ostream& out, const std::string& var, const std::string& x) const override
+    {
+        out << lhs(var) << "= " << x << ";";
+    }
+    void nodes(std::ostream& out, bddpp_manager* manager, bdd_node* root) const override
+    {
+        manager->Print_node_for_eval(" || ", " && ", "!", "", "", "", "0", ";", "   ", array, out, root);
+    }
+    void root(std::ostream& out, const std::string& var, long root, bool negated) const override
+    {
+        out << lhs(var) << "= " << (negated ? "!" : "") << array << "[" << root << "];";
+    }
+
+private:
+    std::string lhs(const std::string& var) const
+    {
+        return (outputs.count(var) != 0 ? "  *" : "   ") + var;
+    }
+    const std::string& array;
+    const std::set<std::string>& outputs;
+};
+
+} // namespace
+
+void Bddexpression::put_blif(std::ostream& out, const std::string& prefix)
+{
+    put_equation(out, BlifForm(prefix));
+}
+
+void Bddexpression::put_c(std::ostream& out, const std::string& array, const std::set<std::string>& outputs)
+{
+    put_equation(out, CForm(array, outputs));
+}
+
+void Bddexpressionwood::Put_blif(std::ostream& out, const std::string& prefix)
+{
+    for (Bddexpression* e : earliest_equations()) {
+        e->put_blif(out, prefix);
+        out << "\n";
+    }
+}
