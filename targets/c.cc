@@ -292,8 +292,9 @@ void Module::C_put_equation(std::ostream& os, const std::string& nodeArray, cons
         }
         e->put_c(os, nodeArray, outputs);
         os << "\n";
-        // A clock receives the value as soon as its guard is known.
-        DataBinding* binding = formats::bindingOfVariable(this, index);
+        // A clock receives the value as soon as the presence of the bound
+        // signal, its guard, is known.
+        DataBinding* binding = formats::bindingOfPresence(this, index);
         if (binding == nullptr || binding->getClock() == nullptr)
             continue;
         Signal* clock = binding->getClock();

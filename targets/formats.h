@@ -19,10 +19,11 @@ namespace formats {
 // The manager's name of the variable `index` of the module's wood.
 std::string varName(Module* m, long index);
 
-// The binding looked up under the name of the signal whose wire is the
-// variable `index`; null when the module has no binding, when no signal
-// owns the variable or when nothing is bound under its name.
-DataBinding* bindingOfVariable(Module* m, long index);
+// The binding looked up under the name of the signal whose presence (over
+// wire) is the variable `index`; null when the module has no binding, when
+// `index` is no signal's over wire or when nothing is bound under its name.
+// The under wire gets nothing: a value follows the signal's presence.
+DataBinding* bindingOfPresence(Module* m, long index);
 
 // The text a memorised pair reads: the variable of the actual signal's
 // first occurrence for a local, its declared name otherwise, led by
