@@ -70,8 +70,9 @@ void Module::BLIF_put(std::ostream& os, int)
     }
     os << "\n";
 
-    if (registers != nullptr && !registers->empty()) {
-        for (regclass* r : *registers)
+    std::vector<regclass*> regs = formats::registers(this);
+    if (!regs.empty()) {
+        for (regclass* r : regs)
             os << ".latch " << r->next_var()->getOverName(this) << " " << r->actual_var()->getOverName(this) << " "
                << r->is_initialy_true() << " \n";
         os << "\n";
@@ -79,18 +80,16 @@ void Module::BLIF_put(std::ostream& os, int)
 
     // A port cannot drive a latch directly: a buffer "<name>_latch" stands
     // between them. Memorised latches always start at 0.
-    if (memorized != nullptr) {
-        for (memorizedSignal* pair : *memorized) {
-            Signal* actual = pair->getActual();
-            bool port = !actual->isLocal() && (actual->isInput() || actual->isOutput());
-            os << ".latch " << formats::memorisedSource(this, pair, "") << (port ? "_latch" : "") << " "
-               << pair->getPre()->getOriginalName() << " 0\n";
-            if (port)
-                os << ".names " << actual->getOriginalName() << " " << actual->getOriginalName() << "_latch\n"
-                   << " 1 1\n";
-            if (pair->getPre()->isValued(this))
-                refuseValued(pair->getPre());
-        }
+    for (memorizedSignal* pair : formats::memorised(this)) {
+        Signal* actual = pair->getActual();
+        bool port = !actual->isLocal() && (actual->isInput() || actual->isOutput());
+        os << ".latch " << formats::memorisedSource(this, pair, "") << (port ? "_latch" : "") << " "
+           << pair->getPre()->getOriginalName() << " 0\n";
+        if (port)
+            os << ".names " << actual->getOriginalName() << " " << actual->getOriginalName() << "_latch\n"
+               << " 1 1\n";
+        if (pair->getPre()->isValued(this))
+            refuseValued(pair->getPre());
     }
 
     wood->Put_blif(os, name + "_node");

@@ -71,14 +71,16 @@ void Module::C_put(std::ostream& c, std::ostream& h)
         return;
     }
 
-    bool hasRegisters = registers != nullptr && !registers->empty();
-    bool hasPre = memorized != nullptr && !memorized->empty();
+    std::vector<regclass*> regs = formats::registers(this);
+    std::vector<memorizedSignal*> pres = formats::memorised(this);
+    bool hasRegisters = !regs.empty();
+    bool hasPre = !pres.empty();
 
     if (hasRegisters) {
         c << "/* global state variables */\n"
           << "int ";
         bool first = true;
-        for (regclass* r : *registers) {
+        for (regclass* r : regs) {
             c << (first ? "" : ",") << r->actual_var()->getOverName(this);
             first = false;
         }
@@ -86,7 +88,7 @@ void Module::C_put(std::ostream& c, std::ostream& h)
     }
     if (hasPre) {
         c << "/* global pre variables */\n";
-        for (memorizedSignal* pair : *memorized) {
+        for (memorizedSignal* pair : pres) {
             Signal* pre = pair->getPre();
             c << "int " << name << "_" << pre->getOriginalName() << ";\n";
             if (pre->isValued(this))
@@ -99,12 +101,12 @@ void Module::C_put(std::ostream& c, std::ostream& h)
     c << "void " << name << "_reset_automaton()" << "{\n";
     if (hasRegisters) {
         c << "  /* global state variables initialisation */\n";
-        for (regclass* r : *registers)
+        for (regclass* r : regs)
             c << "  " << r->actual_var()->getOverName(this) << "= " << (r->is_initialy_true() ? 1 : 0) << ";\n";
     }
     if (hasPre) {
         c << "  /* pre variables initialisation */\n";
-        for (memorizedSignal* pair : *memorized) {
+        for (memorizedSignal* pair : pres) {
             Signal* pre = pair->getPre();
             c << "  " << name << "_" << pre->getOriginalName() << "= 0;\n";
             if (pre->isValued(this) && pre->getInitialOverBddId(this, wood) != -1) {
@@ -169,12 +171,10 @@ void Module::C_put(std::ostream& c, std::ostream& h)
         for (Signal* s : *inputs)
             if (s->getOverBddId(this, wood) != -1)
                 locals_used.erase(s->getInitialOverBddId(this, wood));
-    if (memorized != nullptr)
-        for (memorizedSignal* pair : *memorized)
+    for (memorizedSignal* pair : pres)
             if (pair->getPre()->getOverBddId(this, wood) != -1)
                 locals_used.erase(pair->getPre()->getInitialOverBddId(this, wood));
-    if (registers != nullptr)
-        for (regclass* r : *registers)
+    for (regclass* r : regs)
             locals_used.erase(r->actual_var()->getOverBddId(this, wood));
     if (outputs != nullptr)
         for (Signal* s : *outputs) {
@@ -205,7 +205,7 @@ void Module::C_put(std::ostream& c, std::ostream& h)
             }
 
     if (hasPre) {
-        for (memorizedSignal* pair : *memorized) {
+        for (memorizedSignal* pair : pres) {
             Signal* pre = pair->getPre();
             const std::string& p = pre->getOriginalName();
             c << "  int " << p << "= " << name << "_" << p << ";\n";
@@ -257,13 +257,13 @@ void Module::C_put(std::ostream& c, std::ostream& h)
 
     if (hasRegisters) {
         c << "\n  /* refresh registers */\n";
-        for (regclass* r : *registers)
+        for (regclass* r : regs)
             c << "  " << r->actual_var()->getOverName(this) << "= " << r->next_var()->getOverName(this) << ";\n";
         c << "\n";
     }
     if (hasPre) {
         c << "  /* refresh global pre variables */\n";
-        for (memorizedSignal* pair : *memorized) {
+        for (memorizedSignal* pair : pres) {
             Signal* pre = pair->getPre();
             std::string source = formats::memorisedSource(this, pair, "*");
             c << "  " << name << "_" << pre->getOriginalName() << "= " << source << ";\n";

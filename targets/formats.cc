@@ -33,6 +33,26 @@ std::string memorisedSource(Module* m, memorizedSignal* pair, const std::string&
     return (actual->isOutput() ? outputMark : std::string()) + actual->getOriginalName();
 }
 
+std::vector<regclass*> registers(Module* m)
+{
+    std::vector<regclass*> result;
+    if (m->getRegisterList() != nullptr)
+        for (regclass* r : *m->getRegisterList())
+            if (r != nullptr && r->actual_var() != nullptr && r->next_var() != nullptr)
+                result.push_back(r);
+    return result;
+}
+
+std::vector<memorizedSignal*> memorised(Module* m)
+{
+    std::vector<memorizedSignal*> result;
+    if (m->getPreSignalList() != nullptr)
+        for (memorizedSignal* pair : *m->getPreSignalList())
+            if (pair != nullptr && pair->getPre() != nullptr && pair->getActual() != nullptr)
+                result.push_back(pair);
+    return result;
+}
+
 void warn(const std::string& text)
 {
     fl_show_Smessages(text);

@@ -10,6 +10,7 @@
 
 #include <ostream>
 #include <string>
+#include <vector>
 
 class DataBinding;
 class Bddexpression;
@@ -29,6 +30,12 @@ DataBinding* bindingOfPresence(Module* m, long index);
 // first occurrence for a local, its declared name otherwise, led by
 // `outputMark` for an output.
 std::string memorisedSource(Module* m, memorizedSignal* pair, const std::string& outputMark);
+
+// The registers and memorised pairs that a generator can print: a null
+// entry, which the reader leaves for a register or pair of an undeclared
+// signal, is passed over instead of dereferenced.
+std::vector<regclass*> registers(Module* m);
+std::vector<memorizedSignal*> memorised(Module* m);
 
 // A warning through the message dialog and on the error stream; the run
 // goes on.

@@ -152,3 +152,30 @@ TEST(Blif, NoWoodEndsTheRunWithStatusOne)
 }
 
 } // namespace
+
+namespace {
+
+// The reader leaves a null register for an undeclared signal and a pair
+// without actual signal; generation passes over them.
+TEST(Blif, UndeclaredRegisterAndPairAreLeftOut)
+{
+    TargetModule t;
+    Signal* o = t.output("o");
+    t.eq(o, t.mgr->Bdd_one());
+    t.m.addRegisterSignal(t.local("r"), t.local("n"), 0);
+    t.m.getRegisterList()->push_back(nullptr);
+    t.m.addPreSignal(new Signal("p", &t.m, t.wood), o, "");
+    t.m.getPreSignalList()->push_back(new memorizedSignal(new Signal("q", &t.m, t.wood), nullptr, ""));
+    t.date();
+    std::string text = blif(t);
+    EXPECT_NE(text.find(".latch _s_n _s_r 0 \n\n.latch o_latch p 0\n.names o o_latch\n 1 1\n.names"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(text.find(" q "), std::string::npos) << text;
+    std::ostringstream c, h;
+    t.m.C_put(c, h);
+    EXPECT_NE(c.str().find("  m_p= *o;\n\n}"), std::string::npos) << c.str();
+    EXPECT_EQ(c.str().find("m_q"), std::string::npos) << c.str();
+}
+
+} // namespace
