@@ -67,29 +67,6 @@ TEST(Blif, SharedNodeIsWrittenOnceAndAPlainVariableIsABuffer)
                        "\n.end\n\n");
 }
 
-TEST(Blif, ElseLinkNotComplementedReadsTheLowNetAsItIs)
-{
-    TargetModule t;
-    Signal* x = t.input("x");
-    Signal* y = t.input("y");
-    Signal* o = t.output("o");
-    bdd either = t.mgr->Bdd_or(t.over(x), t.over(y));
-    t.eq(o, either);
-    t.date();
-    std::string text = blif(t);
-    std::string row = "11- 1\n0-1 1\n";
-    std::string cover = ".names m_node_" + std::to_string(t.id(either)) + " _s_o\n" +
-                        (bdd_link_type(either) == 1 ? "1 1\n" : "0 1\n");
-    EXPECT_NE(text.find(cover), std::string::npos) << text;
-    // x or y is either ite(x, 1, y) or its complement; whichever the
-    // package keeps, the multiplexer of x reads the y net through a
-    // positive or a negative low link consistently with the root cover.
-    if (bdd_link_type(either) == 1)
-        EXPECT_NE(text.find("0-1 1\n"), std::string::npos) << text;
-    else
-        EXPECT_NE(text.find("0-0 1\n"), std::string::npos) << text;
-}
-
 TEST(Blif, ValuedSignalsAreReportedOnceEachAndTheFileIsComplete)
 {
     TargetModule t;
