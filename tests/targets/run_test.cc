@@ -78,14 +78,4 @@ TEST(TarnRun, BlifAndCAreAnnouncedInOrderSourceBeforeHeader)
     EXPECT_NE(c.find("  *o= " + slot + ";\n"), std::string::npos) << c;
 }
 
-TEST(TarnRun, ATargetWithoutGeneratorClaimsNoFile)
-{
-    TarnRun run("-blif -vhdl");
-    EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_NE(run.out.find("/k.blif\n"), std::string::npos) << run.out;
-    EXPECT_EQ(run.out.find("/k.c\n"), std::string::npos) << run.out;
-    if (run.out.find("/k.vhd\n") == std::string::npos)
-        EXPECT_EQ(slurp(run.dir + "/k.vhd"), "<missing>");
-}
-
 } // namespace
