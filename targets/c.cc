@@ -77,14 +77,15 @@ void Module::C_put(std::ostream& c, std::ostream& h)
     bool hasPre = !pres.empty();
 
     if (hasRegisters) {
+        // One declaration, a name per line aligned under the first.
         c << "/* global state variables */\n"
           << "int ";
         bool first = true;
         for (regclass* r : regs) {
-            c << (first ? "" : ",") << r->actual_var()->getOverName(this);
+            c << (first ? "" : ",\n    ") << r->actual_var()->getOverName(this);
             first = false;
         }
-        c << "\n    ;\n\n";
+        c << ";\n\n";
     }
     if (hasPre) {
         c << "/* global pre variables */\n";

@@ -51,8 +51,7 @@ TEST(C, WholeUnitWithRegisterAndMemorisedOutput)
                         "#define true (!false)\n"
                         "\n"
                         "/* global state variables */\n"
-                        "int _s_r\n"
-                        "    ;\n"
+                        "int _s_r;\n"
                         "\n"
                         "/* global pre variables */\n"
                         "int m_p;\n"
@@ -103,6 +102,33 @@ TEST(C, WithoutStateTheResetBodyIsEmpty)
     EXPECT_NE(code.find("#define true (!false)\n\nvoid m_reset_automaton(){\n}\n\n"), std::string::npos) << code;
     EXPECT_EQ(code.find("/*  global"), std::string::npos);
     EXPECT_EQ(code.find("refresh"), std::string::npos) << code;
+}
+
+TEST(C, RegistersShareOneDeclarationAndRefreshAfterTheEquations)
+{
+    TargetModule t;
+    Signal* o = t.output("o");
+    Signal* r = t.local("r");
+    Signal* n = t.local("n");
+    Signal* r2 = t.local("r2");
+    Signal* n2 = t.local("n2");
+    t.m.addRegisterSignal(r, n, 0);
+    t.m.addRegisterSignal(r2, n2, 1);
+    t.eq(o, t.over(r2));
+    t.eq(n, t.over(r2));
+    t.eq(n2, t.over(r));
+    t.date();
+    std::string code = cput(t).code;
+    EXPECT_NE(code.find("/* global state variables */\nint _s_r,\n    _s_r2;\n\nvoid m_reset_automaton(){\n"
+                        "  /* global state variables initialisation */\n  _s_r= 0;\n  _s_r2= 1;\n}\n\n"),
+              std::string::npos)
+        << code;
+    // Actual variables are state, not locals; next variables are locals.
+    EXPECT_EQ(code.find("  int _s_r;"), std::string::npos) << code;
+    EXPECT_NE(code.find("  int _s_n;\n  int _s_n2;\n"), std::string::npos) << code;
+    EXPECT_NE(code.find("   _s_n2= _s_r;\n\n  /* refresh registers */\n  _s_r= _s_n;\n  _s_r2= _s_n2;\n\n}\n"),
+              std::string::npos)
+        << code;
 }
 
 // Inputs: name, valued, bound under its declared name. Outputs the same.
