@@ -66,7 +66,7 @@ void Module::C_put(std::ostream& c, std::ostream& h)
                 os << "\n";
             }
 
-    if (wood == nullptr) {
+    if (wood == nullptr || wood->my_bdd_manager() == nullptr) {
         h << "#endif\n";
         return;
     }
@@ -281,6 +281,8 @@ void Module::C_put(std::ostream& c, std::ostream& h)
 
 void Module::C_put_equation(std::ostream& os, const std::string& nodeArray, const std::set<std::string>& outputs)
 {
+    if (wood == nullptr)
+        return;
     for (Bddexpression* e : wood->earliest_equations()) {
         long index = e->own_index();
         std::string var = e->my_bddname();

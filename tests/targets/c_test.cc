@@ -131,6 +131,16 @@ TEST(C, RegistersShareOneDeclarationAndRefreshAfterTheEquations)
         << code;
 }
 
+TEST(C, WithoutWoodTheHeaderStillCloses)
+{
+    TargetModule t;
+    t.input("a");
+    t.m.setBddWood(nullptr);
+    CText out = cput(t);
+    EXPECT_EQ(out.header, "#ifndef m_H\n#define m_H\n#endif\n");
+    EXPECT_EQ(out.code, "#include \"m.h\"\n#define false 0\n#define true (!false)\n\n");
+}
+
 // Inputs: name, valued, bound under its declared name. Outputs the same.
 struct Port {
     char kind;
