@@ -141,6 +141,43 @@ TEST(C, WithoutWoodTheHeaderStillCloses)
     EXPECT_EQ(out.code, "#include \"m.h\"\n#define false 0\n#define true (!false)\n\n");
 }
 
+TEST(C, DataDeclarationsSplitBetweenHeaderAndCode)
+{
+    TargetModule t;
+    t.eq(t.output("o"), t.mgr->Bdd_one());
+    t.date();
+    DataTypeTable types;
+    types.addType("integer");
+    types.addType("bool_t");
+    DataMethodTable methods;
+    methods.addMethod(new MethodDecl(new std::string("integer"), new std::string("add"),
+                                     new std::list<std::string>{"integer", "integer"}));
+    DataConstantTable constants;
+    constants.addConstant(new ConstantDecl("integer", "limit"));
+    constants.addConstant(new ConstantDecl(
+        "integer", "zero", new std::map<int, DataExpr*>{{TLanguage::C, new DataValue("0", "integer")}}));
+    Compilation::GDataTypeTable = &types;
+    Compilation::GDataMethodTable = &methods;
+    Compilation::GDataConstantTable = &constants;
+    CText out = cput(t);
+    Compilation::GDataTypeTable = nullptr;
+    Compilation::GDataMethodTable = nullptr;
+    Compilation::GDataConstantTable = nullptr;
+    EXPECT_EQ(out.header, "#ifndef m_H\n#define m_H\n"
+                          "#include \"C_data_user_bool_t.h\"\n"
+                          "#include \"C_data_user_integer.h\"\n"
+                          "extern const bool_t zero_bool_t;\n"
+                          "extern const integer zero_integer;\n"
+                          "extern integer add(integer, integer);\n\n"
+                          "extern const integer limit;\n"
+                          "extern void m_reset_automaton();\n"
+                          "extern void m_automaton(int* _s_o);\n"
+                          "#endif\n");
+    std::string head = "#include \"m.h\"\n#define false 0\n#define true (!false)\n\n"
+                       "const integer zero = 0;\nvoid m_reset";
+    EXPECT_EQ(out.code.substr(0, head.size()), head);
+}
+
 // Inputs: name, valued, bound under its declared name. Outputs the same.
 struct Port {
     char kind;
