@@ -261,7 +261,10 @@ TEST(C, ClockedAndAbstractBindings)
     Signal* s = t.valued(t.local("s"));
     Signal* u = t.valued(t.local("u"));
     Signal* v = t.valued(t.local("v"));
+    Signal* s2 = t.valued(t.local("s2"));
     t.m.addSignalBinding(new DataValue("42", "integer"), s, k);
+    t.m.addSignalBinding(new DataValue("45", "integer"), s2, k);
+    t.eq(s2, t.mgr->Bdd_not(t.over(x)));
     t.m.addSignalBinding(new DataValue("43", "integer"), u, c);
     t.m.addSignalBinding(new DataValue("44", "integer"), v);
     t.eq(s, t.over(x));
@@ -291,6 +294,10 @@ TEST(C, ClockedAndAbstractBindings)
               std::string::npos)
         << code;
     EXPECT_EQ(code.find("if (! *_s_c)"), std::string::npos) << code;
+    // Two bindings on one output clock: two guarded values, one zeroing.
+    EXPECT_NE(code.find("   if (_s_s2) \n   {\n         *_s_k_val = copy_integer(45);\n   }\n"), std::string::npos)
+        << code;
+    EXPECT_EQ(code.find("if (! *_s_k)"), code.rfind("if (! *_s_k)"));
 }
 
 TEST(C, AbstractEquationWithoutBindingEndsTheRun)
