@@ -61,6 +61,8 @@ void Module::C_put(std::ostream& c, std::ostream& h)
     if (Compilation::GDataConstantTable != nullptr)
         if (std::list<ConstantDecl*>* constants = Compilation::GDataConstantTable->getConstantList())
             for (ConstantDecl* k : *constants) {
+                if (k == nullptr)
+                    continue;
                 std::ostream& os = k->getValueTable() == nullptr ? h : c;
                 k->C_put(os, this);
                 os << "\n";
