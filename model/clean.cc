@@ -101,6 +101,7 @@ void Module::suppress_useless_registers()
     if (wood == nullptr || registers == nullptr)
         return;
     auto* kept = new std::list<regclass*>;
+    Bddexpressionwood::ReductionRun run;
     for (regclass* r : *registers) {
         if (r == nullptr || r->next_var() == nullptr || r->actual_var() == nullptr)
             passFault("suppress_useless_registers", "register of an undeclared signal");
@@ -130,7 +131,7 @@ void Module::suppress_useless_registers()
         }
         bdd literal = r->is_initialy_true() != 0 ? actual : wood->Bdd_not(actual);
         std::list<int> kinds = keptKinds(false);
-        wood->reduce_expressions(literal, kinds);
+        wood->reduce_expressions(literal, kinds, run);
     }
     // The signals of a dropped register stay listed as locals, flagged
     // register, which is how clean_locals and finalize still treat them.

@@ -339,6 +339,18 @@ public:
     void clean(std::set<long>& keep);
     void reduce_expressions(bdd cube, std::list<int>& keep);
     void reduce_expressions(bdd cube);
+    // What a run of restrictions carries from one call to the next: once
+    // the tables are exact, the constant equations that already have a
+    // reader and the abstract equations that still hold a BDD.
+    struct ReductionRun {
+        bool exact = false;
+        std::set<long> leftover;
+        std::set<long> abstract_with_bdd;
+    };
+    // reduce_expressions(cube, keep) with the same result, nodes and texts,
+    // at a cost that follows the readers of the cube's variables once the
+    // first call of the run has made the tables exact.
+    void reduce_expressions(bdd cube, std::list<int>& keep, ReductionRun& run);
     void reduce_expressions_when_var_forgotten_by_exist_op(long var);
     void reduce_expressions_when_var_forgotten_by_forall_op(long var);
     long reduce_proposition_by_variable();

@@ -385,8 +385,7 @@ void Bddexpressionwood::useless_local(long var)
 
 // ------------------------------------------------------------------- clean
 
-template <class Keep>
-static void clean_wood(Bddexpressionwood& wood, const Keep& keep)
+static void clean_wood(Bddexpressionwood& wood, const std::set<long>& keep)
 {
     for (auto it = wood.exp_ids.begin(); it != wood.exp_ids.end();) {
         long i = *it;
@@ -399,7 +398,7 @@ static void clean_wood(Bddexpressionwood& wood, const Keep& keep)
             ++it;
             continue;
         }
-        if (std::find(keep.begin(), keep.end(), i) != keep.end()) {
+        if (keep.count(i) != 0) {
             ++it;
             continue;
         }
@@ -451,6 +450,73 @@ void Bddexpressionwood::reduce_expressions(bdd cube, std::list<int>& keep)
     bddpp_manager* m = bdd_manager;
     rewrite_all(*this, [m, &cube](const bdd& f) { return m->Bdd_reduce(f, cube); });
     constants_propagation(keep);
+}
+
+// With exact tables an equation outside the readers of the cube's
+// variables has a support disjoint from the cube, so the restriction gives
+// it back unchanged without creating a node, and its tables do not move;
+// only abstract equations may hold a BDD that their dependances do not
+// describe. After the rewrite the tables are exact again, the candidates
+// of the propagation are the previous ones plus what the rewrite touched,
+// and the rebuild that ends the propagation is the repair of what it
+// touched.
+void Bddexpressionwood::reduce_expressions(bdd cube, std::list<int>& keep, ReductionRun& run)
+{
+    if (!run.exact) {
+        reduce_expressions(cube, keep);
+        run.exact = true;
+        run.leftover.clear();
+        run.abstract_with_bdd.clear();
+        for (long i : exp_ids) {
+            if (constant_candidate(i))
+                run.leftover.insert(i);
+            Bddexpression* e = (i >= 0 && i < nb_bdd_vars) ? exp_table[i] : nullptr;
+            if (e != nullptr && e->abstraction != 0 && initialised(e->bdd_exp))
+                run.abstract_with_bdd.insert(i);
+        }
+        return;
+    }
+
+    std::set<long> rewritten = run.abstract_with_bdd;
+    if (initialised(cube))
+        for (long v : bdd_manager->set_of_index_depend_on(cube))
+            if (v >= 0 && v < nb_bdd_vars)
+                rewritten.insert(amont_table[v].begin(), amont_table[v].end());
+
+    // The own index counts among the used variables, so the rewrite's
+    // bookkeeping misses a reader entry an equation holds on itself; the
+    // repair at the end settles every membership of the rewritten ones.
+    Touched touched;
+    std::set<long> candidates = run.leftover;
+    for (long i : rewritten) {
+        Bddexpression* e = (i >= 0 && i < nb_bdd_vars) ? exp_table[i] : nullptr;
+        if (e == nullptr || exp_ids.count(i) == 0 || !initialised(e->bdd_exp))
+            continue;
+        std::set<long> before = e->set_of_index_used_variables();
+        e->bdd_exp = bdd_manager->Bdd_reduce(e->bdd_exp, cube);
+        e->build_normal_dependances();
+        std::set<long> after = e->set_of_index_used_variables();
+        candidates.insert(i);
+        touched[i].insert(before.begin(), before.end());
+        if (before == after)
+            continue;
+        for (long v : set_priv(after, before)) {
+            amont_table[v].insert(i);
+            candidates.insert(v);
+        }
+        for (long v : set_priv(before, after))
+            amont_table[v].erase(i);
+    }
+    for (auto it = candidates.begin(); it != candidates.end();)
+        it = constant_candidate(*it) ? std::next(it) : candidates.erase(it);
+
+    std::set<long> removed;
+    propagate_constants(candidates, keep, removed, &touched);
+    for (long i : removed) {
+        exp_ids.erase(i);
+        run.abstract_with_bdd.erase(i);
+    }
+    run.leftover = repair_readers(touched);
 }
 
 void Bddexpressionwood::reduce_expressions(bdd cube)
