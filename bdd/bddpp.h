@@ -247,7 +247,7 @@ public:
     long variables_number;
     long variables_capacity;  // size of the five tables by id or index
     long next_global_id;
-    std::vector<std::string> var_names; // by id
+    std::vector<std::string> var_names; // by id; written only by the manager's own functions
     std::vector<bdd_node*> node_by_id;  // the variable's own node, by id
     std::vector<long> index_by_id;
     std::vector<long> id_by_index;
@@ -609,6 +609,15 @@ private:
     void computed_clear();
     void computed_resize();
     void release_operator_tables();
+    void set_var_name(long id, const std::string& name);
+    void drop_names_index();
+    long lowest_id_named(const std::string& name);
+
+    // Current names to the ids holding them, for Rename_var's lookups;
+    // built on its first use, kept by set_var_name, dropped by the passes
+    // that rewrite every name.
+    std::unordered_map<std::string, std::set<long>> ids_by_current_name;
+    bool names_indexed = false;
 
     std::vector<apply_frame>* apply_stack = nullptr;
     computed_entry* computed = nullptr;

@@ -69,7 +69,7 @@ bdd_node* bddpp_manager::new_variable(const std::string& name, long index, bool 
     auto known = id_by_name.find(name);
     if (known != id_by_name.end()) return node_by_id[known->second];
     long id = variables_number;
-    var_names[id] = name;
+    set_var_name(id, name);
     id_by_name[name] = id;
     bdd_node* node = new bdd_node(this, id, -1, one, one, next_global_id);
     node_by_id[id] = node;
@@ -218,19 +218,48 @@ long bddpp_manager::Index_var_by_bdd(const bdd& f) { return Bdd_if_index(f); }
 
 // ------------------------------------------------------------------- renaming
 
+void bddpp_manager::set_var_name(long id, const std::string& name) {
+    if (names_indexed) {
+        auto old = ids_by_current_name.find(var_names[id]);
+        if (old != ids_by_current_name.end()) {
+            old->second.erase(id);
+            if (old->second.empty()) ids_by_current_name.erase(old);
+        }
+        ids_by_current_name[name].insert(id);
+    }
+    var_names[id] = name;
+}
+
+void bddpp_manager::drop_names_index() {
+    ids_by_current_name.clear();
+    names_indexed = false;
+}
+
+// The lowest id below variables_number whose current name is `name`, or -1:
+// what a scan of the ids in ascending order finds first.
+long bddpp_manager::lowest_id_named(const std::string& name) {
+    if (!names_indexed) {
+        for (long id = 0; id < variables_capacity; ++id) ids_by_current_name[var_names[id]].insert(id);
+        names_indexed = true;
+    }
+    auto found = ids_by_current_name.find(name);
+    if (found == ids_by_current_name.end() || found->second.empty()) return -1;
+    long id = *found->second.begin();
+    return id < variables_number ? id : -1;
+}
+
 void bddpp_manager::Rename_var(const std::string& new_name, const std::string& old_name) {
-    for (long id = 0; id < variables_number; ++id)
-        if (var_names[id] == new_name) {
-            std::cerr << "in bdd_manager::Rename_var(): " << "WARNING " << new_name
-                      << " ALREADY DEFINED !" << std::endl
-                      << "renaming process aborted ..." << std::endl;
-            return;
-        }
-    for (long id = 0; id < variables_number; ++id)
-        if (var_names[id] == old_name) {
-            var_names[id] = new_name;
-            return;
-        }
+    if (lowest_id_named(new_name) >= 0) {
+        std::cerr << "in bdd_manager::Rename_var(): " << "WARNING " << new_name
+                  << " ALREADY DEFINED !" << std::endl
+                  << "renaming process aborted ..." << std::endl;
+        return;
+    }
+    long id = lowest_id_named(old_name);
+    if (id >= 0) {
+        set_var_name(id, new_name);
+        return;
+    }
     std::cerr << "in bdd_manager::Rename_var(): " << "WARNING " << old_name
               << " NOT FOUND !" << std::endl
               << "renaming process aborted ..." << std::endl;
@@ -243,15 +272,17 @@ void bddpp_manager::Change_name_by_index(long index, const std::string& name) {
 
 void bddpp_manager::Change_name_by_id(long id, const std::string& name) {
     if (id < 0 || id >= variables_capacity) return;
-    var_names[id] = name;
+    set_var_name(id, name);
 }
 
 void bddpp_manager::Replace_char_in_all_names(char from, char to) {
+    drop_names_index();
     for (long id = 0; id < variables_number; ++id)
         if (!var_names[id].empty()) var_names[id] = substitute_char(var_names[id], from, to);
 }
 
 void bddpp_manager::No_begin_underscore_name() {
+    drop_names_index();
     for (long id = 0; id < variables_number; ++id)
         if (!var_names[id].empty() && var_names[id][0] == '_')
             var_names[id] = "v" + var_names[id];

@@ -213,6 +213,23 @@ TEST(BddStore, RenamingRewritesNamesButNotTheCreationNames) {
     EXPECT_EQ(m.Name_var_by_id(1), "v_s_k_l");
     EXPECT_EQ(m.Name_var_by_id(0), "");
     EXPECT_EQ(m.Id_var_by_name("t"), 1);
+
+    // Renaming after the other writers sees the names they left: the
+    // lookups stay those of a scan from the lowest id.
+    m.Rename_var("w", "v_s_k_l");
+    EXPECT_EQ(m.Name_var_by_id(1), "w");
+    m.Rename_var("v_s_k_l", "");
+    EXPECT_EQ(m.Name_var_by_id(0), "v_s_k_l") << "a freed name can be taken again";
+    m.Change_name_by_id(0, "w");
+    m.Rename_var("q", "w");
+    EXPECT_EQ(m.Name_var_by_id(0), "q") << "two ids of one name: the lowest goes";
+    EXPECT_EQ(m.Name_var_by_id(1), "w");
+    for (int k = 0; k < 40; ++k)
+        m.New_var_last("n" + std::to_string(k)); // the tables grow
+    m.Rename_var("r", "n39");
+    EXPECT_EQ(m.Name_var_by_id(41), "r");
+    EXPECT_EQ(captured([&] { m.Rename_var("s", "n39"); }),
+              "in bdd_manager::Rename_var(): WARNING n39 NOT FOUND !\nrenaming process aborted ...\n");
 }
 
 TEST(BddStore, HandlesCountReferences) {
