@@ -116,9 +116,37 @@ bdd_node* bddpp_manager::Bdd_cube_reduce(int link, bdd_node* f, int cube_link, b
         std::exit(1);
     }
     if (cube == one) return f;
-    std::vector<int> literals(variables_number > 0 ? variables_number : 1);
-    Bdd_node_to_literals(cube_link, cube, literals.data());
-    return Bdd_cube_reduce(link, f, literals.data(), result_link);
+    // The table of literals is the manager's, all 2 between calls: only
+    // the cube's own entries are written and put back, so a call costs the
+    // cube and the walk, not the number of variables.
+    if (cube_literals_busy) {
+        std::vector<int> literals(variables_number > 0 ? variables_number : 1);
+        Bdd_node_to_literals(cube_link, cube, literals.data());
+        return Bdd_cube_reduce(link, f, literals.data(), result_link);
+    }
+    if (static_cast<long>(cube_literals.size()) < variables_number) cube_literals.resize(variables_number, 2);
+    std::vector<long> written;
+    int l = cube_link;
+    for (bdd_node* n = cube;;) {
+        long index = Node_index(n);
+        written.push_back(index);
+        if (n->then_node != one) {
+            cube_literals[index] = 1;
+            n = n->then_node;
+        } else if (n->else_node != one) {
+            cube_literals[index] = 0;
+            l *= n->else_link_type;
+            n = n->else_node;
+        } else {
+            cube_literals[index] = l == 1 ? 1 : 0;
+            break;
+        }
+    }
+    cube_literals_busy = true;
+    bdd_node* r = Bdd_cube_reduce(link, f, cube_literals.data(), result_link);
+    cube_literals_busy = false;
+    for (long index : written) cube_literals[index] = 2;
+    return r;
 }
 
 // No test of the two results for equality: a variable above the cube's

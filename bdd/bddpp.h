@@ -618,6 +618,9 @@ private:
     // that rewrite every name.
     std::unordered_map<std::string, std::set<long>> ids_by_current_name;
     bool names_indexed = false;
+    // Bdd_cube_reduce's table of literals by index: 2 everywhere between calls.
+    std::vector<int> cube_literals;
+    bool cube_literals_busy = false;
 
     std::vector<apply_frame>* apply_stack = nullptr;
     computed_entry* computed = nullptr;
