@@ -2,7 +2,9 @@
 
 #include "wood/Bddexpression.h"
 
+#include <algorithm>
 #include <iostream>
+#include <vector>
 
 namespace {
 
@@ -13,6 +15,24 @@ std::set<long> index_support(bddpp_manager* manager, const bdd& f)
 {
     if (manager == nullptr) return std::set<long>();
     return manager->set_of_index_depend_on(f);
+}
+
+// deps becomes the index support of f. Most rebuilds find the set as it
+// was, so it is compared first and rebuilt only when it differs.
+void refresh_support(std::set<long>& deps, bddpp_manager* manager, const bdd& f)
+{
+    if (f.manager_ref() != manager || f.node() == nullptr) {
+        deps = index_support(manager, f);
+        return;
+    }
+    static std::vector<long> indexes;
+    indexes.clear();
+    for (long id : f.node()->depends())
+        indexes.push_back(manager->index_by_id[id]);
+    std::sort(indexes.begin(), indexes.end());
+    if (deps.size() == indexes.size() && std::equal(indexes.begin(), indexes.end(), deps.begin()))
+        return;
+    deps = std::set<long>(indexes.begin(), indexes.end());
 }
 
 } // namespace
@@ -287,12 +307,12 @@ void Bddexpression::setBddexpressionwood(Bddexpressionwood* wd)
 void Bddexpression::internal_build_dependances()
 {
     if (abstraction == 0 && wood != nullptr && wood->bdd_manager != nullptr)
-        dependances = index_support(wood->bdd_manager, bdd_exp);
+        refresh_support(dependances, wood->bdd_manager, bdd_exp);
 }
 
 void Bddexpression::internal_build_dependances(bddpp_manager* manager)
 {
-    if (abstraction == 0 && manager != nullptr) dependances = index_support(manager, bdd_exp);
+    if (abstraction == 0 && manager != nullptr) refresh_support(dependances, manager, bdd_exp);
 }
 
 void Bddexpression::build_normal_dependances()
