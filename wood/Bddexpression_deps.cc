@@ -4,6 +4,9 @@
 
 #include "wood/Bddexpression.h"
 
+#include <algorithm>
+#include <vector>
+
 #include <iostream>
 
 std::set<long> set_union(const std::set<long>& a, const std::set<long>& b)
@@ -51,13 +54,33 @@ std::ostream& put_set(std::ostream& out, const std::set<long>& s)
 void Bddexpressionwood::internal_global_build_dependances()
 {
     // Readers declared by abstract constructors are lost here on purpose.
-    for (long i = 0; i < nb_bdd_vars; i++) amont_table[i].clear();
+    // The new reader lists are gathered first, ascending by construction,
+    // and a table entry is rewritten only where it differs: most of them
+    // come out as they were.
+    std::vector<long> count(nb_bdd_vars + 1, 0);
     for (long i = 0; i < nb_bdd_vars; i++) {
         Bddexpression* e = exp_table[i];
         if (e == nullptr) continue;
         if (e->abstraction == 0) e->internal_build_dependances();
         for (long d : e->dependances)
-            if (d >= 0 && d < nb_bdd_vars) amont_table[d].insert(i);
+            if (d >= 0 && d < nb_bdd_vars) count[d + 1]++;
+    }
+    for (long d = 0; d < nb_bdd_vars; d++) count[d + 1] += count[d];
+    std::vector<long> readers(count[nb_bdd_vars]);
+    std::vector<long> fill(count.begin(), count.end() - 1);
+    for (long i = 0; i < nb_bdd_vars; i++) {
+        Bddexpression* e = exp_table[i];
+        if (e == nullptr) continue;
+        for (long d : e->dependances)
+            if (d >= 0 && d < nb_bdd_vars) readers[fill[d]++] = i;
+    }
+    for (long d = 0; d < nb_bdd_vars; d++) {
+        auto first = readers.begin() + count[d];
+        auto last = readers.begin() + count[d + 1];
+        std::set<long>& table = amont_table[d];
+        if (table.size() == static_cast<std::size_t>(last - first) && std::equal(first, last, table.begin()))
+            continue;
+        table = std::set<long>(first, last);
     }
 }
 
