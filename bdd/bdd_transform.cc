@@ -18,6 +18,27 @@ struct Linked {
     bdd_node* node;
 };
 
+// Walks a cube from its top node down its one non-terminal branch and
+// hands each variable's index and value (1 or 0) to `set`.
+template <class Set>
+void for_each_literal(const bddpp_manager& m, int link, bdd_node* cube, Set set)
+{
+    for (bdd_node* n = cube;;) {
+        long index = m.Node_index(n);
+        if (n->then_node != m.one) {
+            set(index, 1);
+            n = n->then_node;
+        } else if (n->else_node != m.one) {
+            set(index, 0);
+            link *= n->else_link_type;
+            n = n->else_node;
+        } else {
+            set(index, link == 1 ? 1 : 0);
+            return;
+        }
+    }
+}
+
 } // namespace
 
 // ------------------------------------------------------------- dependence
@@ -126,22 +147,10 @@ bdd_node* bddpp_manager::Bdd_cube_reduce(int link, bdd_node* f, int cube_link, b
     }
     if (static_cast<long>(cube_literals.size()) < variables_number) cube_literals.resize(variables_number, 2);
     std::vector<long> written;
-    int l = cube_link;
-    for (bdd_node* n = cube;;) {
-        long index = Node_index(n);
+    for_each_literal(*this, cube_link, cube, [&](long index, int value) {
         written.push_back(index);
-        if (n->then_node != one) {
-            cube_literals[index] = 1;
-            n = n->then_node;
-        } else if (n->else_node != one) {
-            cube_literals[index] = 0;
-            l *= n->else_link_type;
-            n = n->else_node;
-        } else {
-            cube_literals[index] = l == 1 ? 1 : 0;
-            break;
-        }
-    }
+        cube_literals[index] = value;
+    });
     cube_literals_busy = true;
     bdd_node* r = Bdd_cube_reduce(link, f, cube_literals.data(), result_link);
     cube_literals_busy = false;
@@ -200,22 +209,7 @@ void bddpp_manager::Bdd_node_to_literals(int link, bdd_node* f, int* literals)
         }
         return;
     }
-    int l = link;
-    bdd_node* n = f;
-    for (;;) {
-        long index = Node_index(n);
-        if (n->then_node != one) {
-            literals[index] = 1;
-            n = n->then_node;
-        } else if (n->else_node != one) {
-            literals[index] = 0;
-            l *= n->else_link_type;
-            n = n->else_node;
-        } else {
-            literals[index] = l == 1 ? 1 : 0;
-            return;
-        }
-    }
+    for_each_literal(*this, link, f, [literals](long index, int value) { literals[index] = value; });
 }
 
 void bddpp_manager::Bdd_to_literals(const bdd& f, int* literals)
