@@ -107,6 +107,19 @@ void bddpp_manager::Present_variables(const bdd& f, int* present)
 
 bool bddpp_manager::exists_common_variables(const bdd& f, const bdd& g)
 {
+    if (f.manager_ref() == this && g.manager_ref() == this && f.node() != nullptr && g.node() != nullptr) {
+        // Both supports are sorted: one merge answers.
+        const std::vector<long>& a = f.node()->depends();
+        const std::vector<long>& b = g.node()->depends();
+        for (auto i = a.begin(), j = b.begin(); i != a.end() && j != b.end();) {
+            if (*i == *j) return true;
+            if (*i < *j)
+                ++i;
+            else
+                ++j;
+        }
+        return false;
+    }
     std::set<long> a = set_of_id_depend_on(f);
     std::set<long> b = set_of_id_depend_on(g);
     for (long id : a)
