@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -261,19 +262,35 @@ bdd bddpp_manager::Bdd_compose(const bdd& f, const bdd& v, const bdd& g)
 
 // Goes to the bottom of f whatever v's level: below v the nodes are only
 // rebuilt, which finds them again in the unique table.
+//
+// The walk follows paths, so a shared position is met again; nothing is
+// collected during the call, so a second meeting rebuilds from nodes that
+// all exist and makes none. The production path remembers each position's
+// result instead (the plain path does not), which changes no node and no
+// id.
 bdd bddpp_manager::Bdd_compose_loc(const bdd& f, const bdd& v, const bdd& g)
 {
     long v_index = Node_index(v.node());
+    bool memo = !plain_operators && f.manager_ref() == this;
+    std::unordered_map<const bdd_node*, bdd> done[2]; // by else-link parity of the position
+    auto slot = [](const bdd& x) { return x.link_type() == 1 ? 0 : 1; };
     auto leaf = [&](bdd& x, bdd& r) {
-        if (x.node() != nullptr && x.node() != one) return false;
+        if (x.node() != nullptr && x.node() != one) {
+            if (!memo) return false;
+            auto known = done[slot(x)].find(x.node());
+            if (known == done[slot(x)].end()) return false;
+            r = known->second;
+            return true;
+        }
         r = x;
         return true;
     };
     auto split = [&](const bdd& x) { return std::make_pair(Bdd_then(x), Bdd_else(x)); };
     auto join = [&](const bdd& x, bdd t, bdd e) {
         long index = Node_index(x.node());
-        if (index == v_index) return Bdd_ite(g, t, e);
-        return Bdd_ite(1, index, t, e);
+        bdd r = index == v_index ? Bdd_ite(g, t, e) : Bdd_ite(1, index, t, e);
+        if (memo) done[slot(x)].emplace(x.node(), r);
+        return r;
     };
     return bdd_walk::postorder<bdd, bdd>(f, leaf, split, join);
 }

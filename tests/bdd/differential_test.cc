@@ -92,7 +92,7 @@ struct twin_run {
         std::size_t i = pick(), j = pick(), k = pick();
         bdd rp, rf;
         table t;
-        switch (rng() % 8) {
+        switch (rng() % 9) {
             case 0:
                 rp = plain.Bdd_and(p[i], p[j]);
                 rf = fast.Bdd_and(f[i], f[j]);
@@ -128,6 +128,19 @@ struct twin_run {
                 rf = fast.Bdd_implication(f[i], f[j]);
                 t = ~truth[i] | truth[j];
                 break;
+            case 7: {
+                // Substitution walks paths; the production path remembers
+                // shared positions.
+                long index = static_cast<long>(rng() % plain.variables_number);
+                rp = plain.Bdd_compose(p[i], plain.Bdd_var_by_index(index), p[j]);
+                rf = fast.Bdd_compose(f[i], fast.Bdd_var_by_index(index), f[j]);
+                long id = plain.id_by_index[index];
+                for (std::size_t a = 0; a < t.size(); ++a) {
+                    std::size_t b = truth[j][a] ? (a | (std::size_t(1) << id)) : (a & ~(std::size_t(1) << id));
+                    t[a] = truth[i][b];
+                }
+                break;
+            }
             default: {
                 long index = static_cast<long>(rng() % plain.variables_number);
                 int link = rng() % 2 ? 1 : -1;
