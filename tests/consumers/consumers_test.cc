@@ -1,0 +1,323 @@
+// The generated texts read by real tools. For every pure module (the
+// examples and a few generated ones) the C is compiled with gcc and run by
+// a driver on random input traces, the BLIF is simulated over the same
+// traces by yosys (a sequential satisfiability run with every input fixed
+// at every step, which has exactly one model), and both must give, step by
+// step, the outputs of an evaluation of the finalised equations done here.
+
+#include "bdd/bddpp.h"
+#include "driver/tarn_run.h"
+#include "model/module.h"
+#include "model/signal.h"
+#include "wood/Bddexpression.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <random>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+const std::string tarn = TARN_BINARY_DIR "/driver/tarn";
+const std::string zkcgen = TARN_BINARY_DIR "/tools/zkcgen";
+constexpr int steps = 24;
+
+using trace = std::vector<std::vector<int>>;         // step -> value per port
+using port_values = std::map<std::string, std::vector<int>>; // port -> value per step
+
+int run(const std::string& command) { return WEXITSTATUS(std::system(command.c_str())); }
+
+bool have(const char* tool) { return run(std::string("command -v ") + tool + " > /dev/null 2>&1") == 0; }
+
+std::string slurp(const std::string& path)
+{
+    std::ifstream in(path);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+struct scratch {
+    std::string dir;
+    scratch()
+    {
+        char name[] = "/tmp/tarn_consumers_XXXXXX";
+        dir = mkdtemp(name);
+    }
+    ~scratch() { std::system(("rm -rf '" + dir + "'").c_str()); }
+};
+
+// The reaction's parameters as the header declares them: "int x" is an
+// input, "int*x" an output. False when a parameter is of another type.
+bool read_prototype(const std::string& header, const std::string& module, std::vector<std::string>& inputs,
+                    std::vector<std::string>& outputs)
+{
+    std::string head = "extern void " + module + "_automaton(";
+    std::size_t at = header.find(head);
+    if (at == std::string::npos)
+        return false;
+    std::size_t close = header.find(')', at);
+    std::stringstream params(header.substr(at + head.size(), close - at - head.size()));
+    std::string p;
+    while (std::getline(params, p, ',')) {
+        std::smatch m;
+        if (std::regex_match(p, m, std::regex("\\s*int\\s*\\*\\s*(\\w+)\\s*")))
+            outputs.push_back(m[1]);
+        else if (std::regex_match(p, m, std::regex("\\s*int\\s+(\\w+)\\s*")))
+            inputs.push_back(m[1]);
+        else
+            return false;
+    }
+    return true;
+}
+
+trace random_trace(std::size_t ports, unsigned seed)
+{
+    std::mt19937 rng(seed);
+    trace t(steps, std::vector<int>(ports));
+    for (auto& step : t)
+        for (int& v : step)
+            v = int(rng() % 2);
+    return t;
+}
+
+// Compiles the module's C with a driver that resets once and reacts once
+// per line of inputs, printing the outputs.
+port_values run_c(const scratch& s, const std::string& module, const std::vector<std::string>& inputs,
+                  const std::vector<std::string>& outputs, const trace& t)
+{
+    std::ofstream driver(s.dir + "/driver.c");
+    driver << "#include <stdio.h>\n#include \"" << module << ".h\"\nint main(void) {\n";
+    driver << "  int in[" << inputs.size() + 1 << "], out[" << outputs.size() + 1 << "];\n";
+    driver << "  " << module << "_reset_automaton();\n  for (;;) {\n";
+    for (std::size_t i = 0; i < inputs.size(); ++i)
+        driver << "    if (scanf(\"%d\", &in[" << i << "]) != 1) return 0;\n";
+    if (inputs.empty())
+        driver << "    int go; if (scanf(\"%d\", &go) != 1) return 0;\n";
+    for (std::size_t o = 0; o < outputs.size(); ++o)
+        driver << "    out[" << o << "] = 0;\n";
+    driver << "    " << module << "_automaton(";
+    for (std::size_t i = 0; i < inputs.size(); ++i)
+        driver << (i ? ", " : "") << "in[" << i << "]";
+    for (std::size_t o = 0; o < outputs.size(); ++o)
+        driver << (o || !inputs.empty() ? ", " : "") << "&out[" << o << "]";
+    driver << ");\n";
+    for (std::size_t o = 0; o < outputs.size(); ++o)
+        driver << "    printf(\"%d \", out[" << o << "] != 0);\n";
+    driver << "    printf(\"\\n\");\n  }\n}\n";
+    driver.close();
+
+    // The under wires of outputs read the output pointers as ints: the
+    // generator writes them so, gcc warns and compiles.
+    std::string err = s.dir + "/gcc.txt";
+    EXPECT_EQ(run("cd '" + s.dir + "' && gcc -w -o driver driver.c " + module + ".c 2> gcc.txt"), 0) << slurp(err);
+    std::ofstream in(s.dir + "/trace.txt");
+    for (const auto& step : t) {
+        for (int v : step)
+            in << v << " ";
+        in << (inputs.empty() ? "1" : "") << "\n";
+    }
+    in.close();
+    EXPECT_EQ(run("cd '" + s.dir + "' && ./driver < trace.txt > c_out.txt"), 0);
+    port_values values;
+    std::istringstream lines(slurp(s.dir + "/c_out.txt"));
+    for (int step = 0; step < steps; ++step)
+        for (const std::string& o : outputs) {
+            int v = -1;
+            lines >> v;
+            values[o].push_back(v);
+        }
+    return values;
+}
+
+// BLIF through yosys: ports absent from the trace (data signals, which
+// the C does not take) are held at 0.
+port_values run_blif(const scratch& s, const std::string& module, const std::vector<std::string>& inputs,
+                     const std::vector<std::string>& outputs, const trace& t)
+{
+    std::string blif = slurp(s.dir + "/" + module + ".blif");
+    std::smatch m;
+    std::vector<std::string> blif_inputs;
+    if (std::regex_search(blif, m, std::regex("\\.inputs([^\\n]*)\\n"))) {
+        std::istringstream names(m[1].str());
+        std::string n;
+        while (names >> n)
+            blif_inputs.push_back(n);
+    }
+    std::ostringstream script;
+    script << "read_blif " << module << ".blif; hierarchy -top " << module << "; sat -seq " << steps;
+    for (int step = 0; step < steps; ++step)
+        for (const std::string& n : blif_inputs) {
+            int v = 0;
+            for (std::size_t i = 0; i < inputs.size(); ++i)
+                if (inputs[i] == n)
+                    v = t[step][i];
+            script << " -set-at " << step + 1 << " " << n << " " << v;
+        }
+    script << " -show-outputs";
+    std::ofstream ys(s.dir + "/sim.ys");
+    ys << script.str() << "\n";
+    ys.close();
+    EXPECT_EQ(run("cd '" + s.dir + "' && yosys -s sim.ys > yosys.txt 2>&1"), 0) << slurp(s.dir + "/yosys.txt");
+
+    port_values values;
+    for (const std::string& o : outputs)
+        values[o].assign(steps, -1);
+    std::istringstream lines(slurp(s.dir + "/yosys.txt"));
+    std::string line;
+    std::regex row("\\s*(\\d+) \\\\(\\S+)\\s+(\\d+)\\s.*");
+    while (std::getline(lines, line))
+        if (std::regex_match(line, m, row)) {
+            int step = std::stoi(m[1]) - 1;
+            auto it = values.find(m[2]);
+            if (it != values.end() && step >= 0 && step < steps)
+                it->second[step] = std::stoi(m[3]);
+        }
+    return values;
+}
+
+int evaluate(bddpp_manager* m, const bdd& f, const std::vector<int>& values)
+{
+    int link = f.link_type();
+    bdd_node* n = f.node();
+    while (n != m->one) {
+        if (values[m->Node_index(n)] != 0) {
+            n = n->then_node;
+        } else {
+            link *= n->else_link_type;
+            n = n->else_node;
+        }
+    }
+    return link == 1 ? 1 : 0;
+}
+
+// The finalised equations in earliest order, register states and pre
+// copies moved after each reaction.
+port_values evaluate_module(const std::string& file, const std::vector<std::string>& inputs,
+                            const std::vector<std::string>& outputs, const trace& t)
+{
+    std::string suffix;
+    bool ok = false;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    Module* module = parse(file, suffix, &ok);
+    if (module != nullptr)
+        Module::finalize(module, 0);
+    testing::internal::GetCapturedStdout();
+    testing::internal::GetCapturedStderr();
+    port_values values;
+    if (!ok || module == nullptr) {
+        ADD_FAILURE() << "not read: " << file;
+        return values;
+    }
+    Bddexpressionwood* wood = module->getBddWood();
+    bddpp_manager* m = wood->my_bdd_manager();
+    auto over = [&](Signal* s) { return s->getOverBddId(module, wood); };
+    std::map<std::string, long> input_var, output_var;
+    for (Signal* s : *module->getInputSignalList())
+        input_var[s->getOriginalName()] = over(s);
+    for (Signal* s : *module->getOutputSignalList())
+        output_var[s->getOriginalName()] = over(s);
+
+    std::vector<int> state;
+    if (module->getRegisterList() != nullptr)
+        for (regclass* r : *module->getRegisterList())
+            state.push_back(r->is_initialy_true() != 0 ? 1 : 0);
+    std::vector<int> pre;
+    if (module->getPreSignalList() != nullptr)
+        pre.assign(module->getPreSignalList()->size(), 0);
+    std::list<long> order = wood->earliest_sort();
+
+    for (int step = 0; step < steps; ++step) {
+        std::vector<int> v(m->variables_number, 0);
+        for (std::size_t i = 0; i < inputs.size(); ++i)
+            v[input_var.at(inputs[i])] = t[step][i];
+        std::size_t k = 0;
+        if (module->getRegisterList() != nullptr)
+            for (regclass* r : *module->getRegisterList())
+                v[over(r->actual_var())] = state[k++];
+        k = 0;
+        if (module->getPreSignalList() != nullptr)
+            for (memorizedSignal* p : *module->getPreSignalList())
+                v[over(p->getPre())] = pre[k++];
+        for (long i : order) {
+            Bddexpression* e = wood->exp_table[i];
+            if (e != nullptr && e->abstraction == 0 && Bddexpressionwood::bdd_initialised(e->bdd_exp))
+                v[i] = evaluate(m, e->bdd_exp, v);
+        }
+        for (const std::string& o : outputs)
+            values[o].push_back(v[output_var.at(o)]);
+        k = 0;
+        if (module->getRegisterList() != nullptr)
+            for (regclass* r : *module->getRegisterList())
+                state[k++] = v[over(r->next_var())];
+        k = 0;
+        if (module->getPreSignalList() != nullptr)
+            for (memorizedSignal* p : *module->getPreSignalList())
+                pre[k++] = v[over(p->getActual())];
+    }
+    return values;
+}
+
+struct subject {
+    std::string name;   // module name, also the file's base name
+    std::string source; // an example file, or empty for a generated module
+    long equations;
+    int seed;
+};
+
+void check(const subject& x, unsigned trace_seed)
+{
+    SCOPED_TRACE(x.name);
+    scratch s;
+    std::string file = s.dir + "/" + x.name + ".zkc";
+    if (!x.source.empty())
+        ASSERT_EQ(run("cp '" + x.source + "' '" + file + "'"), 0);
+    else
+        ASSERT_EQ(run(zkcgen + " " + std::to_string(x.equations) + " " + std::to_string(x.seed) + " " + x.name +
+                      " > '" + file + "'"),
+                  0);
+    ASSERT_EQ(run("cd '" + s.dir + "' && env -u DISPLAY " + tarn + " " + x.name + ".zkc -blif -c > /dev/null 2>&1"),
+              0);
+    std::vector<std::string> inputs, outputs;
+    ASSERT_TRUE(read_prototype(slurp(s.dir + "/" + x.name + ".h"), x.name, inputs, outputs));
+    ASSERT_FALSE(outputs.empty());
+    trace t = random_trace(inputs.size(), trace_seed);
+
+    port_values expected = evaluate_module(file, inputs, outputs, t);
+    port_values c = run_c(s, x.name, inputs, outputs, t);
+    EXPECT_EQ(c, expected) << "C against the equations";
+    if (have("yosys")) {
+        port_values blif = run_blif(s, x.name, inputs, outputs, t);
+        EXPECT_EQ(blif, expected) << "BLIF against the equations";
+    }
+    // The traces must have moved the outputs, or the comparison says little.
+    int changes = 0;
+    for (const auto& o : expected)
+        for (int step = 1; step < steps; ++step)
+            changes += o.second[step] != o.second[step - 1];
+    EXPECT_GT(changes, 0);
+}
+
+} // namespace
+
+TEST(Consumers, PureExamplesAgreeInCAndBlif)
+{
+    const std::string examples = TARN_SOURCE_DIR "/examples/";
+    // blink has no input (an empty second line in BLIF) and constant outputs.
+    for (const char* name : {"toggle", "shift", "watchdog", "blink"})
+        check({name, examples + name + ".zkc", 0, 0}, 11);
+}
+
+TEST(Consumers, GeneratedModulesAgreeInCAndBlif)
+{
+    for (int seed = 1; seed <= 3; ++seed)
+        check({"gen" + std::to_string(seed), "", 150, seed}, 100 + seed);
+}
