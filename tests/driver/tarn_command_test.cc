@@ -1,5 +1,6 @@
 // The tarn program end to end: texts, exit status, files written or not.
 
+#include "tests/worked_module.h"
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -37,26 +38,7 @@ bool exists(const std::string& name)
 
 void write_file(const std::string& name, const std::string& text) { std::ofstream(name) << text; }
 
-const char* const valid_module =
-    "module: m  0 0\n"
-    "input: i ;\n"
-    "output: o ;\n"
-    "local: n r;\n"
-    "register:\n"
-    "n r 0;\n"
-    "\n"
-    "connexion: SETm RESETm RTLm;\n"
-    "\n"
-    "equation_def:\n"
-    "3\n"
-    "0: 6:1:1,-1\n"
-    "1: -1:-3:-3,1\n"
-    "2: 0:1:1,-1\n"
-    "expressions:\n"
-    "1 1 2:0,1,(6 )\n"
-    "1 1 4:2,1,(0 )\n"
-    "1 1 5:2,-1,(0 )\n"
-    "end:\n";
+const char* const valid_module = worked_module_text;
 
 class TarnCommand : public ::testing::Test {
 protected:

@@ -1,4 +1,5 @@
 #include "tests/reader/reader_support.h"
+#include "tests/worked_module.h"
 
 #include "zkc/parse_supl.h"
 #include "zkc/zkc_scanner.h"
@@ -11,26 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-const char* const worked_module =
-    "module: m  0 0\n"
-    "input: i ;\n"
-    "output: o ;\n"
-    "local: n r;\n"
-    "register:\n"
-    "n r 0;\n"
-    "\n"
-    "connexion: SETm RESETm RTLm;\n"
-    "\n"
-    "equation_def:\n"
-    "3\n"
-    "0: 6:1:1,-1\n"
-    "1: -1:-3:-3,1\n"
-    "2: 0:1:1,-1\n"
-    "expressions:\n"
-    "1 1 2:0,1,(6 )\n"
-    "1 1 4:2,1,(0 )\n"
-    "1 1 5:2,-1,(0 )\n"
-    "end:\n";
+const char* const worked_module = worked_module_text;
 
 read_result read_zkc(const std::string& text, const std::string& suffix)
 {

@@ -1,3 +1,4 @@
+#include "tests/worked_module.h"
 #include "zkc/parse_supl.h"
 #include "zkc/zkc_scanner.h"
 
@@ -40,26 +41,7 @@ parse_result parse_text(const std::string& text, int level = 1)
 const std::string head = "module: m 0 0\nconnexion: SETm RESETm RTLm;\n";
 const std::string empty_wood = "equation_def: 0 expressions: end:\n";
 
-const char* const register_module =
-    "module: m  0 0\n"
-    "input: i ;\n"
-    "output: o ;\n"
-    "local: n r;\n"
-    "register:\n"
-    "n r 0;\n"
-    "\n"
-    "connexion: SETm RESETm RTLm;\n"
-    "\n"
-    "equation_def:\n"
-    "3\n"
-    "0: 6:1:1,-1\n"
-    "1: -1:-3:-3,1\n"
-    "2: 0:1:1,-1\n"
-    "expressions:\n"
-    "1 1 2:0,1,(6 )\n"
-    "1 1 4:2,1,(0 )\n"
-    "1 1 5:2,-1,(0 )\n"
-    "end:\n";
+const char* const register_module = worked_module_text;
 
 }  // namespace
 
