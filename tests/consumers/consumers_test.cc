@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -320,4 +321,48 @@ TEST(Consumers, GeneratedModulesAgreeInCAndBlif)
 {
     for (int seed = 1; seed <= 3; ++seed)
         check({"gen" + std::to_string(seed), "", 150, seed}, 100 + seed);
+}
+
+// A valued input, a valued output set through its clock by a binding and
+// read back through its pre, a method and constants: the C compiles
+// against a user header for the data type and follows the module's
+// meaning, total = add_sat(pre total, inc, limit) whenever inc is present,
+// the type's zero otherwise. (accumulator binds its outputs themselves:
+// a bound output is no parameter of the reaction, yet its equation still
+// assigns it, so that C cannot compile by its rules and is left out.)
+TEST(Consumers, ValuedExampleCompilesAgainstUserHeadersAndCounts)
+{
+    scratch s;
+    ASSERT_EQ(run("cp '" TARN_SOURCE_DIR "/examples/sum.zkc' '" + s.dir + "/sum.zkc'"), 0);
+    ASSERT_EQ(run("cd '" + s.dir + "' && env -u DISPLAY " + tarn + " sum.zkc -c > /dev/null 2>&1"), 0);
+    std::ofstream(s.dir + "/C_data_user_integer.h") << "typedef int integer;\n"
+                                                       "#define copy_integer(x) (x)\n"
+                                                       "#define copy_pure(x) (x)\n";
+    std::ofstream(s.dir + "/user.c") << "#include \"sum.h\"\n"
+                                        "const integer zero_integer = 0;\n"
+                                        "integer add_sat(integer a, integer b, integer l)"
+                                        " { return a + b > l ? l : a + b; }\n";
+    std::ofstream(s.dir + "/driver.c") << "#include <stdio.h>\n#include \"sum.h\"\n"
+                                          "int main(void) {\n  int inc, v, total; integer total_val;\n"
+                                          "  sum_reset_automaton();\n"
+                                          "  while (scanf(\"%d %d\", &inc, &v) == 2) {\n"
+                                          "    sum_automaton(inc, v, &total, &total_val);\n"
+                                          "    printf(\"%d %d\\n\", total != 0, total_val);\n  }\n}\n";
+    ASSERT_EQ(run("cd '" + s.dir + "' && gcc -w -o driver driver.c user.c sum.c 2> gcc.txt"), 0)
+        << slurp(s.dir + "/gcc.txt");
+
+    std::mt19937 rng(5);
+    std::ostringstream in, expected;
+    int pre = 0;
+    for (int step = 0; step < 40; ++step) {
+        int inc = int(rng() % 8 != 0), v = int(rng() % 40);
+        in << inc << " " << v << "\n";
+        int total = inc ? std::min(pre + v, 100) : 0;
+        expected << inc << " " << total << "\n";
+        pre = total;
+    }
+    std::ofstream(s.dir + "/trace.txt") << in.str();
+    ASSERT_EQ(run("cd '" + s.dir + "' && ./driver < trace.txt > out.txt"), 0);
+    EXPECT_EQ(slurp(s.dir + "/out.txt"), expected.str());
+    EXPECT_NE(expected.str().find(" 100\n"), std::string::npos) << "the saturation was reached";
 }
