@@ -59,6 +59,7 @@ public:
     long signature;
     long incremental_id; // scratch number of Bdd_incremental_id walks
     long mark;           // scratch visit flag (0 or 1) of the marking walks
+    mutable std::vector<long>* depends_ids = nullptr; // depends(), once asked; owned
 
     // Default-built: no manager, signature and id -3, else link 1, null
     // children, zeros elsewhere.
@@ -626,9 +627,6 @@ private:
     computed_entry* computed = nullptr;
     std::size_t computed_size = 0;
     std::size_t computed_used = 0;
-    // The depends() sets worked out so far, by node; a node takes its
-    // entry away when it dies.
-    std::unordered_map<const bdd_node*, std::vector<long>> depends_sets;
 };
 
 // Ternary decision tree of a function: then, else and don't-care (the

@@ -133,7 +133,7 @@ bdd_node::~bdd_node() {
         if (then_node) then_node->references--;
         if (else_node) else_node->references--;
     }
-    if (manager && !manager->depends_sets.empty()) manager->depends_sets.erase(this);
+    delete depends_ids;
 }
 
 bool bdd_node::operator==(const bdd_node& other) const {
@@ -144,9 +144,7 @@ bool bdd_node::operator==(const bdd_node& other) const {
 const std::vector<long>& bdd_node::depends() const {
     static const std::vector<long> none;
     if (!manager || id < 0) return none;
-    auto& sets = manager->depends_sets;
-    auto known = sets.find(this);
-    if (known != sets.end()) return known->second;
+    if (depends_ids) return *depends_ids;
     // One walk of the cone; a node below that already knows its set gives
     // it whole. Only the asked node keeps the result.
     std::vector<long> ids;
@@ -156,12 +154,9 @@ const std::vector<long>& bdd_node::depends() const {
         const bdd_node* n = stack.back();
         stack.pop_back();
         if (!seen.insert(n).second || n->id < 0) continue;
-        if (n != this) {
-            auto below = sets.find(n);
-            if (below != sets.end()) {
-                ids.insert(ids.end(), below->second.begin(), below->second.end());
-                continue;
-            }
+        if (n != this && n->depends_ids) {
+            ids.insert(ids.end(), n->depends_ids->begin(), n->depends_ids->end());
+            continue;
         }
         ids.push_back(n->id);
         if (n->else_node) stack.push_back(n->else_node);
@@ -169,7 +164,8 @@ const std::vector<long>& bdd_node::depends() const {
     }
     std::sort(ids.begin(), ids.end());
     ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
-    return sets[this] = std::move(ids);
+    depends_ids = new std::vector<long>(std::move(ids));
+    return *depends_ids;
 }
 
 bool bdd_node::depends_on_id(long v) const {
