@@ -254,7 +254,7 @@ public:
     std::vector<long> id_by_index;
     std::vector<bdd_node*> assoc;       // see Bdd_assoc_bdd_to_var
     bdd_unique_table* map;
-    std::map<std::string, long> id_by_name; // creation names; renaming leaves it
+    std::unordered_map<std::string, long> id_by_name; // creation names; renaming leaves it
     long gc_calls;
     bdd_node* one; // the terminal, outside the unique table
 
@@ -617,7 +617,7 @@ private:
     // Current names to the ids holding them, for Rename_var's lookups;
     // built on its first use, kept by set_var_name, dropped by the passes
     // that rewrite every name.
-    std::unordered_map<std::string, std::set<long>> ids_by_current_name;
+    std::unordered_map<std::string, std::vector<long>> ids_by_current_name; // ascending
     bool names_indexed = false;
     // Bdd_cube_reduce's table of literals by index: 2 everywhere between calls.
     std::vector<int> cube_literals;

@@ -4,6 +4,7 @@
 #include "bdd/bddpp.h"
 #include "support/Stringpp.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <unordered_set>
@@ -222,10 +223,14 @@ void bddpp_manager::set_var_name(long id, const std::string& name) {
     if (names_indexed) {
         auto old = ids_by_current_name.find(var_names[id]);
         if (old != ids_by_current_name.end()) {
-            old->second.erase(id);
-            if (old->second.empty()) ids_by_current_name.erase(old);
+            std::vector<long>& ids = old->second;
+            auto at = std::lower_bound(ids.begin(), ids.end(), id);
+            if (at != ids.end() && *at == id) ids.erase(at);
+            if (ids.empty()) ids_by_current_name.erase(old);
         }
-        ids_by_current_name[name].insert(id);
+        std::vector<long>& ids = ids_by_current_name[name];
+        auto at = std::lower_bound(ids.begin(), ids.end(), id);
+        if (at == ids.end() || *at != id) ids.insert(at, id);
     }
     var_names[id] = name;
 }
@@ -239,12 +244,12 @@ void bddpp_manager::drop_names_index() {
 // what a scan of the ids in ascending order finds first.
 long bddpp_manager::lowest_id_named(const std::string& name) {
     if (!names_indexed) {
-        for (long id = 0; id < variables_capacity; ++id) ids_by_current_name[var_names[id]].insert(id);
+        for (long id = 0; id < variables_capacity; ++id) ids_by_current_name[var_names[id]].push_back(id);
         names_indexed = true;
     }
     auto found = ids_by_current_name.find(name);
     if (found == ids_by_current_name.end() || found->second.empty()) return -1;
-    long id = *found->second.begin();
+    long id = found->second.front();
     return id < variables_number ? id : -1;
 }
 
