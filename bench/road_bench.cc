@@ -8,98 +8,30 @@
 //   road_bench --tarn PATH --zkcgen PATH --limit SECONDS --seed N
 //
 // Each size: zkcgen writes the module into a scratch directory, then
-// `tarn <module> -blif -c` runs alone in a child process (no display), and
-// its wall time and peak resident memory are taken. The I/O floor of the
-// same size is a `cat` of the module to /dev/null plus a `cat` writing as
-// many bytes as tarn wrote. The exponent between two sizes is
-// log(t2 / t1) / log(n2 / n1): 1 is linear.
+// `tarn <module> -blif -c` runs alone in a child process (no display); its
+// wall time, processor time and peak resident memory are its own, taken
+// from wait4. The I/O floor of the same size is a `cat` of the module to
+// /dev/null plus writing as many bytes as tarn wrote into a file. The
+// exponent between two sizes is log(t2 / t1) / log(n2 / n1): 1 is linear.
+//
+// The exit status is 0 only if tarn finished with status 0 and wrote its
+// three files for every size.
 
-#include <fcntl.h>
-#include <signal.h>
-#include <sys/resource.h>
+#include "bench/road_bench_run.h"
+
+#include <sched.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <cmath>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
-
-struct run_figures {
-    bool ok = false;
-    bool timed_out = false;
-    int status = -1;
-    double seconds = 0;
-    long peak_kb = 0;
-};
-
-double wall_now()
-{
-    using clock = std::chrono::steady_clock;
-    return std::chrono::duration<double>(clock::now().time_since_epoch()).count();
-}
-
-// Runs argv in a child with stdin from /dev/null and stdout to `out`
-// (or /dev/null), stderr to /dev/null; kills it after `limit` seconds.
-run_figures run_child(const std::vector<std::string>& argv, const std::string& out, double limit)
-{
-    run_figures f;
-    double start = wall_now();
-    pid_t pid = fork();
-    if (pid < 0) {
-        std::perror("road_bench: fork");
-        return f;
-    }
-    if (pid == 0) {
-        unsetenv("DISPLAY");
-        int in = open("/dev/null", O_RDONLY);
-        int o = out.empty() ? open("/dev/null", O_WRONLY)
-                            : open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        int e = open("/dev/null", O_WRONLY);
-        if (in < 0 || o < 0 || e < 0)
-            _exit(127);
-        dup2(in, 0);
-        dup2(o, 1);
-        dup2(e, 2);
-        std::vector<char*> args;
-        for (const std::string& a : argv)
-            args.push_back(const_cast<char*>(a.c_str()));
-        args.push_back(nullptr);
-        execv(args[0], args.data());
-        _exit(127);
-    }
-    int status = 0;
-    rusage usage{};
-    for (;;) {
-        pid_t done = wait4(pid, &status, WNOHANG, &usage);
-        if (done == pid)
-            break;
-        if (done < 0) {
-            std::perror("road_bench: wait4");
-            return f;
-        }
-        if (wall_now() - start > limit) {
-            kill(pid, SIGKILL);
-            wait4(pid, &status, 0, &usage);
-            f.timed_out = true;
-            break;
-        }
-        usleep(2000);
-    }
-    f.seconds = wall_now() - start;
-    f.peak_kb = usage.ru_maxrss;
-    f.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    f.ok = !f.timed_out && f.status == 0;
-    return f;
-}
 
 long file_size(const std::string& path)
 {
@@ -125,27 +57,44 @@ std::string cpu_model()
     while (std::getline(in, line))
         if (line.rfind("model name", 0) == 0) {
             std::size_t colon = line.find(':');
-            return colon == std::string::npos ? line : line.substr(colon + 2);
+            std::size_t start = colon == std::string::npos ? 0 : line.find_first_not_of(" \t", colon + 1);
+            return start == std::string::npos ? line : line.substr(start);
         }
     return "unknown";
 }
 
-std::vector<long> parse_sizes(const std::string& text)
+// What `nproc` prints: the processors this process may run on.
+long usable_processors()
 {
-    std::vector<long> sizes;
-    std::stringstream in(text);
-    std::string item;
-    while (std::getline(in, item, ','))
-        if (!item.empty())
-            sizes.push_back(std::atol(item.c_str()));
-    return sizes;
+    cpu_set_t set;
+    if (sched_getaffinity(0, sizeof set, &set) == 0)
+        return CPU_COUNT(&set);
+    return sysconf(_SC_NPROCESSORS_ONLN);
+}
+
+// Last non-empty line of a small text file, for a failure's row.
+std::string last_line(const std::string& path)
+{
+    std::ifstream in(path);
+    std::string line, last;
+    while (std::getline(in, line))
+        if (!line.empty())
+            last = line;
+    return last;
 }
 
 void usage()
 {
-    std::fprintf(stderr, "usage: road_bench [--quick] [--sizes N,N,...] [--tarn PATH] [--zkcgen PATH] "
-                         "[--limit SECONDS] [--seed N]\n");
+    std::fprintf(stderr,
+                 "usage: road_bench [--quick] [--sizes N,N,...] [--tarn PATH] [--zkcgen PATH] "
+                 "[--limit SECONDS] [--seed N]\n");
 }
+
+// One row of the table; the exponent needs the previous finished size.
+struct finished {
+    long size = 0;
+    double seconds = 0;
+};
 
 } // namespace
 
@@ -160,27 +109,37 @@ int main(int argc, char** argv)
     for (int i = 1; i < argc; ++i) {
         std::string a = argv[i];
         bool has_value = i + 1 < argc;
+        bool good = true;
         if (a == "--quick")
             sizes = {1000, 10000};
         else if (a == "--sizes" && has_value)
-            sizes = parse_sizes(argv[++i]);
+            good = road_bench_sizes(argv[++i], sizes);
         else if (a == "--tarn" && has_value)
             tarn = argv[++i];
         else if (a == "--zkcgen" && has_value)
             zkcgen = argv[++i];
         else if (a == "--limit" && has_value)
-            limit = std::atof(argv[++i]);
+            good = road_bench_seconds(argv[++i], limit);
         else if (a == "--seed" && has_value)
-            seed = argv[++i];
-        else {
+            good = road_bench_seed(argv[++i], seed);
+        else
+            good = false;
+        if (!good) {
             usage();
             return 2;
         }
     }
-    if (sizes.empty()) {
-        usage();
-        return 2;
+    for (std::string* program : {&tarn, &zkcgen}) {
+        if (access(program->c_str(), X_OK) != 0) {
+            std::fprintf(stderr, "road_bench: %s: %s\n", program->c_str(), std::strerror(errno));
+            return 2;
+        }
+        if (char* resolved = realpath(program->c_str(), nullptr)) {
+            *program = resolved;
+            std::free(resolved);
+        }
     }
+    const double generation_limit = limit > 3600 ? limit : 3600;
 
     char scratch_template[] = "/tmp/road_bench_XXXXXX";
     char* scratch = mkdtemp(scratch_template);
@@ -190,69 +149,89 @@ int main(int argc, char** argv)
     }
     std::string dir = scratch;
 
-    std::printf("road_bench: tarn <module> -blif -c on generated modules (seed %s)\n", seed.c_str());
-    std::printf("machine: %ld cores, %s\n", sysconf(_SC_NPROCESSORS_ONLN), cpu_model().c_str());
-    std::printf("%10s %12s %12s %10s %12s %10s %9s %9s\n", "equations", "input (B)", "output (B)",
-                "time (s)", "peak (MB)", "exponent", "floor (s)", "ratio");
+    std::printf("road_bench: tarn <module> -blif -c on modules from zkcgen (seed %s), limit %g s\n",
+                seed.c_str(), limit);
+    std::printf("tarn:   %s\nzkcgen: %s\n", tarn.c_str(), zkcgen.c_str());
+    std::printf("machine: nproc %ld, %s\n\n", usable_processors(), cpu_model().c_str());
+    std::printf("%10s %11s %11s %9s %9s %10s %9s %10s %8s\n", "equations", "input (B)", "output (B)", "wall (s)",
+                "cpu (s)", "peak (MiB)", "exponent", "floor (s)", "x floor");
+    std::fflush(stdout);
 
     int failures = 0;
-    double previous_time = 0;
-    long previous_size = 0;
+    bool keep = false;
+    finished previous;
     for (long n : sizes) {
         std::string base = dir + "/m" + std::to_string(n);
         std::string module = base + ".zkc";
-        run_figures gen = run_child({zkcgen, std::to_string(n), seed}, module, limit);
-        if (!gen.ok) {
-            std::printf("%10ld  zkcgen failed (status %d)\n", n, gen.status);
+        std::string errors = base + ".err";
+        // The generator is not what is measured: it gets a limit of its own.
+        child_figures gen = road_bench_run({zkcgen, std::to_string(n), seed}, module, errors, generation_limit);
+        if (!gen.ok()) {
+            std::printf("%10ld  zkcgen failed (%s)\n", n, road_bench_describe(gen).c_str());
+            std::remove(module.c_str());
+            std::remove(errors.c_str());
             ++failures;
             continue;
         }
-        run_figures road = run_child({tarn, module, "-blif", "-c"}, "", limit);
         long in_bytes = file_size(module);
+        child_figures road = road_bench_run({tarn, module, "-blif", "-c"}, "", errors, limit);
         long out_bytes = 0;
-        bool files = true;
+        std::string missing;
         for (const char* suffix : {".blif", ".c", ".h"}) {
             long size = file_size(base + suffix);
-            files = files && size > 0;
+            if (size <= 0)
+                missing += std::string(missing.empty() ? "" : ", ") + suffix;
             out_bytes += size > 0 ? size : 0;
         }
         if (road.timed_out) {
-            std::printf("%10ld %12ld %12s %10s  timeout after %.0f s\n", n, in_bytes, "-", "-", limit);
+            std::printf("%10ld %11ld %11s %9s %9s %10s  timeout after %g s\n", n, in_bytes, "-", "-", "-", "-",
+                        limit);
             ++failures;
+            keep = true;
             continue;
         }
-        if (!road.ok || !files) {
-            std::printf("%10ld %12ld  tarn failed (status %d%s)\n", n, in_bytes, road.status,
-                        files ? "" : ", outputs missing");
+        if (!road.ok() || !missing.empty()) {
+            std::printf("%10ld %11ld  tarn failed: %s%s%s\n", n, in_bytes, road_bench_describe(road).c_str(),
+                        missing.empty() ? "" : ", no output ", missing.c_str());
+            std::string said = last_line(errors);
+            if (!said.empty())
+                std::printf("%10s  stderr: %s\n", "", said.c_str());
             ++failures;
+            keep = true;
             continue;
         }
 
-        // The floor: read the input, and write as many bytes as tarn wrote
-        // (the input repeated, cut to size).
-        std::string copy = dir + "/floor.out";
-        run_figures read = run_child({"/bin/cat", module}, "", limit);
-        std::string inputs;
-        for (long written = 0; written < out_bytes; written += in_bytes)
-            inputs += " '" + module + "'";
-        run_figures write = run_child(
-            {"/bin/sh", "-c", "cat" + inputs + " | head -c " + std::to_string(out_bytes) + " > '" + copy + "'"}, "",
-            limit);
-        std::remove(copy.c_str());
-        double floor = read.seconds + write.seconds;
+        // The floor, best of three: the small sizes are a few milliseconds
+        // and one run is mostly the noise of process creation.
+        double floor = -1;
+        for (int round = 0; round < 3; ++round) {
+            child_figures read = road_bench_run({"/bin/cat", module}, "/dev/null", "", limit);
+            child_figures write = road_bench_write_floor(module, base + ".floor", out_bytes, limit);
+            std::remove((base + ".floor").c_str());
+            if (!read.ok() || !write.ok())
+                continue;
+            double total = read.seconds + write.seconds;
+            if (floor < 0 || total < floor)
+                floor = total;
+        }
 
         char exponent[32] = "-";
-        if (previous_size > 0 && previous_time > 0 && road.seconds > 0)
+        if (previous.size > 0 && previous.seconds > 0 && road.seconds > 0 && n != previous.size)
             std::snprintf(exponent, sizeof exponent, "%.2f",
-                          std::log(road.seconds / previous_time) / std::log(double(n) / previous_size));
-        std::printf("%10ld %12ld %12ld %10.2f %12.1f %10s %9.3f %9.0f\n", n, in_bytes, out_bytes, road.seconds,
-                    road.peak_kb / 1024.0, exponent, floor, floor > 0 ? road.seconds / floor : 0.0);
+                          road_bench_exponent(previous.size, previous.seconds, n, road.seconds));
+        char ratio[32] = "-";
+        if (floor > 0)
+            std::snprintf(ratio, sizeof ratio, "%.1f", road.seconds / floor);
+        std::printf("%10ld %11ld %11ld %9.3f %9.3f %10.1f %9s %10.4f %8s\n", n, in_bytes, out_bytes, road.seconds,
+                    road.cpu_seconds, road.peak_kib / 1024.0, exponent, floor, ratio);
         std::fflush(stdout);
-        previous_time = road.seconds;
-        previous_size = n;
-        for (const char* suffix : {".zkc", ".blif", ".c", ".h", ".zkc.log"})
+        previous = {n, road.seconds};
+        for (const char* suffix : {".zkc", ".blif", ".c", ".h", ".zkc.log", ".err"})
             std::remove((base + suffix).c_str());
     }
-    rmdir(dir.c_str());
+    if (keep)
+        std::printf("\nthe modules and the messages of the failed sizes are kept in %s\n", dir.c_str());
+    else
+        rmdir(dir.c_str());
     return failures == 0 ? 0 : 1;
 }
