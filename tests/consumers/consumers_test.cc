@@ -307,6 +307,25 @@ void check(const subject& x, unsigned trace_seed)
     EXPECT_GT(changes, 0);
 }
 
+// The user's side of a valued module: the header that the generated one
+// includes for the type integer, a file with the user's definitions and a
+// driver; all compiled with the generated code.
+void build_valued(const scratch& s, const std::string& module, const std::string& user, const std::string& driver)
+{
+    ASSERT_EQ(run("cp '" TARN_SOURCE_DIR "/examples/" + module + ".zkc' '" + s.dir + "'"), 0);
+    ASSERT_EQ(run("cd '" + s.dir + "' && env -u DISPLAY " + tarn + " " + module + ".zkc -c > /dev/null 2>&1"), 0);
+    // A value assigned through a binding is copied with the copy function
+    // of the bound signal's type, which is pure when that signal is.
+    std::ofstream(s.dir + "/C_data_user_integer.h") << "typedef int integer;\n"
+                                                       "#define copy_integer(x) (x)\n"
+                                                       "#define copy_pure(x) (x)\n"
+                                                       "#define sup_integer(a, b) ((a) > (b))\n";
+    std::ofstream(s.dir + "/user.c") << "#include \"" << module << ".h\"\n" << user;
+    std::ofstream(s.dir + "/driver.c") << "#include <stdio.h>\n#include \"" << module << ".h\"\n" << driver;
+    ASSERT_EQ(run("cd '" + s.dir + "' && gcc -w -o driver driver.c user.c " + module + ".c 2> gcc.txt"), 0)
+        << slurp(s.dir + "/gcc.txt");
+}
+
 } // namespace
 
 TEST(Consumers, PureExamplesAgreeInCAndBlif)
@@ -333,23 +352,16 @@ TEST(Consumers, GeneratedModulesAgreeInCAndBlif)
 TEST(Consumers, ValuedExampleCompilesAgainstUserHeadersAndCounts)
 {
     scratch s;
-    ASSERT_EQ(run("cp '" TARN_SOURCE_DIR "/examples/sum.zkc' '" + s.dir + "/sum.zkc'"), 0);
-    ASSERT_EQ(run("cd '" + s.dir + "' && env -u DISPLAY " + tarn + " sum.zkc -c > /dev/null 2>&1"), 0);
-    std::ofstream(s.dir + "/C_data_user_integer.h") << "typedef int integer;\n"
-                                                       "#define copy_integer(x) (x)\n"
-                                                       "#define copy_pure(x) (x)\n";
-    std::ofstream(s.dir + "/user.c") << "#include \"sum.h\"\n"
-                                        "const integer zero_integer = 0;\n"
-                                        "integer add_sat(integer a, integer b, integer l)"
-                                        " { return a + b > l ? l : a + b; }\n";
-    std::ofstream(s.dir + "/driver.c") << "#include <stdio.h>\n#include \"sum.h\"\n"
-                                          "int main(void) {\n  int inc, v, total; integer total_val;\n"
-                                          "  sum_reset_automaton();\n"
-                                          "  while (scanf(\"%d %d\", &inc, &v) == 2) {\n"
-                                          "    sum_automaton(inc, v, &total, &total_val);\n"
-                                          "    printf(\"%d %d\\n\", total != 0, total_val);\n  }\n}\n";
-    ASSERT_EQ(run("cd '" + s.dir + "' && gcc -w -o driver driver.c user.c sum.c 2> gcc.txt"), 0)
-        << slurp(s.dir + "/gcc.txt");
+    build_valued(s, "sum",
+                 "const integer zero_integer = 0;\n"
+                 "integer add_sat(integer a, integer b, integer l) { return a + b > l ? l : a + b; }\n",
+                 "int main(void) {\n  int inc, v, total; integer total_val;\n"
+                 "  sum_reset_automaton();\n"
+                 "  while (scanf(\"%d %d\", &inc, &v) == 2) {\n"
+                 "    sum_automaton(inc, v, &total, &total_val);\n"
+                 "    printf(\"%d %d\\n\", total != 0, total_val);\n  }\n}\n");
+    if (HasFatalFailure())
+        return;
 
     std::mt19937 rng(5);
     std::ostringstream in, expected;
@@ -365,4 +377,50 @@ TEST(Consumers, ValuedExampleCompilesAgainstUserHeadersAndCounts)
     ASSERT_EQ(run("cd '" + s.dir + "' && ./driver < trace.txt > out.txt"), 0);
     EXPECT_EQ(slurp(s.dir + "/out.txt"), expected.str());
     EXPECT_NE(expected.str().find(" 100\n"), std::string::npos) << "the saturation was reached";
+}
+
+// Tests decided from data by bindings without a clock (big, hot), a valued
+// local fed by two clocked bindings and memorised (best), an output clock
+// (peak) whose value calls a method on an external constant, and a constant
+// whose C value differs from its default. The module reports each new
+// maximum of the present samples as bump(sample, offset), and raises alarm
+// on a present sample above the C threshold, 50 (7 everywhere else).
+TEST(Consumers, ValuedTestsAndLocalClockFollowTheModule)
+{
+    scratch s;
+    build_valued(s, "peak",
+                 "const integer zero_integer = 0;\n"
+                 "const integer offset = 1000;\n"
+                 "integer bump(integer a, integer b) { return a + b; }\n",
+                 "int main(void) {\n  int sample, v, alarm, peak; integer peak_val;\n"
+                 "  peak_reset_automaton();\n"
+                 "  while (scanf(\"%d %d\", &sample, &v) == 2) {\n"
+                 "    peak_automaton(sample, v, &alarm, &peak, &peak_val);\n"
+                 "    printf(\"%d %d %d\\n\", alarm != 0, peak != 0, peak_val);\n  }\n}\n");
+    if (HasFatalFailure())
+        return;
+
+    std::mt19937 rng(9);
+    std::ostringstream in, expected;
+    int best = 0, alarms = 0, peaks = 0;
+    for (int step = 0; step < 60; ++step) {
+        int sample = int(rng() % 3 != 0), v = int(rng() % 60) + step;
+        in << sample << " " << v << "\n";
+        int value = sample ? v : 0; // an absent sample reads the zero of its type
+        int alarm = sample && value > 50;
+        int up = sample && value > best;
+        expected << alarm << " " << up << " " << (up ? value + 1000 : 0) << "\n";
+        if (up)
+            best = value;
+        alarms += alarm;
+        peaks += up;
+    }
+    std::ofstream(s.dir + "/trace.txt") << in.str();
+    ASSERT_EQ(run("cd '" + s.dir + "' && ./driver < trace.txt > out.txt"), 0);
+    EXPECT_EQ(slurp(s.dir + "/out.txt"), expected.str());
+    // Both branches of each decision must have been taken.
+    EXPECT_GT(alarms, 0);
+    EXPECT_LT(alarms, 60);
+    EXPECT_GT(peaks, 1);
+    EXPECT_LT(peaks, 40);
 }
