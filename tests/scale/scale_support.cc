@@ -14,12 +14,12 @@ scratch::scratch()
 {
     char name[] = "/tmp/tarn_scale_XXXXXX";
     const char* made = mkdtemp(name);
-    dir = made ? made : "/tmp";
+    dir = made ? made : "";
 }
 
 scratch::~scratch()
 {
-    if (dir != "/tmp")
+    if (!dir.empty())
         std::system(("rm -rf '" + dir + "'").c_str());
 }
 
@@ -46,22 +46,21 @@ std::string generate(const scratch& s, long equations, int seed)
 {
     std::string name = "g" + std::to_string(equations) + "_" + std::to_string(seed);
     std::string file = s.dir + "/" + name + ".zkc";
-    if (run_shell(zkcgen_path + " " + std::to_string(equations) + " " + std::to_string(seed) + " " + name + " > " +
-                  file) != 0)
-        return "";
-    return file;
+    int status = run_shell(zkcgen_path + " " + std::to_string(equations) + " " + std::to_string(seed) + " " + name +
+                           " > " + file);
+    return status == 0 ? file : "";
 }
 
 namespace {
 
-// Words of a list, without the ";" that ends it (alone or glued on).
+// Words of a list, without the ";" that ends it, alone or glued on.
 std::vector<std::string> words(const std::string& text)
 {
     std::vector<std::string> out;
     std::istringstream in(text);
     std::string w;
     while (in >> w) {
-        if (!w.empty() && w.back() == ';')
+        if (w.back() == ';')
             w.pop_back();
         if (!w.empty())
             out.push_back(w);
@@ -69,78 +68,67 @@ std::vector<std::string> words(const std::string& text)
     return out;
 }
 
-bool starts(const std::string& line, const char* keyword)
-{
-    return line.rfind(keyword, 0) == 0;
-}
-
 } // namespace
 
-bool read_sections(const std::string& text, zkc_sections& out, std::string& error)
+bool read_sections(const std::string& text, zkc_sections& z, std::string& error)
 {
-    enum { header, registers, memorized, count, nodes, expressions, after } state = header;
+    enum { lists, registers, memorized, count, nodes, expressions, after } state = lists;
     std::istringstream in(text);
     std::string line;
-    long number = 0;
-    while (std::getline(in, line)) {
-        ++number;
+    for (long number = 1; std::getline(in, line); ++number) {
+        std::string keyword = line.substr(0, line.find(':') + 1);
+        std::vector<std::string> rest = words(line.substr(keyword.size()));
+        int used = 0;
+        bool fits = true;
         if (line.empty())
             continue;
-        int used = 0;
-        if (starts(line, "module:")) {
-            std::vector<std::string> w = words(line.substr(7));
-            if (w.size() != 3)
-                break;
-            out.name = w[0];
-            state = header;
-        } else if (starts(line, "input:"))
-            out.inputs = words(line.substr(6));
-        else if (starts(line, "output:"))
-            out.outputs = words(line.substr(7));
-        else if (starts(line, "local:"))
-            out.locals = words(line.substr(6));
-        else if (starts(line, "register:"))
+        else if (keyword == "module:" && rest.size() == 3)
+            z.name = rest[0];
+        else if (keyword == "input:")
+            z.inputs = rest;
+        else if (keyword == "output:")
+            z.outputs = rest;
+        else if (keyword == "local:")
+            z.locals = rest;
+        else if (keyword == "connexion:")
+            z.connexion = rest;
+        else if (line == "register:")
             state = registers;
-        else if (starts(line, "memorized:"))
+        else if (line == "memorized:")
             state = memorized;
-        else if (starts(line, "connexion:")) {
-            out.connexion = words(line.substr(10));
-            state = header;
-        } else if (starts(line, "equation_def:"))
+        else if (line == "equation_def:")
             state = count;
-        else if (starts(line, "expressions:"))
+        else if (line == "expressions:")
             state = expressions;
-        else if (starts(line, "end:")) {
-            out.ended = state == expressions;
+        else if (line == "end:") {
+            z.ended = state == expressions;
             state = after;
-        } else if (state == registers && words(line).size() == 3)
-            out.registers.push_back(words(line));
-        else if (state == memorized && words(line).size() == 2)
-            out.memorized.push_back(words(line));
-        else if (state == count && std::sscanf(line.c_str(), "%ld%n", &out.declared_nodes, &used) == 1 &&
-                 line[used] == '\0')
+        } else if (state == registers || state == memorized) {
+            fits = words(line).size() == (state == registers ? 3u : 2u);
+            (state == registers ? z.registers : z.memorized).push_back(words(line));
+        } else if (state == count) {
+            fits = std::sscanf(line.c_str(), "%ld%n", &z.declared_nodes, &used) == 1 && line[used] == '\0';
             state = nodes;
-        else if (state == nodes) {
+        } else if (state == nodes) {
             zkc_sections::node n;
-            if (std::sscanf(line.c_str(), "%ld: %ld:%ld:%ld,%d%n", &n.id, &n.var, &n.then_id, &n.else_id, &n.link,
-                            &used) != 5 ||
-                line[used] != '\0')
-                break;
-            out.nodes.push_back(n);
+            fits = std::sscanf(line.c_str(), "%ld: %ld:%ld:%ld,%d%n", &n.id, &n.var, &n.then_id, &n.else_id,
+                               &n.link, &used) == 5 &&
+                   line[used] == '\0';
+            z.nodes.push_back(n);
+            if (n.var == -1)
+                z.terminal = n.id;
         } else if (state == expressions) {
             zkc_sections::expression e;
-            if (std::sscanf(line.c_str(), "%ld %ld %ld:%ld,%d,(%n", &e.early, &e.late, &e.var, &e.root, &e.link,
-                            &used) != 5 ||
-                line.back() != ')')
-                break;
-            out.expressions.push_back(e);
+            long early, late;
+            fits = std::sscanf(line.c_str(), "%ld %ld %ld:%ld,%d,(", &early, &late, &e.var, &e.root, &e.link) == 5 &&
+                   line.back() == ')';
+            z.expressions.push_back(e);
         } else
-            break;
-        line.clear();
-    }
-    if (!line.empty()) {
-        error = "line " + std::to_string(number) + ": " + line;
-        return false;
+            fits = false;
+        if (!fits) {
+            error = "line " + std::to_string(number) + ": " + line;
+            return false;
+        }
     }
     return true;
 }

@@ -1,8 +1,8 @@
 #ifndef TARN_TESTS_SCALE_SCALE_SUPPORT_H
 #define TARN_TESTS_SCALE_SCALE_SUPPORT_H
 
-// Scratch directories, the built programs and the sections of a generated
-// module, shared by the scale tests.
+// Scratch directories, the built programs and the sections of a module as
+// zkcgen lays it out, shared by the scale tests.
 
 #include <string>
 #include <vector>
@@ -15,43 +15,39 @@ struct scratch {
     std::string dir;
     scratch();
     ~scratch();
-    scratch(const scratch&) = delete;
-    scratch& operator=(const scratch&) = delete;
 };
 
-// Exit status of a shell command; -1 if it did not exit.
-int run_shell(const std::string& command);
+int run_shell(const std::string& command);  // exit status, -1 if none
 std::string slurp(const std::string& path);
 bool tool_present(const char* tool);
 
-// zkcgen <equations> <seed> <name> into dir/name.zkc; returns the path
-// (empty if zkcgen failed). The module is named after its file, as the C
-// file includes its header by the module's name.
+// zkcgen <equations> <seed> g<equations>_<seed> into that name plus ".zkc"
+// in the directory; "" if zkcgen failed. The module is named after its file
+// because the C file includes its header by the module's name.
 std::string generate(const scratch& s, long equations, int seed);
 
-// A generated module's text cut into its sections.
 struct zkc_sections {
     std::string name;
-    std::vector<std::string> inputs, outputs, locals;
-    std::vector<std::vector<std::string>> registers;  // next, actual, init
+    std::vector<std::string> inputs, outputs, locals, connexion;
+    std::vector<std::vector<std::string>> registers;  // next, actual, initial
     std::vector<std::vector<std::string>> memorized;  // pre, actual
-    std::vector<std::string> connexion;
-    long declared_nodes = -1;  // the count after "equation_def:"
+    long declared_nodes = -1;                         // the count after "equation_def:"
     struct node {
         long id, var, then_id, else_id;
         int link;
     };
     std::vector<node> nodes;
+    long terminal = -1;  // id of the node with var -1
     struct expression {
-        long early, late, var, root;
+        long var, root;
         int link;
     };
     std::vector<expression> expressions;
     bool ended = false;  // "end:" closes the expressions
 };
-// Reads the layout that zkcgen writes: one section keyword per line (a
-// signal list on its keyword's line), one register, memorised, node or
-// expression per line. A line that fits none of these fails the read.
+// One section keyword a line (a signal list on its keyword's line), one
+// register, memorised pair, node or expression a line. A line that fits
+// none of these fails the read and is named in `error`.
 bool read_sections(const std::string& text, zkc_sections& out, std::string& error);
 
 #endif
