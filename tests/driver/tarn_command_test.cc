@@ -1,72 +1,22 @@
 // The tarn program end to end: texts, exit status, files written or not.
 
+#include "tests/tarn_process.h"
 #include "tests/worked_module.h"
-#include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <dirent.h>
-#include <fstream>
 #include <set>
-#include <sstream>
-#include <string>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-#include <vector>
 
 namespace {
 
-struct run_result {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-std::string read_file(const std::string& name)
-{
-    std::ifstream in(name);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
-bool exists(const std::string& name)
-{
-    struct stat st;
-    return stat(name.c_str(), &st) == 0;
-}
-
-void write_file(const std::string& name, const std::string& text) { std::ofstream(name) << text; }
-
-const char* const valid_module = worked_module_text;
+bool exists(const std::string& name) { return std::ifstream(name).good(); }
 
 class TarnCommand : public ::testing::Test {
 protected:
-    std::string dir;
+    scratch_dir scratch;
+    const std::string& dir = scratch.path;
 
-    void SetUp() override
-    {
-        std::string pattern = testing::TempDir() + "tarn_cmd_XXXXXX";
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        dir = pattern;
-    }
-
-    void TearDown() override { std::system(("rm -rf '" + dir + "'").c_str()); }
-
-    // Runs tarn in `dir` with the arguments as one shell word each, no
-    // display, standard streams caught in files.
-    run_result tarn(const std::vector<std::string>& args)
-    {
-        std::string command = "cd '" + dir + "' && env -u DISPLAY '" TARN_BINARY_DIR "/driver/tarn'";
-        for (const std::string& a : args)
-            command += " '" + a + "'";
-        command += " >'" + dir + "/.out' 2>'" + dir + "/.err'";
-        int raw = std::system(command.c_str());
-        run_result r{WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, read_file(dir + "/.out"), read_file(dir + "/.err")};
-        std::remove((dir + "/.out").c_str());
-        std::remove((dir + "/.err").c_str());
-        return r;
-    }
+    void SetUp() override { scratch.write("m.zkc", worked_module_text); }
+    tarn_output tarn(const std::vector<std::string>& args) { return run_tarn_in(dir, args); }
 
     // The directory holds exactly these names.
     bool only_files(std::initializer_list<std::string> names)
@@ -100,7 +50,7 @@ bool ends_with_closing_line(const std::string& out)
 
 TEST_F(TarnCommand, HelpAndVersion)
 {
-    run_result h = tarn({"-h"});
+    tarn_output h = tarn({"-h"});
     EXPECT_EQ(h.status, 0);
     EXPECT_EQ(h.err, "");
     EXPECT_EQ(h.out,
@@ -133,7 +83,7 @@ TEST_F(TarnCommand, HelpAndVersion)
               "      -csharp : generate an automaton in c# language\n\n"
               "      -qsr : generate an encapsulated quasar file\n");
 
-    run_result v = tarn({"-v"});
+    tarn_output v = tarn({"-v"});
     EXPECT_EQ(v.status, 0);
     EXPECT_EQ(v.out, "TARN : BRAm Finaliser version  3.4.3-4\n");
     EXPECT_EQ(v.err, "");
@@ -141,16 +91,15 @@ TEST_F(TarnCommand, HelpAndVersion)
 
 TEST_F(TarnCommand, UnknownOptionStopsBeforeReading)
 {
-    write_file(dir + "/m.zkc", valid_module);
     // The banner's own spellings that the command refuses, and a file name
     // given after an option.
     for (const char* bad : {"-sc", "-zkc", "-template_valued_simul", "no_suppress_wires", "-C", "-c "}) {
-        run_result r = tarn({"m.zkc", "-c", bad});
+        tarn_output r = tarn({"m.zkc", "-c", bad});
         EXPECT_EQ(r.status, 1) << bad;
         EXPECT_EQ(r.err, std::string("`") + bad + "' unknown option: try tarn -h to known the list ...\n\n");
         EXPECT_EQ(r.out, "");
     }
-    run_result swapped = tarn({"-doc", "m.zkc"});
+    tarn_output swapped = tarn({"-doc", "m.zkc"});
     EXPECT_EQ(swapped.status, 1);
     EXPECT_EQ(swapped.err, "`m.zkc' unknown option: try tarn -h to known the list ...\n\n");
     EXPECT_TRUE(only_files({"m.zkc"}));  // not even the log
@@ -158,9 +107,8 @@ TEST_F(TarnCommand, UnknownOptionStopsBeforeReading)
 
 TEST_F(TarnCommand, FewerThanThreeArgumentsIsThePanelsRoad)
 {
-    write_file(dir + "/m.zkc", valid_module);
     for (const std::vector<std::string>& args : {std::vector<std::string>{}, {"m.zkc"}, {"-c"}}) {
-        run_result r = tarn(args);
+        tarn_output r = tarn(args);
         EXPECT_EQ(r.status, 1);
         EXPECT_EQ(r.out, "");
         EXPECT_EQ(r.err, "tarn: the front panel is not available in this build\n");
@@ -170,8 +118,7 @@ TEST_F(TarnCommand, FewerThanThreeArgumentsIsThePanelsRoad)
 
 TEST_F(TarnCommand, ValidFileWithoutTargets)
 {
-    write_file(dir + "/m.zkc", valid_module);
-    run_result r = tarn({"m.zkc", "-no_suppress_wires"});
+    tarn_output r = tarn({"m.zkc", "-no_suppress_wires"});
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.err, "parsing terminated\n");
     EXPECT_EQ(r.out.rfind("generation of ./m.log\ncompilation finished in ", 0), 0u) << r.out;
@@ -183,8 +130,7 @@ TEST_F(TarnCommand, ValidFileWithoutTargets)
 
 TEST_F(TarnCommand, TargetsComeInTheirFixedOrder)
 {
-    write_file(dir + "/m.zkc", valid_module);
-    run_result r = tarn({"m.zkc", "-qsr", "-systemc", "-csharp", "-vhdl", "-altera", "-c", "-blif", "-nusmv",
+    tarn_output r = tarn({"m.zkc", "-qsr", "-systemc", "-csharp", "-vhdl", "-altera", "-c", "-blif", "-nusmv",
                          "-esterel", "-lustre", "-doc", "-valued_simul", "-c"});
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.err,
@@ -209,15 +155,15 @@ TEST_F(TarnCommand, TargetsComeInTheirFixedOrder)
         << r.out;
     EXPECT_TRUE(only_files({"m.zkc", "m.zkc.log", "m.blif", "m.c", "m.h"}));
 
-    run_result altera = tarn({"m.zkc", "-altera"});
+    tarn_output altera = tarn({"m.zkc", "-altera"});
     EXPECT_EQ(altera.err, "parsing terminated\ntarn: VHDL generation is not available in this build\n");
 }
 
 TEST_F(TarnCommand, InputNameIsCutAtZkcAndSplitAtTheLastSlash)
 {
     ASSERT_EQ(mkdir((dir + "/sub").c_str(), 0755), 0);
-    write_file(dir + "/sub/foo.zkc", valid_module);
-    write_file(dir + "/bar.zkc", valid_module);
+    scratch.write("sub/foo.zkc", worked_module_text);
+    scratch.write("bar.zkc", worked_module_text);
     struct {
         std::string input;
         std::string log_line;
@@ -230,7 +176,7 @@ TEST_F(TarnCommand, InputNameIsCutAtZkcAndSplitAtTheLastSlash)
     };
     for (const auto& c : cases) {
         std::remove(c.log_file.c_str());
-        run_result r = tarn({c.input, "-doc"});
+        tarn_output r = tarn({c.input, "-doc"});
         EXPECT_EQ(r.status, 0) << c.input << "\n" << r.err;
         EXPECT_EQ(r.out.rfind(c.log_line, 0), 0u) << c.input << "\n" << r.out;
         EXPECT_TRUE(exists(c.log_file)) << c.input;
@@ -239,8 +185,8 @@ TEST_F(TarnCommand, InputNameIsCutAtZkcAndSplitAtTheLastSlash)
 
 TEST_F(TarnCommand, UnreadableInputsEndWithStatusOne)
 {
-    write_file(dir + "/bad.zkc", "module: m 0 0\nconnexion: S R T;\nequation_def: 1.5 expressions: end:\n");
-    run_result bad = tarn({"bad.zkc", "-c"});
+    scratch.write("bad.zkc", "module: m 0 0\nconnexion: S R T;\nequation_def: 1.5 expressions: end:\n");
+    tarn_output bad = tarn({"bad.zkc", "-c"});
     EXPECT_EQ(bad.status, 1);
     EXPECT_EQ(bad.err,
               "line 3: syntax error, unexpected TOKEN_REAL, expecting TOKEN_NUMBER\n"
@@ -248,13 +194,13 @@ TEST_F(TarnCommand, UnreadableInputsEndWithStatusOne)
               "parsing terminated\n");
     EXPECT_EQ(bad.out, "");
 
-    run_result missing = tarn({"none.zkc", "-c"});
+    tarn_output missing = tarn({"none.zkc", "-c"});
     EXPECT_EQ(missing.status, 1);
     EXPECT_EQ(missing.err, "FILE NOT FOUND !\nparsing terminated\n");
     EXPECT_EQ(missing.out, "");
 
     // "-v" is an input name once a batch run starts.
-    run_result dash = tarn({"-v", "-c"});
+    tarn_output dash = tarn({"-v", "-c"});
     EXPECT_EQ(dash.status, 1);
     EXPECT_EQ(dash.err, "FILE NOT FOUND !\nparsing terminated\n");
 }

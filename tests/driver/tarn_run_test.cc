@@ -2,13 +2,10 @@
 // derivation corners and the VHDL post-pass with a stand-in generator.
 
 #include "driver/tarn_run.h"
+#include "tests/tarn_process.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
-#include <string>
 #include <unistd.h>
 
 TEST(TarnPaths, DerivedNames)
@@ -38,41 +35,20 @@ TEST(TarnPaths, DerivedNames)
     EXPECT_EQ(here.path("/", "_encapsulated.qsr"), "./foo_encapsulated.qsr");
 }
 
-namespace {
-
-std::string read_file(const std::string& name)
-{
-    std::ifstream in(name);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
 // Runs each test in a fresh working directory: "vhdl_libs.inc" is looked
 // for there, not beside the output.
 class VhdlPostPass : public ::testing::Test {
 protected:
-    std::string dir, old_cwd;
-
-    void SetUp() override
-    {
+    scratch_dir scratch;
+    const std::string& dir = scratch.path;
+    std::string old_cwd = [] {
         char buffer[4096];
-        ASSERT_NE(getcwd(buffer, sizeof buffer), nullptr);
-        old_cwd = buffer;
-        std::string pattern = testing::TempDir() + "tarn_vhdl_XXXXXX";
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        dir = pattern;
-        ASSERT_EQ(chdir(dir.c_str()), 0);
-    }
+        return std::string(getcwd(buffer, sizeof buffer) ? buffer : "/");
+    }();
 
-    void TearDown() override
-    {
-        ASSERT_EQ(chdir(old_cwd.c_str()), 0);
-        std::system(("rm -rf '" + dir + "'").c_str());
-    }
+    void SetUp() override { ASSERT_EQ(chdir(dir.c_str()), 0); }
+    void TearDown() override { ASSERT_EQ(chdir(old_cwd.c_str()), 0); }
 };
-
-}  // namespace
 
 TEST_F(VhdlPostPass, RewritesDoubleUnderscoresAndKeepsTheTemporaryFile)
 {

@@ -1,0 +1,64 @@
+// Scratch directories, whole files and runs of the built tarn, for the
+// tests that drive the command itself.
+#ifndef TARN_TESTS_TARN_PROCESS_H
+#define TARN_TESTS_TARN_PROCESS_H
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+#include <vector>
+
+inline std::string read_file(const std::string& name)
+{
+    std::ifstream in(name);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+// A fresh directory under the test's temporary one, removed with its
+// content at the end of the scope.
+struct scratch_dir {
+    std::string path;
+    scratch_dir()
+    {
+        std::string pattern = testing::TempDir() + "tarn_test_XXXXXX";
+        if (mkdtemp(pattern.data()) != nullptr)
+            path = pattern;
+        EXPECT_FALSE(path.empty()) << "no scratch directory";
+    }
+    ~scratch_dir() { std::system(("rm -rf '" + path + "'").c_str()); }
+    std::string write(const std::string& name, const std::string& text) const
+    {
+        std::ofstream(path + "/" + name) << text;
+        return path + "/" + name;
+    }
+};
+
+struct tarn_output {
+    int status;  // 128 plus the signal if the process was killed
+    std::string out, err;
+};
+
+// The built tarn run in `dir` without a display, each argument one shell
+// word.
+inline tarn_output run_tarn_in(const std::string& dir, const std::vector<std::string>& args)
+{
+    std::string command = "cd '" + dir + "' && env -u DISPLAY '" TARN_BINARY_DIR "/driver/tarn'";
+    for (const std::string& a : args)
+        command += " '" + a + "'";
+    command += " >'" + dir + "/.out' 2>'" + dir + "/.err'";
+    int raw = std::system(command.c_str());
+    tarn_output r{WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw), read_file(dir + "/.out"),
+                  read_file(dir + "/.err")};
+    std::remove((dir + "/.out").c_str());
+    std::remove((dir + "/.err").c_str());
+    return r;
+}
+
+#endif
