@@ -1,4 +1,5 @@
 #include "tests/reader/reader_support.h"
+#include "tests/worked_module.h"
 
 #include "bdd/bddpp.h"
 #include "model/compilation.h"
@@ -28,7 +29,7 @@ Signal* first(std::list<Signal*>* l) { return l != nullptr && !l->empty() ? l->f
 
 TEST(ReaderModule, WorkedExampleGivesVariablesEquationsAndRegister)
 {
-    read_result r = read_zkc(worked_module);
+    read_result r = read_zkc(worked_module_text);
     ASSERT_EQ(r.status, 0) << r.errors;
     Module* m = r.module;
     bddpp_manager* bm = manager_of(m);
@@ -185,40 +186,32 @@ TEST(ReaderModule, NodeTable)
 {
     // i 0/1, j 2/3, o 4/5.
     const std::string head = "module: m 0 0 input: i j ; output: o ; connexion: S R T; ";
+    using pick = bdd (*)(bddpp_manager*, const bdd& i, const bdd& j);
     struct {
         const char* what;
         std::string wood;
-        const char* expected;  // over wire of o, in terms of i and j
+        pick expected;  // over wire of o
     } cases[] = {
         {"a repeated id replaces the first line",
-         "equation_def: 2 0: 0:1:1,-1 1: -1:-3:-3,1 0: 2:1:1,-1 expressions: 1 1 4:0,1,() end:", "j"},
+         "equation_def: 2 0: 0:1:1,-1 1: -1:-3:-3,1 0: 2:1:1,-1 expressions: 1 1 4:0,1,() end:",
+         [](bddpp_manager*, const bdd&, const bdd& j) { return j; }},
         {"children given after their parent",
-         "equation_def: 3 0: 0:2:1,1 2: -1:-3:-3,1 1: 2:2:2,-1 expressions: 1 1 4:0,1,() end:", "i or j"},
+         "equation_def: 3 0: 0:2:1,1 2: -1:-3:-3,1 1: 2:2:2,-1 expressions: 1 1 4:0,1,() end:",
+         [](bddpp_manager* m, const bdd& i, const bdd& j) { return m->Bdd_or(i, j); }},
         {"complemented root", "equation_def: 2 0: 0:1:1,-1 1: -1:-3:-3,1 expressions: 1 1 4:0,-1,() end:",
-         "not i"},
-        {"constant false", "equation_def: 1 0: -1:-3:-3,1 expressions: 1 1 4:0,-1,() end:", "false"},
+         [](bddpp_manager* m, const bdd& i, const bdd&) { return m->Bdd_not(i); }},
+        {"constant false", "equation_def: 1 0: -1:-3:-3,1 expressions: 1 1 4:0,-1,() end:",
+         [](bddpp_manager* m, const bdd&, const bdd&) { return m->Bdd_zero(); }},
         {"a line beyond the count is skipped",
-         "equation_def: 2 0: 0:1:1,-1 1: -1:-3:-3,1 2: 2:1:1,-1 expressions: 1 1 4:0,1,() end:", "i"},
+         "equation_def: 2 0: 0:1:1,-1 1: -1:-3:-3,1 2: 2:1:1,-1 expressions: 1 1 4:0,1,() end:",
+         [](bddpp_manager*, const bdd& i, const bdd&) { return i; }},
     };
     for (const auto& c : cases) {
         read_result r = read_zkc(head + c.wood);
         ASSERT_EQ(r.status, 0) << c.what << r.errors;
         bddpp_manager* bm = manager_of(r.module);
-        bdd i = bm->Bdd_var_by_index(0);
-        bdd j = bm->Bdd_var_by_index(2);
-        bdd expected;
-        std::string e = c.expected;
-        if (e == "j")
-            expected = j;
-        else if (e == "i or j")
-            expected = bm->Bdd_or(i, j);
-        else if (e == "not i")
-            expected = bm->Bdd_not(i);
-        else if (e == "false")
-            expected = bm->Bdd_zero();
-        else
-            expected = i;
-        EXPECT_TRUE(right_of(r.module, 4) == expected) << c.what;
+        EXPECT_TRUE(right_of(r.module, 4) == c.expected(bm, bm->Bdd_var_by_index(0), bm->Bdd_var_by_index(2)))
+            << c.what;
     }
     read_result skipped = read_zkc(head + cases[4].wood);
     EXPECT_EQ(skipped.errors, "detecting bad indice about parsed_nodes_table[]! skipping ...\n");

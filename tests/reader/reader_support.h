@@ -23,8 +23,4 @@ struct run_result {
 };
 run_result run_tarn(const std::string& text, const std::string& options = "-no_suppress_wires");
 
-// The worked module: input i, output o, register n -> r; i 0/1, o 2/3,
-// n 4/5, r 6/7, connexion signals 8 to 13.
-extern const char* const worked_module;
-
 #endif
