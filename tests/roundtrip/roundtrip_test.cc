@@ -3,6 +3,7 @@
 
 #include "driver/tarn_run.h"
 #include "model/module.h"
+#include "tests/worked_module.h"
 
 #include <gtest/gtest.h>
 
@@ -108,10 +109,7 @@ TEST(RoundTrip, ForgottenNamesAreStableNumbers)
 
 TEST(RoundTrip, WorkedModuleInTheWritersLayout)
 {
-    Module* m = read(temp("roundtrip_worked.zkc",
-                          "module: m  0 0\ninput: i ;\noutput: o ;\nlocal: n r;\nregister:\nn r 0;\n\n"
-                          "connexion: SETm RESETm RTLm;\n\nequation_def:\n3\n0: 6:1:1,-1\n1: -1:-3:-3,1\n"
-                          "2: 0:1:1,-1\nexpressions:\n1 1 2:0,1,(6 )\n1 1 4:2,1,(0 )\n1 1 5:2,-1,(0 )\nend:\n"));
+    Module* m = read(temp("roundtrip_worked.zkc", worked_module_text));
     ASSERT_NE(m, nullptr);
     std::string text = written(m, 0);
     EXPECT_EQ(text.substr(0, text.find("equation_def:")),
