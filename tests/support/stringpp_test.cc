@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <string>
+#include <utility>
 
 TEST(StringppConversion, DecimalReadsEveryCharacterArithmetically)
 {
@@ -43,32 +45,25 @@ TEST(StringppConversion, HexAndBinaryReadings)
 
 TEST(StringppConversion, ToText)
 {
-    EXPECT_EQ(hex1toS(0xab), "b");
-    EXPECT_EQ(hex2toS(255), "ff");
-    EXPECT_EQ(hex4toS(10), "000a");
-    EXPECT_EQ(hex8toS(-1), "ffffffff");
-    EXPECT_EQ(bin8toS(5), "00000101");
-    EXPECT_EQ(unslongbyS(8), "10");
-    EXPECT_EQ(unslongbyS(0), "0");
-    EXPECT_EQ(dtoS(-1.5, 2), "-1.50");
-    EXPECT_EQ(dtoS(3.0, 0), "3");
+    const std::pair<std::string, std::string> cases[] = {
+        {hex1toS(0xab), "b"}, {hex2toS(255), "ff"}, {hex4toS(10), "000a"}, {hex8toS(-1), "ffffffff"},
+        {bin8toS(5), "00000101"}, {unslongbyS(8), "10"}, {unslongbyS(0), "0"}, {dtoS(-1.5, 2), "-1.50"},
+        {dtoS(3.0, 0), "3"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.first, c.second);
 }
 
 TEST(StringppChecks, SyntaxChecks)
 {
-    EXPECT_FALSE(checkuint(""));
-    EXPECT_FALSE(checkint(""));
-    EXPECT_FALSE(checkint("-"));
-    EXPECT_TRUE(checkint("-5"));
-    EXPECT_FALSE(checkint("5-"));
-    EXPECT_TRUE(checkhex(""));
-    EXPECT_TRUE(checkbin(""));
-    EXPECT_FALSE(checkbin("012"));
-    EXPECT_TRUE(checkhexintel("1Fh"));
-    EXPECT_FALSE(checkhexintel("1FH"));
-    EXPECT_FALSE(checkhexintel("1gh"));
-    EXPECT_TRUE(beginbynumber("1a"));
-    EXPECT_FALSE(beginbynumber(""));
+    const std::pair<bool, bool> checks[] = {
+        {checkuint(""), false}, {checkint(""), false}, {checkint("-"), false}, {checkint("-5"), true},
+        {checkint("5-"), false}, {checkhex(""), true}, {checkbin(""), true}, {checkbin("012"), false},
+        {checkhexintel("1Fh"), true}, {checkhexintel("1FH"), false}, {checkhexintel("1gh"), false},
+        {beginbynumber("1a"), true}, {beginbynumber(""), false}, {est_lc(','), true}, {est_lc('@'), true},
+        {est_lc('-'), false}, {check_ISO_8859_1_alphabetical_letter('\xe9'), true},
+        {check_ISO_8859_1_alphabetical_letter('\xd7'), false},  // multiplication sign
+    };
+    for (std::size_t k = 0; k < std::size(checks); ++k) EXPECT_EQ(checks[k].first, checks[k].second) << k;
 
     struct { const char* text; char sep; bool ok; } doubles[] = {
         {"0", '.', true}, {"-0", '.', false}, {"-0.5", '.', true}, {"01", '.', false},
@@ -86,11 +81,6 @@ TEST(StringppChecks, SyntaxChecks)
         EXPECT_EQ(checkvarname(c.text), c.plain) << c.text;
         EXPECT_EQ(checkvarname_with_pre_underscore(c.text), c.underscore) << c.text;
     }
-    EXPECT_TRUE(est_lc(','));
-    EXPECT_TRUE(est_lc('@'));
-    EXPECT_FALSE(est_lc('-'));
-    EXPECT_TRUE(check_ISO_8859_1_alphabetical_letter('\xe9'));
-    EXPECT_FALSE(check_ISO_8859_1_alphabetical_letter('\xd7'));  // multiplication sign
 }
 
 TEST(StringppCase, AccentsAreMappedOrDropped)
@@ -103,17 +93,13 @@ TEST(StringppCase, AccentsAreMappedOrDropped)
 
 TEST(StringppCutting, PositionsAndBounds)
 {
-    EXPECT_EQ(my_at("abcd", 1, 3), "bc");
-    EXPECT_EQ(my_at("abcd", 3, 9), "d");
-    EXPECT_EQ(my_at("abcd", 5, 9), "");
-    EXPECT_EQ(my_before("abc", 10), "abc");
-    EXPECT_EQ(my_before("abc", 0), "");
-    EXPECT_EQ(my_after("abc", 1), "bc");
-    EXPECT_EQ(my_after("abc", 3), "");
-    EXPECT_EQ(bdelete("ab"), "");
-    EXPECT_EQ(bdelete("abc"), "b");
-    EXPECT_EQ(cancel_begin_end_spaces("   "), "");
-    EXPECT_EQ(cancel_begin_end_spaces("  a b "), "a b");
+    const std::pair<std::string, std::string> cases[] = {
+        {my_at("abcd", 1, 3), "bc"}, {my_at("abcd", 3, 9), "d"}, {my_at("abcd", 5, 9), ""},
+        {my_before("abc", 10), "abc"}, {my_before("abc", 0), ""}, {my_after("abc", 1), "bc"},
+        {my_after("abc", 3), ""}, {bdelete("ab"), ""}, {bdelete("abc"), "b"},
+        {cancel_begin_end_spaces("   "), ""}, {cancel_begin_end_spaces("  a b "), "a b"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.first, c.second);
     EXPECT_EQ(char_occurences("a.b.c", '.'), 2);
     EXPECT_TRUE(contains("abc", "bc"));
     EXPECT_EQ(find("abc", "x"), std::string::npos);
@@ -122,12 +108,12 @@ TEST(StringppCutting, PositionsAndBounds)
 
 TEST(StringppCutting, ContainsTokenLooksOnlyBehindTheFirstOccurrence)
 {
-    EXPECT_TRUE(contains_token("ab cd", "ab"));
-    EXPECT_TRUE(contains_token("cd ab", "ab"));  // end of string fits
-    EXPECT_FALSE(contains_token("abc", "ab"));
-    EXPECT_FALSE(contains_token("ab\xe9", "ab"));
-    EXPECT_TRUE(contains_token("xab_", "ab"));
-    EXPECT_FALSE(contains_token("abc ab", "ab"));  // only the first occurrence counts
+    const std::pair<bool, bool> checks[] = {
+        {contains_token("ab cd", "ab"), true}, {contains_token("cd ab", "ab"), true},
+        {contains_token("abc", "ab"), false}, {contains_token("ab\xe9", "ab"), false},
+        {contains_token("xab_", "ab"), true}, {contains_token("abc ab", "ab"), false},
+    };
+    for (std::size_t k = 0; k < std::size(checks); ++k) EXPECT_EQ(checks[k].first, checks[k].second) << k;
 }
 
 TEST(StringppTokens, NextStringtokenKinds)
@@ -180,14 +166,14 @@ TEST(StringppTokens, Records)
 
 TEST(StringppSubstitution, LeftToRightWithoutRescanning)
 {
-    EXPECT_EQ(substitute_string("a___b", "__", "_X_"), "a_X__b");
-    EXPECT_EQ(substitute_string("aaa", "a", "aa"), "aaaaaa");
-    EXPECT_EQ(substitute_string("abc", "", "x"), "abc");
-    EXPECT_EQ(substitute_char("a.b.c", '.', '_'), "a_b_c");
-    EXPECT_EQ(substitute_char("a.b", '.', std::string("->")), "a->b");
-    EXPECT_EQ(substitute_token("a ab a_b ba a.a", "a", "X"), "X ab a_b ba X.X");
-    EXPECT_EQ(substitute_token("aa", "a", "X"), "aa");
-    EXPECT_EQ(clever_substitute_space("  a   b c ", '_'), "a_b_c");
+    const std::pair<std::string, std::string> cases[] = {
+        {substitute_string("a___b", "__", "_X_"), "a_X__b"}, {substitute_string("aaa", "a", "aa"), "aaaaaa"},
+        {substitute_string("abc", "", "x"), "abc"}, {substitute_char("a.b.c", '.', '_'), "a_b_c"},
+        {substitute_char("a.b", '.', std::string("->")), "a->b"},
+        {substitute_token("a ab a_b ba a.a", "a", "X"), "X ab a_b ba X.X"},
+        {substitute_token("aa", "a", "X"), "aa"}, {clever_substitute_space("  a   b c ", '_'), "a_b_c"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.first, c.second);
 }
 
 TEST(StringppFilters, RtfRowsSeeEarlierResults)
@@ -203,15 +189,15 @@ TEST(StringppFilters, RtfRowsSeeEarlierResults)
 
 TEST(StringppFileNames, SeparatorsAndExtensions)
 {
-    EXPECT_EQ(extract_filename_path("a\\b/c.txt"), "a\\b");
-    EXPECT_EQ(extract_filename_name("a/b\\c.txt"), "c.txt");
-    EXPECT_EQ(extract_filename_name("c.txt"), "c.txt");
-    EXPECT_EQ(extract_filename_path("c.txt"), "");
-    EXPECT_EQ(supress_filename_extension("a/b.c.d"), "a/b.c");
-    EXPECT_EQ(supress_filename_extension("dir.d/file"), "dir.d/file");
-    EXPECT_EQ(relative_directory_path("/a/b", "/a/c/d"), "../c/d/");
-    EXPECT_EQ(relative_directory_path("/a/b/", "/a/b"), "");
-    EXPECT_EQ(relative_directory_path("/a", "/a/./x/../y"), "y/");
+    const std::pair<std::string, std::string> cases[] = {
+        {extract_filename_path("a\\b/c.txt"), "a\\b"}, {extract_filename_name("a/b\\c.txt"), "c.txt"},
+        {extract_filename_name("c.txt"), "c.txt"}, {extract_filename_path("c.txt"), ""},
+        {supress_filename_extension("a/b.c.d"), "a/b.c"},
+        {supress_filename_extension("dir.d/file"), "dir.d/file"},
+        {relative_directory_path("/a/b", "/a/c/d"), "../c/d/"},
+        {relative_directory_path("/a/b/", "/a/b"), ""}, {relative_directory_path("/a", "/a/./x/../y"), "y/"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.first, c.second);
     EXPECT_FALSE(my_current_directory().empty());
 }
 
