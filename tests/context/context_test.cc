@@ -19,23 +19,10 @@ TEST(Compilation, StatusCodesAndNames)
     EXPECT_EQ(Compilation::createRESETName("m"), "RESETm");
 }
 
-TEST(Compilation, HashTableText)
-{
-    EXPECT_EQ(Compilation::hashTableAddText("", "m"), "Exception in Hash Table: add:m is already defined");
-    EXPECT_EQ(Compilation::hashTableAddText("T", "m"), "Exception in Hash Table: T: add:m is already defined");
-}
-
 TEST(CompilationDeathTest, FatalWritesErrorStreamAndExitsOne)
 {
     EXPECT_EXIT(Compilation::UndefinedTypeException("foo"), ::testing::ExitedWithCode(1),
                 "Error: Undefined type: foo\n");
     EXPECT_EXIT(Compilation::HashTableAddException("", "m"), ::testing::ExitedWithCode(1),
                 "Exception in Hash Table: add:m is already defined");
-}
-
-TEST(Compilation, ZkcModuleTableStartsEmpty)
-{
-    ASSERT_NE(Compilation::ZkcModTable, nullptr);
-    EXPECT_TRUE(Compilation::ZkcModTable->table.empty());
-    EXPECT_EQ(Compilation::ZkcModTable->get("none"), nullptr);
 }
