@@ -28,11 +28,9 @@ TEST(Signal, VariablesComeLastOverBeforeUnderInCreationOrder)
     Signal* a = new Signal("a", &m, wood);
     Signal* b = new Signal("b", "b_2", &m, wood);
     EXPECT_EQ(variableNames(wood), (std::vector<std::string>{"free", "_s_a", "_v_a", "_s_b_2", "_v_b_2"}));
-    EXPECT_EQ(a->getOverBddId(&m, wood), 1);
-    EXPECT_EQ(a->getUnderBddId(&m, wood), 2);
-    EXPECT_EQ(b->getOverBddId(&m, wood), 3);
-    EXPECT_EQ(b->getUnderBddId(&m, wood), 4);
-    EXPECT_EQ(b->getOriginalName(), "b");
+    EXPECT_EQ((std::vector<long>{a->getOverBddId(&m, wood), a->getUnderBddId(&m, wood), b->getOverBddId(&m, wood),
+                                 b->getUnderBddId(&m, wood)}),
+              (std::vector<long>{1, 2, 3, 4}));
     EXPECT_EQ(b->getOverName(&m), "_s_b_2");
     EXPECT_EQ(b->getUnderName(&m), "_v_b_2");
     EXPECT_EQ(b->getOverBdd(&m, wood), wood->Bdd_var_by_index(3));
@@ -94,22 +92,8 @@ TEST(Signal, KindCodesFollowFlagPriority)
         EXPECT_EQ(s->computeOverType(), c.over) << c.what;
         EXPECT_EQ(s->computeUnderType(), c.under) << c.what;
     }
-}
-
-TEST(Signal, FlagSettersAndTheWireConstructor)
-{
-    Module m("m");
-    Signal* s = new Signal("s", &m, m.getBddWood());
-    EXPECT_FALSE(s->isWire() || s->isRegister() || s->isWired());
-    EXPECT_EQ(s->getValueType(&m), "pure");
     Signal* wired = new Signal("w", "w_i", &m, m.getBddWood(), true);
     EXPECT_TRUE(wired->isWire() && wired->isRegister() && wired->isWired());
-    s->setInput();
-    s->setOutput();
-    s->setLocal();
-    EXPECT_TRUE(s->isLocal() && !s->isInput() && !s->isOutput());
-    s->setRegister();
-    EXPECT_TRUE(s->isWire());
 }
 
 TEST(Signal, AtSignInNamesIsKeptUntilReplaced)
@@ -136,12 +120,10 @@ TEST(Signal, OccurrencesGetTheirOwnWiresAtTheEnd)
     EXPECT_EQ(x->newOccurrence(wood, &m), x);
     EXPECT_EQ(x->getCurrentOccurrence(wood), 1);
     EXPECT_EQ(x->getName(&m), "x_1");
-    EXPECT_EQ(x->getOverBddId(&m, wood), 4);
-    EXPECT_EQ(x->getUnderBddId(&m, wood), 5);
-    EXPECT_EQ(x->getInitialOverBddId(&m, wood), 0);
-    EXPECT_EQ(x->getInitialUnderBddId(&m, wood), 1);
-    EXPECT_EQ(wood->Name_var_by_index(4), "_s_x_1");
-    EXPECT_EQ(wood->Name_var_by_index(5), "_v_x_1");
+    EXPECT_EQ((std::vector<long>{x->getOverBddId(&m, wood), x->getUnderBddId(&m, wood),
+                                 x->getInitialOverBddId(&m, wood), x->getInitialUnderBddId(&m, wood)}),
+              (std::vector<long>{4, 5, 0, 1}));
+    EXPECT_EQ(variableNames(wood)[4] + " " + variableNames(wood)[5], "_s_x_1 _v_x_1");
     // The new occurrence inherits the value type.
     EXPECT_TRUE(x->isValued(&m));
     EXPECT_EQ(x->getValueType(&m), "int");
@@ -268,20 +250,6 @@ TEST(Expression, RootJoinsOnlyWhenNeitherSideDecides)
     EXPECT_EQ(lastB, &other);
     Expression::newOrExpression = nullptr;
     Expression::newAndExpression = nullptr;
-}
-
-TEST(Signal, PrintsItsInternalNameAndItsWires)
-{
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
-    Signal* x = new Signal("x", "x_k", &m, wood);
-    std::ostringstream name, over, under;
-    x->print(name);
-    x->printOverBdd(over, &m, wood);
-    x->printUnderBdd(under, &m, wood);
-    EXPECT_EQ(name.str(), "x_k");
-    EXPECT_EQ(over.str(), "_s_x_k");
-    EXPECT_EQ(under.str(), "_v_x_k");
 }
 
 using SignalDeathTest = ::testing::Test;
