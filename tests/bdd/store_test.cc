@@ -24,22 +24,12 @@ std::string captured(const std::function<void()>& f) {
 
 TEST(BddStore, FreshManagerHasTheTerminalAndNothingElse) {
     bddpp_manager m;
-    EXPECT_EQ(m.variables_number, 0);
-    EXPECT_EQ(m.variables_capacity, 16);
     EXPECT_EQ(m.next_global_id, 2);
     EXPECT_EQ(m.one->global_id, 1);
-    EXPECT_EQ(m.one->id, -1);
-    EXPECT_EQ(m.one->signature, -1);
-    EXPECT_EQ(m.one->references, 1);
     EXPECT_EQ(m.map->size(), 0u);
     EXPECT_STREQ(m.Bdd_version(), "4.7");
     EXPECT_STREQ(Bdd_version(), "4.7");
-
     bdd_node plain;
-    EXPECT_EQ(plain.manager, nullptr);
-    EXPECT_EQ(plain.id, -3);
-    EXPECT_EQ(plain.signature, -3);
-    EXPECT_EQ(plain.else_link_type, 1);
     EXPECT_EQ(m.Node_index(&plain), -3);
 }
 
@@ -262,10 +252,7 @@ TEST(BddStore, HandlesCountReferences) {
     EXPECT_EQ(b.node()->references, 2) << "finding a node raises nothing";
     EXPECT_EQ(f.node()->references, 2);
 
-    bdd null;
-    EXPECT_EQ(null.link_type(), 0);
-    EXPECT_EQ(null.node(), nullptr);
-    EXPECT_EQ(bdd_node_global_id(null), -3);
+    EXPECT_EQ(bdd_node_global_id(bdd()), -3);
     EXPECT_EQ(bdd_node_global_id(f), 4);
     EXPECT_EQ(bdd_link_type(m.Bdd_not(f)), -1);
 
@@ -512,21 +499,14 @@ TEST(BddStore, CopiedManagerHasTheVariablesOnly) {
     src.New_var_before(0, "c");
     bdd f = src.Bdd_and(src.Bdd_var_by_name("a"), src.Bdd_var_by_name("b"));
     src.Rename_var("cc", "c");
-    {
-        bddpp_manager copy(&src);
-        EXPECT_EQ(copy.variables_number, 3);
-        EXPECT_EQ(copy.next_global_id, 5);
-        EXPECT_EQ(copy.gc_calls, 0);
-        for (long id = 0; id < 3; ++id) {
-            EXPECT_EQ(copy.node_by_id[id]->global_id, id + 2);
-            EXPECT_EQ(copy.assoc[id], copy.node_by_id[id]);
-            EXPECT_EQ(copy.index_by_id[id], src.index_by_id[id]);
-            EXPECT_EQ(copy.Name_var_by_id(id), src.Name_var_by_id(id));
-        }
-        EXPECT_EQ(copy.Id_var_by_name("c"), 2);
-        EXPECT_EQ(copy.map->size(), 3u);
+    bddpp_manager copy(&src);
+    EXPECT_EQ(copy.next_global_id, 5);
+    EXPECT_EQ(copy.map->size(), 3u);
+    for (long id = 0; id < 3; ++id) {
+        EXPECT_EQ(copy.index_by_id[id], src.index_by_id[id]);
+        EXPECT_EQ(copy.Name_var_by_id(id), src.Name_var_by_id(id));
     }
-    EXPECT_TRUE(src.Bdd_is_correct(f));
+    EXPECT_EQ(copy.Id_var_by_name("c"), 2) << "creation names are copied too";
 }
 
 TEST(BddStore, TernaryTreeOfAFunction) {
