@@ -138,15 +138,3 @@ TEST(ParseExpression, DeepNestingExhaustsTheStackLimit)
     EXPECT_EQ(v.m.Parse_expression(fits, error), v.m.Bdd_not(v.b));
     EXPECT_EQ(error, 0);
 }
-
-TEST(ParseExpression, ParserObjectKeepsPriorityAndResult)
-{
-    Vars v;
-    class_exp_bdd_parser parser(&v.m);
-    EXPECT_EQ(pexp_bdd_parser, &parser);
-    EXPECT_EQ(parser.bddexpression().link_type(), 0);
-    EXPECT_EQ(parser.parse("<7> a and b"), 0);
-    EXPECT_EQ(parser.prio(), 7);
-    EXPECT_EQ(parser.bddexpression(), v.m.Bdd_and(v.a, v.b));
-    EXPECT_EQ(parser.token, "b");
-}
