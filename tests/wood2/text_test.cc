@@ -95,29 +95,6 @@ TEST(EquationText, WithoutWoodOrRightMember)
     EXPECT_EQ(b.at("v")->debug_in_string(), "<v> v = value_of()  weight: 1 usertype: 0");
 }
 
-TEST(WoodText, StatOfEmptyWood)
-{
-    Bddexpressionwood empty;
-    std::ostringstream out;
-    empty.stat(out);
-    EXPECT_EQ(without_addresses(out.str()),
-              "wood Bddexpression statistics:\n"
-              "  - adress: @\n"
-              "  - bbd variables number of the bdd manager: 0\n"
-              "  - variables number used : 0\n"
-              "  - arrays's length  : 1\n"
-              "  - expression ids set {}\n"
-              "  - nb levels 0\n"
-              "      level: 0\n"
-              "        early date: \n"
-              "        late date: \n"
-              "\n"
-              "   earliest date sorting:\n"
-              "\n"
-              "   latest date sorting:\n"
-              "\n");
-}
-
 TEST_F(SmallWoodText, EarlyDependanceTree)
 {
     b.var("z");
