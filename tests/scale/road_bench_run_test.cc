@@ -19,7 +19,7 @@ TEST(RoadBenchRun, ReportsHowTheChildEnded)
     const row rows[] = {
         {{"/bin/sh", "-c", "exit 0"}, 60, 0, 0, "status 0"},
         {{"/bin/sh", "-c", "exit 3"}, 60, 3, 0, "status 3"},
-        {{"/bin/sh", "-c", "kill -SEGV $$"}, 60, -1, 11, "signal 11"},
+        {{"/bin/sh", "-c", "kill -TERM $$"}, 60, -1, 15, "signal 15"},
         {{"/nonexistent/program"}, 60, 127, 0, "status 127"},
         {{"/bin/sleep", "30"}, 0.2, -1, 9, "timeout"},  // killed, not waited for
     };
