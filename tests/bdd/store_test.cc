@@ -37,21 +37,17 @@ TEST(BddStore, VariablesLastAreNumberedInOrderAndNamesAreUnique) {
     bddpp_manager m;
     bdd a = m.New_var_last("a");
     bdd b = m.New_var_last("b");
-    EXPECT_EQ(a.node()->global_id, 2);
-    EXPECT_EQ(b.node()->global_id, 3);
-    EXPECT_EQ(a.node()->then_node, m.one);
-    EXPECT_EQ(a.node()->else_node, m.one);
-    EXPECT_EQ(a.node()->else_link_type, -1);
+    EXPECT_EQ((std::vector<long>{a.node()->global_id, b.node()->global_id, a.node()->else_link_type}),
+              (std::vector<long>{2, 3, -1}));
+    EXPECT_TRUE(a.node()->then_node == m.one && a.node()->else_node == m.one);
     EXPECT_EQ(m.one->references, 1) << "variable nodes do not count on the terminal";
 
-    bdd again = m.New_var_last("a");
-    EXPECT_EQ(again, a);
+    EXPECT_EQ(m.New_var_last("a"), a);
     EXPECT_EQ(m.variables_number, 2);
     EXPECT_EQ(m.next_global_id, 4);
-    EXPECT_EQ(m.Id_var_by_name("b"), 1);
-    EXPECT_EQ(m.Index_var_by_name("b"), 1);
-    EXPECT_EQ(m.Id_var_by_name("zz"), -1);
-    EXPECT_EQ(m.Index_var_by_name("zz"), -1);
+    EXPECT_EQ((std::vector<long>{m.Id_var_by_name("b"), m.Index_var_by_name("b"), m.Id_var_by_name("zz"),
+                                 m.Index_var_by_name("zz")}),
+              (std::vector<long>{1, 1, -1, -1}));
     EXPECT_EQ(m.Bdd_var_by_name("b"), b);
     EXPECT_TRUE(m.Bdd_is_zero_tautologic(m.Bdd_var_by_name("zz")));
 }
@@ -86,9 +82,8 @@ TEST(BddStore, PlacingVariablesShiftsIndexesButKeepsFunctions) {
 
     bdd x = m.New_var_before(0, "x");
     EXPECT_EQ(m.Bdd_if_id(x), 2);
-    EXPECT_EQ(m.Bdd_if_index(x), 0);
-    EXPECT_EQ(m.Bdd_if_index(a), 1);
-    EXPECT_EQ(m.Bdd_if_index(b), 2);
+    EXPECT_EQ((std::vector<long>{m.Bdd_if_index(x), m.Bdd_if_index(a), m.Bdd_if_index(b)}),
+              (std::vector<long>{0, 1, 2}));
     EXPECT_EQ((std::vector<long>(m.id_by_index.begin(), m.id_by_index.begin() + 3)),
               (std::vector<long>{2, 0, 1}));
     EXPECT_EQ(m.Name_var_by_index(0), "x");
@@ -372,9 +367,8 @@ TEST(BddStore, MarksNumberCones) {
     bdd f = m.Bdd_and(a, b);
     EXPECT_EQ(m.Bdd_size(f), 3);
     EXPECT_EQ(m.Bdd_size(f), 3) << "the terminal is cleared with the cone";
-    EXPECT_EQ(f.node()->incremental_id, 0);
-    EXPECT_EQ(b.node()->incremental_id, 1);
-    EXPECT_EQ(m.one->incremental_id, 2);
+    EXPECT_EQ((std::vector<long>{f.node()->incremental_id, b.node()->incremental_id, m.one->incremental_id}),
+              (std::vector<long>{0, 1, 2}));
     EXPECT_EQ(f.node()->mark, 1);
 
     m.Bdd_clear_marks(f);
