@@ -35,13 +35,23 @@ struct shape {
     bdd_node* else_node;
     int else_link_type;
     long global_id;
+    bool operator==(const shape& o) const {
+        return link == o.link && then_node == o.then_node && else_node == o.else_node &&
+               else_link_type == o.else_link_type && global_id == o.global_id;
+    }
 };
+std::ostream& operator<<(std::ostream& out, const shape& s) {
+    return out << s.link << " " << s.then_node << " " << s.else_node << " " << s.else_link_type << " #"
+               << s.global_id;
+}
+shape shape_of(const bdd& r) {
+    return {r.link_type(), r.node()->then_node, r.node()->else_node, r.node()->else_link_type,
+            r.node()->global_id};
+}
 
 TEST_P(two_vars, ConnectivesOfTwoLiteralsHaveTheirExactShapes) {
-    bdd_node* na = a.node();
     bdd_node* nb = b.node();
     bdd_node* one = m.one;
-    (void)na;
     struct {
         const char* what;
         std::function<bdd()> op;
@@ -63,11 +73,7 @@ TEST_P(two_vars, ConnectivesOfTwoLiteralsHaveTheirExactShapes) {
         SCOPED_TRACE(c.what);
         bdd r = c.op();
         ASSERT_NE(r.node(), nullptr);
-        EXPECT_EQ(r.link_type(), c.expected.link);
-        EXPECT_EQ(r.node()->then_node, c.expected.then_node);
-        EXPECT_EQ(r.node()->else_node, c.expected.else_node);
-        EXPECT_EQ(r.node()->else_link_type, c.expected.else_link_type);
-        EXPECT_EQ(r.node()->global_id, c.expected.global_id);
+        EXPECT_EQ(shape_of(r), c.expected);
         EXPECT_EQ(r.node()->id, 0);
     }
     EXPECT_EQ(m.next_global_id, 8) << "equal operands find their node again";
@@ -78,11 +84,7 @@ TEST_P(two_vars, XorMakesANodeOfTwoEqualChildrenWithOppositeLinks) {
     // b, with opposite links, which still makes a node.
     bdd x = m.Bdd_xor(a, b);
     EXPECT_EQ(m.next_global_id, 7);
-    EXPECT_EQ(x.link_type(), -1);
-    EXPECT_EQ(x.node()->global_id, 6);
-    EXPECT_EQ(x.node()->then_node, b.node());
-    EXPECT_EQ(x.node()->else_node, b.node());
-    EXPECT_EQ(x.node()->else_link_type, -1);
+    EXPECT_EQ(shape_of(x), (shape{-1, b.node(), b.node(), -1, 6}));
     EXPECT_EQ(m.Bdd_xnor(a, b), m.Bdd_not(x));
     EXPECT_EQ(m.Bdd_eq(a, b), m.Bdd_not(x));
     EXPECT_TRUE(m.Bdd_is_zero_tautologic(m.Bdd_xor(a, a)));
@@ -121,11 +123,7 @@ TEST_P(two_vars, IteComposesLeftToRight) {
     bdd c = m.New_var_last("c");  // global id 4
     // a and b (5), not a and c (6), their or (7).
     bdd r = m.Bdd_ite(a, b, c);
-    EXPECT_EQ(r.node()->global_id, 7);
-    EXPECT_EQ(r.link_type(), 1);
-    EXPECT_EQ(r.node()->then_node, b.node());
-    EXPECT_EQ(r.node()->else_node, c.node());
-    EXPECT_EQ(r.node()->else_link_type, 1);
+    EXPECT_EQ(shape_of(r), (shape{1, b.node(), c.node(), 1, 7}));
     EXPECT_EQ(m.Bdd_ite(1, 0L, b, c), r);
     EXPECT_EQ(m.Bdd_ite(-1, 0L, c, b), r);
     EXPECT_EQ(m.Bdd_ite(1, -1L, b, c), b) << "index -1 selects the terminal";

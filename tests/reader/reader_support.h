@@ -1,10 +1,12 @@
 #ifndef TARN_TESTS_READER_SUPPORT_H
 #define TARN_TESTS_READER_SUPPORT_H
 
-#include <string>
+#include "tests/tarn_process.h"
+#include "zkc/parse_supl.h"
+#include "zkc/zkc_scanner.h"
 
-class Module;
-class class_zkc_parser;
+#include <sstream>
+#include <string>
 
 // A text read in this process, as the driver reads a file: status 0 and
 // the module on success. The parser stays alive for its tables.
@@ -14,13 +16,35 @@ struct read_result {
     class_zkc_parser* parser = nullptr;
     std::string errors;  // the error stream during the read
 };
-read_result read_zkc(const std::string& text, const std::string& suffix = "");
+
+inline read_result read_zkc(const std::string& text, const std::string& suffix = "")
+{
+    read_result r;
+    std::istringstream in(text);
+    std::fstream log("/dev/null", std::ios::out);
+    r.parser = new class_zkc_parser();
+    zkcFlexLexer lexer(&in, &log);
+    r.parser->scanner = &lexer;
+    std::string s = suffix;
+    testing::internal::CaptureStderr();
+    r.status = r.parser->parse(log, 0, s);
+    r.errors = testing::internal::GetCapturedStderr();
+    r.parser->scanner = nullptr;
+    if (r.status == 0)
+        r.module = r.parser->module;
+    return r;
+}
 
 // The built tarn on a file holding `text`, with `options` behind the name.
 struct run_result {
     int status = -1;
     std::string errors;
 };
-run_result run_tarn(const std::string& text, const std::string& options = "-no_suppress_wires");
+inline run_result run_tarn(const std::string& text, const std::string& options = "-no_suppress_wires")
+{
+    scratch_dir dir;
+    tarn_output r = run_tarn_in(dir.path, {dir.write("m.zkc", text), options});
+    return {r.status, r.err};
+}
 
 #endif
