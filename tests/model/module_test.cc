@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace {
 
 // A module as the reader leaves it: original names plus a suffix as internal
@@ -144,12 +146,9 @@ TEST(Module, ListConstructorTakesConnexionsAndFlagsRegisters)
     auto* connexions = new std::list<Signal*>{s, r, t};
     auto* locals = new std::list<Signal*>{a, n};
     Module m("m", nullptr, nullptr, locals, nullptr, nullptr, regs, connexions, wood);
-    EXPECT_EQ(m.getSet(), s);
-    EXPECT_EQ(m.getReset(), r);
-    EXPECT_EQ(m.getRtl(), t);
+    EXPECT_EQ((std::vector<Signal*>{m.getSet(), m.getReset(), m.getRtl()}), (std::vector<Signal*>{s, r, t}));
     EXPECT_EQ(m.getLocalSignalList(), locals);
-    EXPECT_TRUE(a->isRegister() && a->isWire());
-    EXPECT_TRUE(n->isRegister() && n->isWire());
+    EXPECT_TRUE(a->isRegister() && a->isWire() && n->isRegister() && n->isWire());
 }
 
 TEST(Module, CopyKeepsVariablesAndSharesNoSignal)
@@ -189,9 +188,7 @@ TEST(Module, CopyKeepsVariablesAndSharesNoSignal)
     ASSERT_NE(cw->exp_by_index(out->getInitialOverBddId(&m, wood)), nullptr);
 
     regclass* reg = copy.getRegisterList()->front();
-    EXPECT_EQ(reg->actual_var(), copy.getLocalSignal("r"));
-    EXPECT_EQ(reg->next_var(), copy.getLocalSignal("n"));
-    EXPECT_EQ(reg->is_initialy_true(), 1);
+    EXPECT_EQ(*reg, regclass(copy.getLocalSignal("r"), copy.getLocalSignal("n"), 1));
     EXPECT_TRUE(reg->actual_var()->isRegister());
     EXPECT_EQ(copy.getPreSignalList()->front()->getActual(), cout);
     EXPECT_EQ(copy.getPreSignal("po"), copy.getPreSignalList()->front()->getPre());

@@ -225,9 +225,8 @@ TEST(WoodTables, InsertingAVariableShiftsEverySlotAbove)
     Bddexpression* b = t.eq("b", a->bdd_var);
     t.wood.New_var_before_by_index(1, "n"); // between x and a
     EXPECT_EQ(t.idx("n"), 1);
-    EXPECT_EQ(t.wood.exp_table[1], nullptr);
-    EXPECT_EQ(t.wood.exp_table[2], a);
-    EXPECT_EQ(t.wood.exp_table[3], b);
+    EXPECT_EQ((std::vector<Bddexpression*>(t.wood.exp_table + 1, t.wood.exp_table + 4)),
+              (std::vector<Bddexpression*>{nullptr, a, b}));
     EXPECT_EQ(t.wood.exp_ids, (std::set<long>{2, 3}));
     EXPECT_EQ(t.readers("x"), std::set<long>{2});
     EXPECT_EQ(t.readers("a"), std::set<long>{3});
