@@ -10,6 +10,7 @@
 #include "model/module.h"
 #include "model/signal.h"
 #include "wood/Bddexpression.h"
+#include "tests/tarn_process.h"
 
 #include <gtest/gtest.h>
 
@@ -40,24 +41,6 @@ using port_values = std::map<std::string, std::vector<int>>; // port -> value pe
 int run(const std::string& command) { return WEXITSTATUS(std::system(command.c_str())); }
 
 bool have(const char* tool) { return run(std::string("command -v ") + tool + " > /dev/null 2>&1") == 0; }
-
-std::string slurp(const std::string& path)
-{
-    std::ifstream in(path);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
-struct scratch {
-    std::string dir;
-    scratch()
-    {
-        char name[] = "/tmp/tarn_consumers_XXXXXX";
-        dir = mkdtemp(name);
-    }
-    ~scratch() { std::system(("rm -rf '" + dir + "'").c_str()); }
-};
 
 // The reaction's parameters as the header declares them: "int x" is an
 // input, "int*x" an output. False when a parameter is of another type.
@@ -95,10 +78,10 @@ trace random_trace(std::size_t ports, unsigned seed)
 
 // Compiles the module's C with a driver that resets once and reacts once
 // per line of inputs, printing the outputs.
-port_values run_c(const scratch& s, const std::string& module, const std::vector<std::string>& inputs,
+port_values run_c(const scratch_dir& s, const std::string& module, const std::vector<std::string>& inputs,
                   const std::vector<std::string>& outputs, const trace& t)
 {
-    std::ofstream driver(s.dir + "/driver.c");
+    std::ofstream driver(s.path + "/driver.c");
     driver << "#include <stdio.h>\n#include \"" << module << ".h\"\nint main(void) {\n";
     driver << "  int in[" << inputs.size() + 1 << "], out[" << outputs.size() + 1 << "];\n";
     driver << "  " << module << "_reset_automaton();\n  for (;;) {\n";
@@ -119,19 +102,19 @@ port_values run_c(const scratch& s, const std::string& module, const std::vector
     driver << "    printf(\"\\n\");\n  }\n}\n";
     driver.close();
 
-    std::string err = s.dir + "/gcc.txt";
-    EXPECT_EQ(run("cd '" + s.dir + "' && gcc " + cflags + " -o driver driver.c " + module + ".c 2> gcc.txt"), 0)
-        << slurp(err);
-    std::ofstream in(s.dir + "/trace.txt");
+    std::string err = s.path + "/gcc.txt";
+    EXPECT_EQ(run("cd '" + s.path + "' && gcc " + cflags + " -o driver driver.c " + module + ".c 2> gcc.txt"), 0)
+        << read_file(err);
+    std::ofstream in(s.path + "/trace.txt");
     for (const auto& step : t) {
         for (int v : step)
             in << v << " ";
         in << (inputs.empty() ? "1" : "") << "\n";
     }
     in.close();
-    EXPECT_EQ(run("cd '" + s.dir + "' && ./driver < trace.txt > c_out.txt"), 0);
+    EXPECT_EQ(run("cd '" + s.path + "' && ./driver < trace.txt > c_out.txt"), 0);
     port_values values;
-    std::istringstream lines(slurp(s.dir + "/c_out.txt"));
+    std::istringstream lines(read_file(s.path + "/c_out.txt"));
     for (int step = 0; step < steps; ++step)
         for (const std::string& o : outputs) {
             int v = -1;
@@ -143,10 +126,10 @@ port_values run_c(const scratch& s, const std::string& module, const std::vector
 
 // BLIF through yosys: ports absent from the trace (data signals, which
 // the C does not take) are held at 0.
-port_values run_blif(const scratch& s, const std::string& module, const std::vector<std::string>& inputs,
+port_values run_blif(const scratch_dir& s, const std::string& module, const std::vector<std::string>& inputs,
                      const std::vector<std::string>& outputs, const trace& t)
 {
-    std::string blif = slurp(s.dir + "/" + module + ".blif");
+    std::string blif = read_file(s.path + "/" + module + ".blif");
     std::smatch m;
     std::vector<std::string> blif_inputs;
     if (std::regex_search(blif, m, std::regex("\\.inputs([^\\n]*)\\n"))) {
@@ -166,15 +149,15 @@ port_values run_blif(const scratch& s, const std::string& module, const std::vec
             script << " -set-at " << step + 1 << " " << n << " " << v;
         }
     script << " -show-outputs";
-    std::ofstream ys(s.dir + "/sim.ys");
+    std::ofstream ys(s.path + "/sim.ys");
     ys << script.str() << "\n";
     ys.close();
-    EXPECT_EQ(run("cd '" + s.dir + "' && yosys -s sim.ys > yosys.txt 2>&1"), 0) << slurp(s.dir + "/yosys.txt");
+    EXPECT_EQ(run("cd '" + s.path + "' && yosys -s sim.ys > yosys.txt 2>&1"), 0) << read_file(s.path + "/yosys.txt");
 
     port_values values;
     for (const std::string& o : outputs)
         values[o].assign(steps, -1);
-    std::istringstream lines(slurp(s.dir + "/yosys.txt"));
+    std::istringstream lines(read_file(s.path + "/yosys.txt"));
     std::string line;
     std::regex row("\\s*(\\d+) \\\\(\\S+)\\s+(\\d+)\\s.*");
     while (std::getline(lines, line))
@@ -285,18 +268,18 @@ struct checked {
 void check(const subject& x, unsigned trace_seed, checked* result = nullptr)
 {
     SCOPED_TRACE(x.name);
-    scratch s;
-    std::string file = s.dir + "/" + x.name + ".zkc";
+    scratch_dir s;
+    std::string file = s.path + "/" + x.name + ".zkc";
     if (!x.source.empty())
         ASSERT_EQ(run("cp '" + x.source + "' '" + file + "'"), 0);
     else
         ASSERT_EQ(run(zkcgen + " " + std::to_string(x.equations) + " " + std::to_string(x.seed) + " " + x.name +
                       " > '" + file + "'"),
                   0);
-    ASSERT_EQ(run("cd '" + s.dir + "' && env -u DISPLAY " + tarn + " " + x.name + ".zkc -blif -c > /dev/null 2>&1"),
+    ASSERT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " " + x.name + ".zkc -blif -c > /dev/null 2>&1"),
               0);
     std::vector<std::string> inputs, outputs;
-    ASSERT_TRUE(read_prototype(slurp(s.dir + "/" + x.name + ".h"), x.name, inputs, outputs));
+    ASSERT_TRUE(read_prototype(read_file(s.path + "/" + x.name + ".h"), x.name, inputs, outputs));
     ASSERT_FALSE(outputs.empty());
     trace t = random_trace(inputs.size(), trace_seed);
 
@@ -310,14 +293,14 @@ void check(const subject& x, unsigned trace_seed, checked* result = nullptr)
     // abc reads the same netlists; its statistics line shows it took the
     // whole model, and it would warn of a net that no cover drives.
     if (have("berkeley-abc")) {
-        run("cd '" + s.dir + "' && berkeley-abc -c 'read_blif " + x.name + ".blif; print_stats' > abc.txt 2>&1");
-        std::string stats = slurp(s.dir + "/abc.txt");
+        run("cd '" + s.path + "' && berkeley-abc -c 'read_blif " + x.name + ".blif; print_stats' > abc.txt 2>&1");
+        std::string stats = read_file(s.path + "/abc.txt");
         EXPECT_NE(stats.find(x.name), std::string::npos) << stats;
         EXPECT_NE(stats.find("lat ="), std::string::npos) << stats;
         EXPECT_EQ(stats.find("non-driven"), std::string::npos) << stats;
     }
     if (result != nullptr)
-        *result = {expected, slurp(s.dir + "/" + x.name + ".blif")};
+        *result = {expected, read_file(s.path + "/" + x.name + ".blif")};
     // The traces must have moved the outputs, or the comparison says little.
     int changes = 0;
     for (const auto& o : expected)
@@ -329,20 +312,20 @@ void check(const subject& x, unsigned trace_seed, checked* result = nullptr)
 // The user's side of a valued module: the header that the generated one
 // includes for the type integer, a file with the user's definitions and a
 // driver; all compiled with the generated code.
-void build_valued(const scratch& s, const std::string& module, const std::string& user, const std::string& driver)
+void build_valued(const scratch_dir& s, const std::string& module, const std::string& user, const std::string& driver)
 {
-    ASSERT_EQ(run("cp '" TARN_SOURCE_DIR "/examples/" + module + ".zkc' '" + s.dir + "'"), 0);
-    ASSERT_EQ(run("cd '" + s.dir + "' && env -u DISPLAY " + tarn + " " + module + ".zkc -c > /dev/null 2>&1"), 0);
+    ASSERT_EQ(run("cp '" TARN_SOURCE_DIR "/examples/" + module + ".zkc' '" + s.path + "'"), 0);
+    ASSERT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " " + module + ".zkc -c > /dev/null 2>&1"), 0);
     // A value assigned through a binding is copied with the copy function
     // of the bound signal's type, which is pure when that signal is.
-    std::ofstream(s.dir + "/C_data_user_integer.h") << "typedef int integer;\n"
+    std::ofstream(s.path + "/C_data_user_integer.h") << "typedef int integer;\n"
                                                        "#define copy_integer(x) (x)\n"
                                                        "#define copy_pure(x) (x)\n"
                                                        "#define sup_integer(a, b) ((a) > (b))\n";
-    std::ofstream(s.dir + "/user.c") << "#include \"" << module << ".h\"\n" << user;
-    std::ofstream(s.dir + "/driver.c") << "#include <stdio.h>\n#include \"" << module << ".h\"\n" << driver;
-    ASSERT_EQ(run("cd '" + s.dir + "' && gcc " + cflags + " -o driver driver.c user.c " + module + ".c 2> gcc.txt"), 0)
-        << slurp(s.dir + "/gcc.txt");
+    std::ofstream(s.path + "/user.c") << "#include \"" << module << ".h\"\n" << user;
+    std::ofstream(s.path + "/driver.c") << "#include <stdio.h>\n#include \"" << module << ".h\"\n" << driver;
+    ASSERT_EQ(run("cd '" + s.path + "' && gcc " + cflags + " -o driver driver.c user.c " + module + ".c 2> gcc.txt"), 0)
+        << read_file(s.path + "/gcc.txt");
 }
 
 } // namespace
@@ -382,7 +365,7 @@ TEST(Consumers, GeneratedModulesAgreeInCAndBlif)
 // assigns it, so that C cannot compile by its rules and is left out.)
 TEST(Consumers, ValuedExampleCompilesAgainstUserHeadersAndCounts)
 {
-    scratch s;
+    scratch_dir s;
     build_valued(s, "sum",
                  "const integer zero_integer = 0;\n"
                  "integer add_sat(integer a, integer b, integer l) { return a + b > l ? l : a + b; }\n",
@@ -404,9 +387,9 @@ TEST(Consumers, ValuedExampleCompilesAgainstUserHeadersAndCounts)
         expected << inc << " " << total << "\n";
         pre = total;
     }
-    std::ofstream(s.dir + "/trace.txt") << in.str();
-    ASSERT_EQ(run("cd '" + s.dir + "' && ./driver < trace.txt > out.txt"), 0);
-    EXPECT_EQ(slurp(s.dir + "/out.txt"), expected.str());
+    std::ofstream(s.path + "/trace.txt") << in.str();
+    ASSERT_EQ(run("cd '" + s.path + "' && ./driver < trace.txt > out.txt"), 0);
+    EXPECT_EQ(read_file(s.path + "/out.txt"), expected.str());
     EXPECT_NE(expected.str().find(" 100\n"), std::string::npos) << "the saturation was reached";
 }
 
@@ -418,7 +401,7 @@ TEST(Consumers, ValuedExampleCompilesAgainstUserHeadersAndCounts)
 // on a present sample above the C threshold, 50 (7 everywhere else).
 TEST(Consumers, ValuedTestsAndLocalClockFollowTheModule)
 {
-    scratch s;
+    scratch_dir s;
     build_valued(s, "peak",
                  "const integer zero_integer = 0;\n"
                  "const integer offset = 1000;\n"
@@ -446,9 +429,9 @@ TEST(Consumers, ValuedTestsAndLocalClockFollowTheModule)
         alarms += alarm;
         peaks += up;
     }
-    std::ofstream(s.dir + "/trace.txt") << in.str();
-    ASSERT_EQ(run("cd '" + s.dir + "' && ./driver < trace.txt > out.txt"), 0);
-    EXPECT_EQ(slurp(s.dir + "/out.txt"), expected.str());
+    std::ofstream(s.path + "/trace.txt") << in.str();
+    ASSERT_EQ(run("cd '" + s.path + "' && ./driver < trace.txt > out.txt"), 0);
+    EXPECT_EQ(read_file(s.path + "/out.txt"), expected.str());
     // Both branches of each decision must have been taken.
     EXPECT_GT(alarms, 0);
     EXPECT_LT(alarms, 60);

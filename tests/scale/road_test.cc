@@ -24,22 +24,22 @@ class Road : public testing::Test {
 protected:
     static void SetUpTestSuite()
     {
-        dir = new scratch;
+        dir = new scratch_dir;
         module = generate(*dir, 2000, 5);
         base = module.substr(0, module.size() - 4);
-        status = run_shell("cd '" + dir->dir + "' && env -u DISPLAY " + tarn_path + " '" + module + "' -blif -c > " +
-                           dir->dir + "/out 2> " + dir->dir + "/err");
-        errors = slurp(dir->dir + "/err");
-        output = slurp(dir->dir + "/out");
+        status = run_shell("cd '" + dir->path + "' && env -u DISPLAY " + tarn_path + " '" + module + "' -blif -c > " +
+                           dir->path + "/out 2> " + dir->path + "/err");
+        errors = read_file(dir->path + "/err");
+        output = read_file(dir->path + "/out");
     }
     static void TearDownTestSuite() { delete dir; }
 
-    static scratch* dir;
+    static scratch_dir* dir;
     static std::string module, base, errors, output;
     static int status;
 };
 
-scratch* Road::dir = nullptr;
+scratch_dir* Road::dir = nullptr;
 std::string Road::module, Road::base, Road::errors, Road::output;
 int Road::status = -1;
 
@@ -63,8 +63,8 @@ TEST_F(Road, TarnFinishesAndWritesTheThreeFiles)
 
     zkc_sections z;
     std::string error;
-    ASSERT_TRUE(read_sections(slurp(module), z, error)) << error;
-    std::string blif = slurp(base + ".blif");
+    ASSERT_TRUE(read_sections(read_file(module), z, error)) << error;
+    std::string blif = read_file(base + ".blif");
     EXPECT_EQ(lines_starting(blif, ".model"), 1);
     EXPECT_EQ(lines_starting(blif, ".end"), 1);
     EXPECT_GT(lines_starting(blif, ".names"), 0);
@@ -97,8 +97,8 @@ TEST_F(Road, TarnFinishesAndWritesTheThreeFiles)
     EXPECT_EQ(latches.size(), kept + z.memorized.size() + 1);
     for (const std::string& input : z.inputs)
         EXPECT_NE(blif.find(input), std::string::npos) << input;
-    EXPECT_GT(slurp(base + ".c").size(), 1000u);
-    EXPECT_NE(slurp(base + ".h").find(z.name), std::string::npos);
+    EXPECT_GT(read_file(base + ".c").size(), 1000u);
+    EXPECT_NE(read_file(base + ".h").find(z.name), std::string::npos);
 }
 
 TEST_F(Road, GeneratedCCompiles)
@@ -108,8 +108,8 @@ TEST_F(Road, GeneratedCCompiles)
         GTEST_SKIP() << "gcc is not installed";
     // Pure module: no user header; under-wire equations give the known
     // int-conversion warnings.
-    EXPECT_EQ(run_shell("cd '" + dir->dir + "' && gcc -c -Wno-int-conversion -o road.o '" + base + ".c' 2> gcc.err"), 0)
-        << slurp(dir->dir + "/gcc.err");
+    EXPECT_EQ(run_shell("cd '" + dir->path + "' && gcc -c -Wno-int-conversion -o road.o '" + base + ".c' 2> gcc.err"), 0)
+        << read_file(dir->path + "/gcc.err");
 }
 
 TEST_F(Road, GeneratedBlifIsReadByYosys)
@@ -117,9 +117,9 @@ TEST_F(Road, GeneratedBlifIsReadByYosys)
     ASSERT_EQ(status, 0) << errors;
     if (!tool_present("yosys"))
         GTEST_SKIP() << "yosys is not installed";
-    std::string log = dir->dir + "/yosys.log";
+    std::string log = dir->path + "/yosys.log";
     EXPECT_EQ(run_shell("yosys -q -p 'read_blif " + base + ".blif; hierarchy -auto-top; check -assert' > " + log +
                         " 2>&1"),
               0)
-        << slurp(log);
+        << read_file(log);
 }

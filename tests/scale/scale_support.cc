@@ -10,31 +10,10 @@
 const std::string zkcgen_path = TARN_BINARY_DIR "/tools/zkcgen";
 const std::string tarn_path = TARN_BINARY_DIR "/driver/tarn";
 
-scratch::scratch()
-{
-    char name[] = "/tmp/tarn_scale_XXXXXX";
-    const char* made = mkdtemp(name);
-    dir = made ? made : "";
-}
-
-scratch::~scratch()
-{
-    if (!dir.empty())
-        std::system(("rm -rf '" + dir + "'").c_str());
-}
-
 int run_shell(const std::string& command)
 {
     int status = std::system(command.c_str());
     return status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-std::string slurp(const std::string& path)
-{
-    std::ifstream in(path);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
 }
 
 bool tool_present(const char* tool)
@@ -42,10 +21,10 @@ bool tool_present(const char* tool)
     return run_shell(std::string("command -v ") + tool + " > /dev/null 2>&1") == 0;
 }
 
-std::string generate(const scratch& s, long equations, int seed)
+std::string generate(const scratch_dir& s, long equations, int seed)
 {
     std::string name = "g" + std::to_string(equations) + "_" + std::to_string(seed);
-    std::string file = s.dir + "/" + name + ".zkc";
+    std::string file = s.path + "/" + name + ".zkc";
     int status = run_shell(zkcgen_path + " " + std::to_string(equations) + " " + std::to_string(seed) + " " + name +
                            " > " + file);
     return status == 0 ? file : "";

@@ -4,27 +4,21 @@
 // Scratch directories, the built programs and the sections of a module as
 // zkcgen lays it out, shared by the scale tests.
 
+#include "tests/tarn_process.h"
+
 #include <string>
 #include <vector>
 
 extern const std::string zkcgen_path;
 extern const std::string tarn_path;
 
-// A fresh directory under /tmp, removed with everything in it.
-struct scratch {
-    std::string dir;
-    scratch();
-    ~scratch();
-};
-
 int run_shell(const std::string& command);  // exit status, -1 if none
-std::string slurp(const std::string& path);
 bool tool_present(const char* tool);
 
 // zkcgen <equations> <seed> g<equations>_<seed> into that name plus ".zkc"
 // in the directory; "" if zkcgen failed. The module is named after its file
 // because the C file includes its header by the module's name.
-std::string generate(const scratch& s, long equations, int seed);
+std::string generate(const scratch_dir& s, long equations, int seed);
 
 struct zkc_sections {
     std::string name;
