@@ -81,7 +81,7 @@ bool bddpp_manager::Variable_false_awaited(const bdd& f, long index)
     return !Bdd_is_zero_tautologic(Bdd_cube_reduce(f, literal));
 }
 
-std::set<long> bddpp_manager::set_of_id_depend_on(const bdd& f)
+IndexSet bddpp_manager::set_of_id_depend_on(const bdd& f)
 {
     if (f.manager_ref() != this) {
         // The index form's name is the one this report has always carried.
@@ -90,12 +90,12 @@ std::set<long> bddpp_manager::set_of_id_depend_on(const bdd& f)
     }
     if (f.node() == nullptr) return {};
     const std::vector<long>& ids = f.node()->depends();
-    return std::set<long>(ids.begin(), ids.end());
+    return IndexSet(ids.begin(), ids.end());
 }
 
-std::set<long> bddpp_manager::set_of_index_depend_on(const bdd& f)
+IndexSet bddpp_manager::set_of_index_depend_on(const bdd& f)
 {
-    std::set<long> indexes;
+    IndexSet indexes;
     for (long id : set_of_id_depend_on(f)) indexes.insert(index_by_id[id]);
     return indexes;
 }
@@ -121,8 +121,8 @@ bool bddpp_manager::exists_common_variables(const bdd& f, const bdd& g)
         }
         return false;
     }
-    std::set<long> a = set_of_id_depend_on(f);
-    std::set<long> b = set_of_id_depend_on(g);
+    IndexSet a = set_of_id_depend_on(f);
+    IndexSet b = set_of_id_depend_on(g);
     for (long id : a)
         if (b.count(id)) return true;
     return false;

@@ -21,6 +21,8 @@
 #include <list>
 #include <map>
 #include <set>
+
+#include "support/index_set.h"
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -391,8 +393,8 @@ public:
     bool Variable_awaited(const bdd& f, long index);
     bool Variable_true_awaited(const bdd& f, long index);
     bool Variable_false_awaited(const bdd& f, long index);
-    std::set<long> set_of_id_depend_on(const bdd& f);
-    std::set<long> set_of_index_depend_on(const bdd& f);
+    IndexSet set_of_id_depend_on(const bdd& f);
+    IndexSet set_of_index_depend_on(const bdd& f);
     void Present_variables(const bdd& f, int* present);
     bool exists_common_variables(const bdd& f, const bdd& g);
 

@@ -36,7 +36,7 @@ void Module::addSignalBinding(DataExpr* value, Signal* s)
     std::set<Signal*>* read = value != nullptr ? value->computeDependencySet() : nullptr;
     if (read == nullptr || wood == nullptr)
         return;
-    std::set<long> wires;
+    IndexSet wires;
     for (Signal* r : *read) {
         if (r == nullptr)
             continue;

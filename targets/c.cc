@@ -169,7 +169,7 @@ void Module::C_put(std::ostream& c, std::ostream& h)
 
     // Locals: every variable of the wood that no parameter, pre copy or
     // state variable already declares.
-    std::set<long> locals_used = wood->Set_of_index_used_variables();
+    IndexSet locals_used = wood->Set_of_index_used_variables();
     if (inputs != nullptr)
         for (Signal* s : *inputs)
             if (s->getOverBddId(this, wood) != -1)

@@ -11,15 +11,15 @@ namespace {
 bool initialised(const bdd& f) { return f.manager_ref() != nullptr && f.node() != nullptr; }
 
 // Indices of the variables that f reads, ascending.
-std::set<long> index_support(bddpp_manager* manager, const bdd& f)
+IndexSet index_support(bddpp_manager* manager, const bdd& f)
 {
-    if (manager == nullptr) return std::set<long>();
+    if (manager == nullptr) return IndexSet();
     return manager->set_of_index_depend_on(f);
 }
 
 // deps becomes the index support of f. Most rebuilds find the set as it
 // was, so it is compared first and rebuilt only when it differs.
-void refresh_support(std::set<long>& deps, bddpp_manager* manager, const bdd& f)
+void refresh_support(IndexSet& deps, bddpp_manager* manager, const bdd& f)
 {
     if (f.manager_ref() != manager || f.node() == nullptr) {
         deps = index_support(manager, f);
@@ -32,7 +32,7 @@ void refresh_support(std::set<long>& deps, bddpp_manager* manager, const bdd& f)
     std::sort(indexes.begin(), indexes.end());
     if (deps.size() == indexes.size() && std::equal(indexes.begin(), indexes.end(), deps.begin()))
         return;
-    deps = std::set<long>(indexes.begin(), indexes.end());
+    deps = IndexSet(indexes.begin(), indexes.end());
 }
 
 } // namespace
@@ -92,12 +92,12 @@ Bddexpression::Bddexpression(std::string nm, Bddexpressionwood* wd, bdd var, bdd
     setLateDate(late);
 }
 
-Bddexpression::Bddexpression(long id, Bddexpressionwood* wd, std::set<long>* readers,
-                             std::set<long>* deps, long early, long late)
+Bddexpression::Bddexpression(long id, Bddexpressionwood* wd, IndexSet* readers,
+                             IndexSet* deps, long early, long late)
     : Bddexpression(id, wd, readers, deps, std::string(), early, late) {}
 
-Bddexpression::Bddexpression(long id, Bddexpressionwood* wd, std::set<long>* readers,
-                             std::set<long>* deps, std::string def, long early, long late)
+Bddexpression::Bddexpression(long id, Bddexpressionwood* wd, IndexSet* readers,
+                             IndexSet* deps, std::string def, long early, long late)
     : wood(wd), abstraction(1), exp_def(def), w(1), early_date(early), user_type(0)
 {
     if (deps != nullptr) dependances = *deps;
@@ -109,7 +109,7 @@ Bddexpression::Bddexpression(long id, Bddexpressionwood* wd, std::set<long>* rea
     setLateDate(late);
 }
 
-Bddexpression::Bddexpression(long id, Bddexpressionwood* wd, std::set<long>& deps,
+Bddexpression::Bddexpression(long id, Bddexpressionwood* wd, IndexSet& deps,
                              std::string def, long early, long late)
     : Bddexpression(id, wd, nullptr, &deps, def, early, late) {}
 
@@ -326,9 +326,9 @@ void Bddexpression::build_normal_dependances(bddpp_manager* manager)
     internal_build_dependances(manager);
 }
 
-std::set<long> Bddexpression::set_of_index_used_variables() const
+IndexSet Bddexpression::set_of_index_used_variables() const
 {
-    std::set<long> result = dependances;
+    IndexSet result = dependances;
     if (wood != nullptr && wood->bdd_manager != nullptr && initialised(bdd_var))
         result.insert(own_index());
     return result;

@@ -37,14 +37,14 @@ public:
 // ---- end targets ----
 
 // Ordered-set helpers; each returns a new set.
-std::set<long> set_union(const std::set<long>& a, const std::set<long>& b);
-std::set<long> set_inter(const std::set<long>& a, const std::set<long>& b);
+IndexSet set_union(const IndexSet& a, const IndexSet& b);
+IndexSet set_inter(const IndexSet& a, const IndexSet& b);
 // Members of a that are not in b.
-std::set<long> set_priv(const std::set<long>& a, const std::set<long>& b);
+IndexSet set_priv(const IndexSet& a, const IndexSet& b);
 // { table[x] for x in s }.
-std::set<long> set_reencoding(const std::set<long>& s, const long* table);
+IndexSet set_reencoding(const IndexSet& s, const long* table);
 // Set form of every report of the wood: "{", members joined by ",", "}".
-std::ostream& put_set(std::ostream& out, const std::set<long>& s);
+std::ostream& put_set(std::ostream& out, const IndexSet& s);
 
 // One equation. The late date is not held here but in the wood, so that a
 // variable without an equation has one as well.
@@ -57,7 +57,7 @@ public:
     std::string exp_def;
     bdd bdd_exp;               // right member; uninitialised while abstract
     long w;                    // weight on a critical path
-    std::set<long> dependances;  // indices read by the right member
+    IndexSet dependances;  // indices read by the right member
     long early_date;
     int user_type;             // a Compilation status code, 0 until set
 
@@ -75,11 +75,11 @@ public:
                   long early, long late, int user_type);
     // Abstract equations on the variable of id `id`; `readers` are the
     // equations that read it although no BDD can show it.
-    Bddexpression(long id, Bddexpressionwood* wood, std::set<long>* readers,
-                  std::set<long>* deps, long early, long late);
-    Bddexpression(long id, Bddexpressionwood* wood, std::set<long>* readers,
-                  std::set<long>* deps, std::string def, long early, long late);
-    Bddexpression(long id, Bddexpressionwood* wood, std::set<long>& deps, std::string def,
+    Bddexpression(long id, Bddexpressionwood* wood, IndexSet* readers,
+                  IndexSet* deps, long early, long late);
+    Bddexpression(long id, Bddexpressionwood* wood, IndexSet* readers,
+                  IndexSet* deps, std::string def, long early, long late);
+    Bddexpression(long id, Bddexpressionwood* wood, IndexSet& deps, std::string def,
                   long early, long late);
     // Copy in the same wood, not entered in it.
     Bddexpression(const Bddexpression& other);
@@ -109,7 +109,7 @@ public:
     void setExpDef(std::string def);
     long getW() const { return w; }
     void setW(long weight) { w = weight; }
-    std::set<long> set_of_var_dependances() const { return dependances; }
+    IndexSet set_of_var_dependances() const { return dependances; }
     long getEarlyDate() const { return early_date; }
     void setEarlyDate(long date) { early_date = date; }
     // Read and written through the wood.
@@ -138,7 +138,7 @@ public:
     void build_normal_dependances();
     void build_normal_dependances(bddpp_manager* manager);
     // dependances plus the own index (when there is a wood and a manager).
-    std::set<long> set_of_index_used_variables() const;
+    IndexSet set_of_index_used_variables() const;
 
     // Index of the left member, or -1 if there is no wood, no manager or no
     // initialised left member.
@@ -188,11 +188,11 @@ class Bddexpressionwood {
 public:
     int common_bdd_manager;        // 0: the wood owns its manager
     bddpp_manager* bdd_manager;
-    std::set<long> exp_ids;        // indices that have an equation
+    IndexSet exp_ids;        // indices that have an equation
     long nb_bdd_vars;              // valid length of the tables
     long arrays_length;            // allocated length, a power of two
     Bddexpression** exp_table;     // equation per variable, or null
-    std::set<long>* amont_table;   // readers of each variable
+    IndexSet* amont_table;   // readers of each variable
     long* late_dates;
     long nb_level;                 // 0: dates not computed
 
@@ -214,7 +214,7 @@ public:
     long Nb_bdd_vars() const { return nb_bdd_vars; }
     long Arrays_length() const { return arrays_length; }
     Bddexpression** Exp_table() const { return exp_table; }
-    std::set<long>* Amont_table() const { return amont_table; }
+    IndexSet* Amont_table() const { return amont_table; }
     long* Late_dates() const { return late_dates; }
     long Nb_level() const { return nb_level; }
     // Sets the number of levels; 0 makes the next compute_dates() redate.
@@ -226,7 +226,7 @@ public:
     void update_bdd_vars(long new_index);
 
     void learn_expression(Bddexpression* e);
-    void learn_abstract_expression(Bddexpression* e, std::set<long>* readers);
+    void learn_abstract_expression(Bddexpression* e, IndexSet* readers);
     void forget_expression_by_bddid(long id);
     void absolute_forget_expression_by_bddid(long id);
     void append_not_expression(long index);
@@ -270,11 +270,11 @@ public:
 
     // Dependences.
     void internal_global_build_dependances();
-    std::set<long> down_dependances(long index, long depth, std::set<long>& acc);
-    std::set<long> up_dependances(long index, long depth, std::set<long>& acc);
+    IndexSet down_dependances(long index, long depth, IndexSet& acc);
+    IndexSet up_dependances(long index, long depth, IndexSet& acc);
     // Reports on the error stream whatever stream is given.
     void coherence_dependances_check(std::ostream& out) const;
-    std::set<long> Set_of_index_used_variables() const;
+    IndexSet Set_of_index_used_variables() const;
 
     // Dates. compute_dates, the sorts and the critical paths take a fast
     // route where the graph allows it and give the results of the literal
@@ -336,7 +336,7 @@ public:
     // Drops (without destroying) equations nobody reads that read nothing,
     // unless their index is kept.
     void clean(std::list<long>& keep);
-    void clean(std::set<long>& keep);
+    void clean(IndexSet& keep);
     void reduce_expressions(bdd cube, std::list<int>& keep);
     void reduce_expressions(bdd cube);
     // What a run of restrictions carries from one call to the next: once
@@ -344,8 +344,8 @@ public:
     // reader and the abstract equations that still hold a BDD.
     struct ReductionRun {
         bool exact = false;
-        std::set<long> leftover;
-        std::set<long> abstract_with_bdd;
+        IndexSet leftover;
+        IndexSet abstract_with_bdd;
     };
     // reduce_expressions(cube, keep) with the same result, nodes and texts,
     // at a cost that follows the readers of the cube's variables once the
@@ -355,24 +355,24 @@ public:
     void reduce_expressions_when_var_forgotten_by_forall_op(long var);
     long reduce_proposition_by_variable();
     bdd reduce_proposition_by_assertion();
-    std::set<long> loop_breaking(std::set<long> candidates, int& flag);
+    IndexSet loop_breaking(IndexSet candidates, int& flag);
 
     // Helpers of the passes above.
     static bool bdd_initialised(const bdd& f);
     // 1 or 0 for a constant, -1 otherwise (uninitialised included).
     static int bdd_constant_value(const bdd& f);
     // Reader -> variables whose reader entry for it may be wrong.
-    using Touched = std::map<long, std::set<long>>;
+    using Touched = std::map<long, IndexSet>;
     bool constant_candidate(long i) const;
-    void propagate_one_constant(long i, const std::list<int>& keep, std::set<long>& removed,
+    void propagate_one_constant(long i, const std::list<int>& keep, IndexSet& removed,
                                 std::vector<long>& found, Touched* touched);
-    void propagate_constants(std::set<long> current, const std::list<int>& keep,
-                             std::set<long>& removed, Touched* touched);
+    void propagate_constants(IndexSet current, const std::list<int>& keep,
+                             IndexSet& removed, Touched* touched);
     void prune_readers();
     void redate_by_critical_paths();
     void report_self_dependance(long i);
     bool substitute_local(long i, Touched* touched);
-    std::set<long> repair_readers(const Touched& touched);
+    IndexSet repair_readers(const Touched& touched);
     // ---- end elimination ----
 
     // ---- integration and text ----
@@ -391,8 +391,8 @@ public:
     void Put_zkc_2_0_4(std::ostream& out, long* table, int comments);
     void Put_zkc_0_3_0(std::ostream& out, long* table, int level, int comments);
     // Dependence summary, one line per numbered variable.
-    void Put_zka(std::ostream& out, long* table, std::set<long>& filter, int);
-    void Put_zka(std::ostream& out, long* table, std::set<long>& filter, int, std::string source);
+    void Put_zka(std::ostream& out, long* table, IndexSet& filter, int);
+    void Put_zka(std::ostream& out, long* table, IndexSet& filter, int, std::string source);
     void Put_basic_doc(std::ostream& out, int level);
     void Put_doc(std::ostream& out, std::string prefix);
 
@@ -400,7 +400,7 @@ public:
                         const std::string* suffix);
     void include_other(Bddexpressionwood& instance, std::map<std::string, std::string>* renaming,
                        const std::string* suffix);
-    void put_zka_lines(std::ostream& out, long* table, std::set<long>& filter,
+    void put_zka_lines(std::ostream& out, long* table, IndexSet& filter,
                        const std::string* source);
     // ---- end integration and text ----
 

@@ -51,7 +51,7 @@ static void copy_wood(Bddexpressionwood& target, const Bddexpressionwood* source
     target.arrays_length = source->arrays_length;
     long length = source->arrays_length > 0 ? source->arrays_length : 1;
     target.exp_table = new Bddexpression*[length]();
-    target.amont_table = new std::set<long>[length];
+    target.amont_table = new IndexSet[length];
     target.late_dates = new long[length]();
     for (long i = 0; i < source->nb_bdd_vars; i++) {
         const Bddexpression* e = source->exp_table[i];

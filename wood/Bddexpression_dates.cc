@@ -174,7 +174,7 @@ void sweep_one(Bddexpressionwood& wood, long i, const char* message)
         }
         if (e == nullptr) return;
     }
-    std::set<long> deps = e->dependances;
+    IndexSet deps = e->dependances;
     for (long d : deps)
         if (d < wood.nb_bdd_vars) wood.late_propagation(d, e->getLateDate() + 1);
 }
@@ -187,7 +187,7 @@ void Bddexpressionwood::early_propagation(long var, long date)
 {
     struct Frame {
         long date;
-        std::set<long>::const_iterator it, end;
+        IndexSet::const_iterator it, end;
     };
     std::vector<Frame> stack;
     // The body of one call up to its loop; true when the loop is to run.
@@ -419,7 +419,7 @@ long Bddexpressionwood::down_critical_path_literal(long var, long depth, long ba
         long base;
         long depth;
         long m;
-        std::set<long>::const_iterator it, end;
+        IndexSet::const_iterator it, end;
     };
     if (var < 0 || var >= nb_bdd_vars) return base;
     std::vector<Frame> stack;

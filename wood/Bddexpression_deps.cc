@@ -9,37 +9,37 @@
 
 #include <iostream>
 
-std::set<long> set_union(const std::set<long>& a, const std::set<long>& b)
+IndexSet set_union(const IndexSet& a, const IndexSet& b)
 {
-    std::set<long> r = a;
+    IndexSet r = a;
     r.insert(b.begin(), b.end());
     return r;
 }
 
-std::set<long> set_inter(const std::set<long>& a, const std::set<long>& b)
+IndexSet set_inter(const IndexSet& a, const IndexSet& b)
 {
-    std::set<long> r;
+    IndexSet r;
     for (long x : a)
         if (b.count(x) != 0) r.insert(x);
     return r;
 }
 
-std::set<long> set_priv(const std::set<long>& a, const std::set<long>& b)
+IndexSet set_priv(const IndexSet& a, const IndexSet& b)
 {
-    std::set<long> r;
+    IndexSet r;
     for (long x : a)
         if (b.count(x) == 0) r.insert(x);
     return r;
 }
 
-std::set<long> set_reencoding(const std::set<long>& s, const long* table)
+IndexSet set_reencoding(const IndexSet& s, const long* table)
 {
-    std::set<long> r;
+    IndexSet r;
     for (long x : s) r.insert(table[x]);
     return r;
 }
 
-std::ostream& put_set(std::ostream& out, const std::set<long>& s)
+std::ostream& put_set(std::ostream& out, const IndexSet& s)
 {
     out << "{";
     bool first = true;
@@ -77,10 +77,10 @@ void Bddexpressionwood::internal_global_build_dependances()
     for (long d = 0; d < nb_bdd_vars; d++) {
         auto first = readers.begin() + count[d];
         auto last = readers.begin() + count[d + 1];
-        std::set<long>& table = amont_table[d];
+        IndexSet& table = amont_table[d];
         if (table.size() == static_cast<std::size_t>(last - first) && std::equal(first, last, table.begin()))
             continue;
-        table = std::set<long>(first, last);
+        table = IndexSet(first, last);
     }
 }
 
@@ -90,13 +90,13 @@ void Bddexpressionwood::internal_global_build_dependances()
 // overflow it. The depth limit and its warning act exactly where the
 // recursion's would.
 
-std::set<long> Bddexpressionwood::down_dependances(long index, long depth, std::set<long>& acc)
+IndexSet Bddexpressionwood::down_dependances(long index, long depth, IndexSet& acc)
 {
-    std::set<long> result = acc;
+    IndexSet result = acc;
     if (index < 0 || index >= nb_bdd_vars) return result;
     struct Frame {
         long depth;
-        std::set<long>::const_iterator it, end;
+        IndexSet::const_iterator it, end;
     };
     std::vector<Frame> stack;
     stack.push_back({depth, amont_table[index].begin(), amont_table[index].end()});
@@ -120,9 +120,9 @@ std::set<long> Bddexpressionwood::down_dependances(long index, long depth, std::
     return result;
 }
 
-std::set<long> Bddexpressionwood::up_dependances(long index, long depth, std::set<long>& acc)
+IndexSet Bddexpressionwood::up_dependances(long index, long depth, IndexSet& acc)
 {
-    std::set<long> result = acc;
+    IndexSet result = acc;
     auto equation = [this](long i) -> const Bddexpression* {
         return i >= 0 && i < nb_bdd_vars ? exp_table[i] : nullptr;
     };
@@ -130,7 +130,7 @@ std::set<long> Bddexpressionwood::up_dependances(long index, long depth, std::se
     if (top == nullptr) return result;
     struct Frame {
         long depth;
-        std::set<long>::const_iterator it, end;
+        IndexSet::const_iterator it, end;
     };
     std::vector<Frame> stack;
     stack.push_back({depth, top->dependances.begin(), top->dependances.end()});
@@ -156,7 +156,7 @@ std::set<long> Bddexpressionwood::up_dependances(long index, long depth, std::se
 
 void Bddexpressionwood::coherence_dependances_check(std::ostream&) const
 {
-    std::vector<std::set<long>> computed(nb_bdd_vars > 0 ? nb_bdd_vars : 0);
+    std::vector<IndexSet> computed(nb_bdd_vars > 0 ? nb_bdd_vars : 0);
     for (long i = 0; i < nb_bdd_vars; i++) {
         const Bddexpression* e = exp_table[i];
         if (e == nullptr) continue;
@@ -171,9 +171,9 @@ void Bddexpressionwood::coherence_dependances_check(std::ostream&) const
     }
 }
 
-std::set<long> Bddexpressionwood::Set_of_index_used_variables() const
+IndexSet Bddexpressionwood::Set_of_index_used_variables() const
 {
-    std::set<long> result;
+    IndexSet result;
     for (long id : exp_ids) {
         const Bddexpression* e = id >= 0 && id < nb_bdd_vars ? exp_table[id] : nullptr;
         if (e == nullptr) {
@@ -182,7 +182,7 @@ std::set<long> Bddexpressionwood::Set_of_index_used_variables() const
                       << "   about id:" << id << std::endl;
             continue;
         }
-        std::set<long> used = e->set_of_index_used_variables();
+        IndexSet used = e->set_of_index_used_variables();
         result.insert(used.begin(), used.end());
     }
     return result;
@@ -205,7 +205,7 @@ static int learn_dependance(long nvars, long* dates, Bddexpression& e, int* over
         return 0;
     }
     int changed = 0;
-    std::set<long> deps = e.dependances;
+    IndexSet deps = e.dependances;
     for (long d : deps) {
         if (d < 0 || d >= nvars) continue;
         long& from = push_up ? dates[d] : dates[i];

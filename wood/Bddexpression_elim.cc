@@ -63,7 +63,7 @@ bool Bddexpressionwood::constant_candidate(long i) const
 // `found`; `touched`, when given, learns every reader membership that may
 // now disagree with the readers' dependances.
 void Bddexpressionwood::propagate_one_constant(long i, const std::list<int>& keep,
-                                               std::set<long>& removed,
+                                               IndexSet& removed,
                                                std::vector<long>& found,
                                                Touched* touched)
 {
@@ -72,8 +72,8 @@ void Bddexpressionwood::propagate_one_constant(long i, const std::list<int>& kee
     if (constant_value(e->bdd_exp) == 0)
         literal = bdd_manager->Bdd_not(literal);
 
-    std::set<long> stale;
-    const std::set<long> readers = amont_table[i];
+    IndexSet stale;
+    const IndexSet readers = amont_table[i];
     for (long s : readers) {
         if (touched)
             (*touched)[s].insert(i);
@@ -110,11 +110,11 @@ void Bddexpressionwood::propagate_one_constant(long i, const std::list<int>& kee
 // the equations are processed in exactly the order of the sweeps. Being a
 // candidate cannot be lost before the equation's own turn: readers' tables
 // only shrink by the entries of processed equations.
-void Bddexpressionwood::propagate_constants(std::set<long> current, const std::list<int>& keep,
-                                            std::set<long>& removed,
+void Bddexpressionwood::propagate_constants(IndexSet current, const std::list<int>& keep,
+                                            IndexSet& removed,
                                             Touched* touched)
 {
-    std::set<long> next;
+    IndexSet next;
     std::vector<long> found;
     while (!current.empty()) {
         while (!current.empty()) {
@@ -137,11 +137,11 @@ void Bddexpressionwood::propagate_constants(std::set<long> current, const std::l
 
 void Bddexpressionwood::constants_propagation(std::list<int>& keep)
 {
-    std::set<long> candidates;
+    IndexSet candidates;
     for (long i : exp_ids)
         if (constant_candidate(i))
             candidates.insert(i);
-    std::set<long> removed;
+    IndexSet removed;
     propagate_constants(candidates, keep, removed, nullptr);
     for (long i : removed)
         exp_ids.erase(i);
@@ -156,7 +156,7 @@ void Bddexpressionwood::constants_propagation()
 
 void Bddexpressionwood::constants_propagation_literal(std::list<int>& keep)
 {
-    std::set<long> removed;
+    IndexSet removed;
     std::vector<long> found;
     bool changed = true;
     while (changed) {
@@ -191,7 +191,7 @@ int Bddexpressionwood::global_tautology()
 void Bddexpressionwood::prune_readers()
 {
     for (long i = 0; i < nb_bdd_vars; ++i) {
-        std::set<long>& readers = amont_table[i];
+        IndexSet& readers = amont_table[i];
         for (auto it = readers.begin(); it != readers.end();) {
             long s = *it;
             Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
@@ -255,8 +255,8 @@ void Bddexpressionwood::suppress_wires(std::list<int>& keep)
         long d = *e->dependances.begin();
         amont_table[d].erase(i);
         exp_ids.erase(i);
-        std::set<long> orphans;
-        const std::set<long> readers = amont_table[i];
+        IndexSet orphans;
+        const IndexSet readers = amont_table[i];
         for (long s : readers) {
             Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
             if (r != nullptr) {
@@ -307,11 +307,11 @@ void Bddexpressionwood::suppress_locals(std::list<int>& keep)
         if (e == nullptr || kept_type(keep, e->user_type) || amont_table[i].empty() ||
             e->dependances.empty())
             continue;
-        const std::set<long> deps = e->dependances;
+        const IndexSet deps = e->dependances;
         for (long d : deps) {
             amont_table[d].erase(i);
-            std::set<long> orphans;
-            const std::set<long> readers = amont_table[i];
+            IndexSet orphans;
+            const IndexSet readers = amont_table[i];
             for (long s : readers) {
                 Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
                 if (r != nullptr) {
@@ -358,11 +358,11 @@ void Bddexpressionwood::useless_local(long var)
         report_self_dependance(i);
         std::exit(1);
     }
-    const std::set<long> deps = e->dependances;
+    const IndexSet deps = e->dependances;
     for (long d : deps) {
         amont_table[d].erase(i);
-        std::set<long> orphans;
-        const std::set<long> readers = amont_table[i];
+        IndexSet orphans;
+        const IndexSet readers = amont_table[i];
         for (long s : readers) {
             Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
             if (r != nullptr) {
@@ -385,7 +385,7 @@ void Bddexpressionwood::useless_local(long var)
 
 // ------------------------------------------------------------------- clean
 
-static void clean_wood(Bddexpressionwood& wood, const std::set<long>& keep)
+static void clean_wood(Bddexpressionwood& wood, const IndexSet& keep)
 {
     for (auto it = wood.exp_ids.begin(); it != wood.exp_ids.end();) {
         long i = *it;
@@ -414,11 +414,11 @@ static void clean_wood(Bddexpressionwood& wood, const std::set<long>& keep)
 
 void Bddexpressionwood::clean(std::list<long>& keep)
 {
-    std::set<long> kept(keep.begin(), keep.end());
+    IndexSet kept(keep.begin(), keep.end());
     clean_wood(*this, kept);
 }
 
-void Bddexpressionwood::clean(std::set<long>& keep)
+void Bddexpressionwood::clean(IndexSet& keep)
 {
     clean_wood(*this, keep);
 }
@@ -432,10 +432,10 @@ static void rewrite_all(Bddexpressionwood& wood, Op op)
         Bddexpression* e = (i >= 0 && i < wood.nb_bdd_vars) ? wood.exp_table[i] : nullptr;
         if (e == nullptr || !initialised(e->bdd_exp))
             continue;
-        std::set<long> before = e->set_of_index_used_variables();
+        IndexSet before = e->set_of_index_used_variables();
         e->bdd_exp = op(e->bdd_exp);
         e->build_normal_dependances();
-        std::set<long> after = e->set_of_index_used_variables();
+        IndexSet after = e->set_of_index_used_variables();
         if (before == after)
             continue;
         for (long v : set_priv(after, before))
@@ -477,7 +477,7 @@ void Bddexpressionwood::reduce_expressions(bdd cube, std::list<int>& keep, Reduc
         return;
     }
 
-    std::set<long> rewritten = run.abstract_with_bdd;
+    IndexSet rewritten = run.abstract_with_bdd;
     if (initialised(cube))
         for (long v : bdd_manager->set_of_index_depend_on(cube))
             if (v >= 0 && v < nb_bdd_vars)
@@ -487,15 +487,15 @@ void Bddexpressionwood::reduce_expressions(bdd cube, std::list<int>& keep, Reduc
     // bookkeeping misses a reader entry an equation holds on itself; the
     // repair at the end settles every membership of the rewritten ones.
     Touched touched;
-    std::set<long> candidates = run.leftover;
+    IndexSet candidates = run.leftover;
     for (long i : rewritten) {
         Bddexpression* e = (i >= 0 && i < nb_bdd_vars) ? exp_table[i] : nullptr;
         if (e == nullptr || exp_ids.count(i) == 0 || !initialised(e->bdd_exp))
             continue;
-        std::set<long> before = e->set_of_index_used_variables();
+        IndexSet before = e->set_of_index_used_variables();
         e->bdd_exp = bdd_manager->Bdd_reduce(e->bdd_exp, cube);
         e->build_normal_dependances();
-        std::set<long> after = e->set_of_index_used_variables();
+        IndexSet after = e->set_of_index_used_variables();
         candidates.insert(i);
         touched[i].insert(before.begin(), before.end());
         if (before == after)
@@ -510,7 +510,7 @@ void Bddexpressionwood::reduce_expressions(bdd cube, std::list<int>& keep, Reduc
     for (auto it = candidates.begin(); it != candidates.end();)
         it = constant_candidate(*it) ? std::next(it) : candidates.erase(it);
 
-    std::set<long> removed;
+    IndexSet removed;
     propagate_constants(candidates, keep, removed, &touched);
     for (long i : removed) {
         exp_ids.erase(i);
@@ -596,10 +596,10 @@ void Bddexpression::Shannon_expand(long var, long& positive, long& negative)
     negative = m->Bdd_if_index(neg_var);
 }
 
-std::set<long> Bddexpressionwood::loop_breaking(std::set<long> candidates, int& flag)
+IndexSet Bddexpressionwood::loop_breaking(IndexSet candidates, int& flag)
 {
-    std::set<long> result;
-    std::set<long> done;
+    IndexSet result;
+    IndexSet done;
     for (long v = 0; v < nb_bdd_vars; ++v)
         if (candidates.count(v) == 0)
             done.insert(v);

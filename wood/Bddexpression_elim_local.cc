@@ -30,11 +30,11 @@ bool Bddexpressionwood::substitute_local(long i, Touched* touched)
         return false;
     }
 
-    const std::set<long> deps = e->dependances;
+    const IndexSet deps = e->dependances;
     if (touched) {
         (*touched)[i].insert(deps.begin(), deps.end());
         for (long s : amont_table[i]) {
-            std::set<long>& xs = (*touched)[s];
+            IndexSet& xs = (*touched)[s];
             xs.insert(i);
             Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
             if (r != nullptr)
@@ -44,9 +44,9 @@ bool Bddexpressionwood::substitute_local(long i, Touched* touched)
 
     for (long d : deps) {
         amont_table[d].erase(i);
-        std::set<long> removed;
-        std::set<long> added;
-        const std::set<long> readers = amont_table[i];
+        IndexSet removed;
+        IndexSet added;
+        const IndexSet readers = amont_table[i];
         for (long s : readers) {
             Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
             if (r != nullptr) {
@@ -90,15 +90,15 @@ void Bddexpressionwood::suppress_local(long var)
 // from its BDD, a reader entry exists exactly for each dependance of a
 // filled slot. Returns the constant equations that gained a reader, which
 // the next propagation has to take.
-std::set<long> Bddexpressionwood::repair_readers(const Touched& touched)
+IndexSet Bddexpressionwood::repair_readers(const Touched& touched)
 {
-    std::set<long> gained;
+    IndexSet gained;
     for (const auto& entry : touched) {
         long s = entry.first;
         Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
         if (r != nullptr && r->abstraction == 0)
             r->internal_build_dependances();
-        std::set<long> check = entry.second;
+        IndexSet check = entry.second;
         if (r != nullptr)
             check.insert(r->dependances.begin(), r->dependances.end());
         for (long x : check) {
@@ -112,7 +112,7 @@ std::set<long> Bddexpressionwood::repair_readers(const Touched& touched)
             }
         }
     }
-    std::set<long> leftover;
+    IndexSet leftover;
     for (long x : gained)
         if (constant_candidate(x))
             leftover.insert(x);
@@ -123,7 +123,7 @@ void Bddexpressionwood::suppress_local(std::list<long>& vars)
 {
     std::list<int> none;
     bool exact = false;
-    std::set<long> leftover;
+    IndexSet leftover;
     for (long v : vars) {
         if (!exact) {
             if (!substitute_local(v, nullptr))
@@ -140,7 +140,7 @@ void Bddexpressionwood::suppress_local(std::list<long>& vars)
         // With exact tables, a constant equation can gain a reader entry
         // only as a dependance of v, and an equation can turn constant
         // only as a reader of v.
-        std::set<long> near;
+        IndexSet near;
         if (v >= 0 && v < nb_bdd_vars && exp_table[v] != nullptr) {
             near = amont_table[v];
             near.insert(exp_table[v]->dependances.begin(), exp_table[v]->dependances.end());
@@ -148,11 +148,11 @@ void Bddexpressionwood::suppress_local(std::list<long>& vars)
         Touched touched;
         if (!substitute_local(v, &touched))
             continue;
-        std::set<long> candidates = leftover;
+        IndexSet candidates = leftover;
         for (long s : near)
             if (constant_candidate(s))
                 candidates.insert(s);
-        std::set<long> removed;
+        IndexSet removed;
         propagate_constants(candidates, none, removed, &touched);
         for (long i : removed)
             exp_ids.erase(i);

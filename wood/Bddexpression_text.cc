@@ -147,7 +147,7 @@ std::ostream& operator<<(std::ostream& out, const Bddexpressionwood& wood)
 // not expanded again.
 void Bddexpressionwood::stat_early_dep(std::ostream& out, long var)
 {
-    std::set<long> visited;
+    IndexSet visited;
     std::vector<std::pair<long, long>> stack;
     stack.emplace_back(var, 0);
     while (!stack.empty()) {

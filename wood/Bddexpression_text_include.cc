@@ -42,7 +42,7 @@ void Bddexpressionwood::include_shared(Bddexpressionwood& instance,
     update_bdd_vars();
     std::cerr << "WOOD A INTEGRER avec meme Bdd_manager " << std::endl;
     long n0 = nb_bdd_vars;
-    std::set<long> used = instance.Set_of_index_used_variables();
+    IndexSet used = instance.Set_of_index_used_variables();
 
     for (long v : used) {
         std::string name = m->Name_var_by_index(v);
@@ -78,10 +78,10 @@ void Bddexpressionwood::include_shared(Bddexpressionwood& instance,
         }
         bdd x = m->Bdd_var_by_name(b);
         if (e->abstraction != 0) {
-            std::set<long> deps;
+            IndexSet deps;
             for (long d : e->dependances)
                 deps.insert(index_map[d]);
-            std::set<long> readers;
+            IndexSet readers;
             long xi = m->Bdd_if_index(x);
             for (long s : instance.amont_table[id]) {
                 long r = index_map[s];
@@ -112,7 +112,7 @@ void Bddexpressionwood::include_other(Bddexpressionwood& instance,
     bddpp_manager* m = bdd_manager;
     bddpp_manager* src = instance.bdd_manager;
     update_bdd_vars();
-    std::set<long> used = instance.Set_of_index_used_variables();
+    IndexSet used = instance.Set_of_index_used_variables();
 
     std::vector<long> index_map(src->variables_number);
     for (long k = 0; k < (long)index_map.size(); ++k)
@@ -142,7 +142,7 @@ void Bddexpressionwood::include_other(Bddexpressionwood& instance,
         if (b.empty())
             warn_no_renaming(rename, bdd_name);
         if (e->abstraction != 0) {
-            std::set<long> deps;
+            IndexSet deps;
             for (long d : e->dependances)
                 deps.insert(index_map[d]);
             Bddexpression* copy = new Bddexpression(m->Index_var_by_name(b), this, deps,

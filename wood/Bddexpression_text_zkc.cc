@@ -157,13 +157,13 @@ void Bddexpressionwood::Put_zkc_0_3_0(std::ostream& out, long* table, int level,
 // One line per carried variable: what it reads and what reads it, both
 // restricted to `filter` and renumbered, with the two critical paths.
 // `source`, when given, names the file every line points into.
-void Bddexpressionwood::put_zka_lines(std::ostream& out, long* table, std::set<long>& filter,
+void Bddexpressionwood::put_zka_lines(std::ostream& out, long* table, IndexSet& filter,
                                       const std::string* source)
 {
     for (long i = 0; i < nb_bdd_vars; ++i) {
-        std::set<long> none_down, none_up;
-        std::set<long> down = down_dependances(i, 1, none_down);
-        std::set<long> up = up_dependances(i, 1, none_up);
+        IndexSet none_down, none_up;
+        IndexSet down = down_dependances(i, 1, none_down);
+        IndexSet up = up_dependances(i, 1, none_up);
         down = set_reencoding(set_inter(down, filter), table);
         up = set_reencoding(set_inter(up, filter), table);
         if (table[i] < 0)
@@ -182,12 +182,12 @@ void Bddexpressionwood::put_zka_lines(std::ostream& out, long* table, std::set<l
     }
 }
 
-void Bddexpressionwood::Put_zka(std::ostream& out, long* table, std::set<long>& filter, int)
+void Bddexpressionwood::Put_zka(std::ostream& out, long* table, IndexSet& filter, int)
 {
     put_zka_lines(out, table, filter, nullptr);
 }
 
-void Bddexpressionwood::Put_zka(std::ostream& out, long* table, std::set<long>& filter, int,
+void Bddexpressionwood::Put_zka(std::ostream& out, long* table, IndexSet& filter, int,
                                 std::string source)
 {
     put_zka_lines(out, table, filter, &source);

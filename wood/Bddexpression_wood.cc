@@ -16,7 +16,7 @@ void allocate_tables(Bddexpressionwood& wood, long length)
 {
     wood.arrays_length = length;
     wood.exp_table = new Bddexpression*[length]();
-    wood.amont_table = new std::set<long>[length];
+    wood.amont_table = new IndexSet[length];
     wood.late_dates = new long[length]();
 }
 
@@ -82,7 +82,7 @@ void Bddexpressionwood::update_bdd_vars()
             length *= 2;
         }
         Bddexpression** old_exps = exp_table;
-        std::set<long>* old_amont = amont_table;
+        IndexSet* old_amont = amont_table;
         long* old_late = late_dates;
         allocate_tables(*this, length);
         for (long i = 0; i < nb_bdd_vars; i++) {
@@ -125,8 +125,8 @@ void Bddexpressionwood::update_bdd_vars(long new_index)
     exp_table[new_index] = nullptr;
     amont_table[new_index].clear();
     late_dates[new_index] = 0;
-    auto shifted = [new_index](const std::set<long>& s) {
-        std::set<long> r;
+    auto shifted = [new_index](const IndexSet& s) {
+        IndexSet r;
         for (long x : s) r.insert(x >= new_index ? x + 1 : x);
         return r;
     };
@@ -140,7 +140,7 @@ void Bddexpressionwood::update_bdd_vars(long new_index)
 
 // learn_expression and learn_abstract_expression differ only by the readers
 // that an abstract definition declares.
-static void learn(Bddexpressionwood& wood, Bddexpression* e, std::set<long>* readers)
+static void learn(Bddexpressionwood& wood, Bddexpression* e, IndexSet* readers)
 {
     if (e == nullptr) {
         std::cerr << "INTERNAL ERROR in Bddexpressionwood::learn_expression():" << std::endl
@@ -180,7 +180,7 @@ static void learn(Bddexpressionwood& wood, Bddexpression* e, std::set<long>* rea
 
 void Bddexpressionwood::learn_expression(Bddexpression* e) { learn(*this, e, nullptr); }
 
-void Bddexpressionwood::learn_abstract_expression(Bddexpression* e, std::set<long>* readers)
+void Bddexpressionwood::learn_abstract_expression(Bddexpression* e, IndexSet* readers)
 {
     learn(*this, e, readers);
 }

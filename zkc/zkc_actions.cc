@@ -359,7 +359,7 @@ void class_zkc_parser::bddexpression_convert(Bddexpressionwood* w, long early, l
     }
     // Abstract: the list is all that is known of the right member. A number
     // that names no variable cannot be read by anything and is left out.
-    std::set<long> deps;
+    IndexSet deps;
     if (dependences != nullptr)
         for (long d : *dependences)
             if (d >= 0 && d < manager->variables_number)

@@ -237,8 +237,8 @@ TEST(Transformations, IdsAndIndexesDifferAfterInsertion)
     bdd a = m.New_var_last("a"), b = m.New_var_last("b");
     bdd x = m.New_var_before(0, "x"); // id 2, index 0
     bdd f = m.Bdd_and(x, b);
-    EXPECT_EQ(m.set_of_id_depend_on(f), (std::set<long>{1, 2}));
-    EXPECT_EQ(m.set_of_index_depend_on(f), (std::set<long>{0, 2}));
+    EXPECT_EQ(m.set_of_id_depend_on(f), (IndexSet{1, 2}));
+    EXPECT_EQ(m.set_of_index_depend_on(f), (IndexSet{0, 2}));
     int present[3];
     m.Present_variables(f, present);
     EXPECT_EQ(present[0], 1);

@@ -46,7 +46,7 @@ TEST(Finalize, WorkedExampleIsClosedBootedCleanedDatedAndRenamed)
         EXPECT_EQ(w.wood->Name_var_by_index(id), names[id]) << id;
 
     // RESET's constants are read by nobody and go; the boot register's stay.
-    EXPECT_EQ(w.wood->exp_ids, (std::set<long>{1, 2, 3, 4, 5, 7, 8, 9, 16, 17}));
+    EXPECT_EQ(w.wood->exp_ids, (IndexSet{1, 2, 3, 4, 5, 7, 8, 9, 16, 17}));
     bdd i = w.mgr->Bdd_var_by_index(0), r = w.mgr->Bdd_var_by_index(6), boot = w.mgr->Bdd_var_by_index(14);
     struct {
         long id;
@@ -77,7 +77,7 @@ TEST(Finalize, WorkedExampleIsClosedBootedCleanedDatedAndRenamed)
 
     // Every equation is dated after what it reads, within the levels.
     std::list<long> order = w.wood->earliest_sort();
-    EXPECT_EQ(std::set<long>(order.begin(), order.end()), w.wood->exp_ids);
+    EXPECT_EQ(IndexSet(order.begin(), order.end()), w.wood->exp_ids);
     for (long id : w.wood->exp_ids) {
         Bddexpression* e = w.at(id);
         EXPECT_LE(e->getEarlyDate(), w.wood->Nb_level());

@@ -37,7 +37,7 @@ TEST_F(Bindings, ValueReadingSignalsGetsAbstractEquationsOnBothWires)
         EXPECT_EQ(e->getAbstraction(), 1);
         EXPECT_EQ(e->getExpDef(), "VALUE_SIGNAL");
         EXPECT_EQ(e->getEarlyDate(), 0);
-        EXPECT_EQ(e->set_of_var_dependances(), (std::set<long>{0, 1, 2, 3}));
+        EXPECT_EQ(e->set_of_var_dependances(), (IndexSet{0, 1, 2, 3}));
     }
 }
 

@@ -97,7 +97,7 @@ TEST(ReaderData, BindingsWithAndWithoutClock)
     Bddexpression* over = m->getBddWood()->exp_by_index(2);
     ASSERT_NE(over, nullptr);
     EXPECT_EQ(over->getExpDef(), "VALUE_SIGNAL");
-    EXPECT_EQ(over->dependances, (std::set<long>{0, 1}));
+    EXPECT_EQ(over->dependances, (IndexSet{0, 1}));
     EXPECT_TRUE(m->getSignal("b")->isValue());
 
     DataBinding* clocked = m->getBinding("c");

@@ -227,7 +227,7 @@ TEST(ReaderModule, AbstractEquationKeepsItsDependencesAndDates)
     EXPECT_EQ(e->getAbstraction(), 1);
     EXPECT_EQ(e->getExpDef(), "VALUE_SIGNAL");
     // 99 names no variable and cannot be read.
-    EXPECT_EQ(e->dependances, (std::set<long>{0, 1}));
+    EXPECT_EQ(e->dependances, (IndexSet{0, 1}));
     EXPECT_GE(e->getEarlyDate(), 3);
 }
 

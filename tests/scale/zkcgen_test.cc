@@ -96,7 +96,7 @@ TEST(Zkcgen, ModulesHoldWhatTheRoadMustHandle)
     std::map<long, std::size_t> position;
     for (std::size_t k = 0; k < z.expressions.size(); ++k)
         position[z.expressions[k].var] = k;
-    std::set<long> copy_vars;
+    IndexSet copy_vars;
     for (std::size_t k = 0; k < z.expressions.size(); ++k) {
         const zkc_sections::expression& e = z.expressions[k];
         long var;
@@ -107,7 +107,7 @@ TEST(Zkcgen, ModulesHoldWhatTheRoadMustHandle)
             copy_vars.insert(e.var);
         }
         std::vector<long> stack{e.root};
-        std::set<long> seen;
+        IndexSet seen;
         while (!stack.empty()) {
             long id = stack.back();
             stack.pop_back();

@@ -272,7 +272,7 @@ TEST(C, ClockedAndAbstractBindings)
     // The under wire of s has an equation too; it guards nothing.
     bdd sUnder = s->getUnderBdd(&t.m, t.wood);
     new Bddexpression(t.mgr->Name_var_by_bdd(sUnder), t.wood, sUnder, t.mgr->Bdd_not(t.over(x)), 0, 0);
-    std::set<long> deps{t.overId(x)};
+    IndexSet deps{t.overId(x)};
     new Bddexpression(t.overId(v), t.wood, deps, "VALUE", 0, 0);
     t.date();
     std::ostringstream os;
@@ -305,7 +305,7 @@ TEST(C, AbstractEquationWithoutBindingEndsTheRun)
     TargetModule t;
     Signal* x = t.input("x");
     Signal* v = t.valued(t.local("v"));
-    std::set<long> deps{t.overId(x)};
+    IndexSet deps{t.overId(x)};
     new Bddexpression(t.overId(v), t.wood, deps, "VALUE", 0, 0);
     t.date();
     std::ostringstream os;

@@ -216,7 +216,7 @@ void random_wood(TestWood& t, std::mt19937& rng, int n, bool acyclic)
         int reads = std::uniform_int_distribution<int>(1, 3)(rng);
         long e0 = std::uniform_int_distribution<int>(0, 3)(rng) == 0 ? 2 : 0;
         if (std::uniform_int_distribution<int>(0, 9)(rng) == 0) {
-            std::set<long> deps, readers;
+            IndexSet deps, readers;
             for (int k = 0; k < reads; k++) deps.insert(acyclic ? pick(r) : pick(n));
             if (r + 1 < n) readers.insert(perm[std::uniform_int_distribution<int>(r + 1, n - 1)(rng)]);
             new Bddexpression((long)v, &t.wood, &readers, &deps, "f", e0, 0);
@@ -351,7 +351,7 @@ TEST(WoodScale, AMillionEquationChainIsDatedAndSorted)
     EXPECT_EQ(down[0], n);
     EXPECT_EQ(wood.down_critical_path(0, 1, 0), n);
     EXPECT_EQ(wood.up_critical_path(n, 1, 1), n + 1);
-    std::set<long> empty;
+    IndexSet empty;
     EXPECT_EQ((long)wood.up_dependances(n, 1, empty).size(), n);
 
     // The literal early propagation on a chain is linear: it runs too.

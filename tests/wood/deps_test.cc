@@ -10,12 +10,12 @@ using testing::internal::GetCapturedStderr;
 
 TEST(WoodSets, HelpersAndSetForm)
 {
-    const std::set<long> a = {1, 2, 5}, b = {2, 3, 5, 8};
-    EXPECT_EQ(set_union(a, b), (std::set<long>{1, 2, 3, 5, 8}));
-    EXPECT_EQ(set_inter(a, b), (std::set<long>{2, 5}));
-    EXPECT_EQ(set_priv(b, a), (std::set<long>{3, 8}));
+    const IndexSet a = {1, 2, 5}, b = {2, 3, 5, 8};
+    EXPECT_EQ(set_union(a, b), (IndexSet{1, 2, 3, 5, 8}));
+    EXPECT_EQ(set_inter(a, b), (IndexSet{2, 5}));
+    EXPECT_EQ(set_priv(b, a), (IndexSet{3, 8}));
     const long table[] = {-1, 7, 7, 0, 0, 3};
-    EXPECT_EQ(set_reencoding(a, table), (std::set<long>{3, 7})); // members may merge
+    EXPECT_EQ(set_reencoding(a, table), (IndexSet{3, 7})); // members may merge
     std::ostringstream out;
     put_set(put_set(put_set(out, b), {}), {4});
     EXPECT_EQ(out.str(), "{2,3,5,8}{}{4}");
@@ -35,7 +35,7 @@ struct Chain : TestWood {
 TEST(WoodDependences, WalksFollowBothDirectionsAndKeepTheAccumulator)
 {
     Chain t;
-    std::set<long> empty, acc = {42}, with_b = t.ids({"b"});
+    IndexSet empty, acc = {42}, with_b = t.ids({"b"});
     EXPECT_EQ(t.wood.down_dependances(t.idx("x"), 1, empty), t.ids({"a", "b", "c", "d"}));
     EXPECT_EQ(t.wood.up_dependances(t.idx("c"), 1, empty), t.ids({"b", "a", "x"}));
     EXPECT_EQ(t.wood.up_dependances(t.idx("d"), 1, empty), t.ids({"a", "x", "y"}));
@@ -61,7 +61,7 @@ TEST(WoodDependences, CyclesEndByMembershipOrByTheDepthLimit)
     bdd a = t.var("a"), b = t.var("b");
     new Bddexpression("a", &t.wood, a, b, 0, 0);
     new Bddexpression("b", &t.wood, b, a, 0, 0);
-    std::set<long> empty;
+    IndexSet empty;
     CaptureStderr();
     EXPECT_EQ(t.wood.down_dependances(t.idx("a"), 1, empty), t.ids({"a", "b"}));
     EXPECT_EQ(t.wood.up_dependances(t.idx("a"), 1, empty), t.ids({"a", "b"}));
@@ -101,7 +101,7 @@ TEST(WoodDependences, CoherenceCheckAndRebuild)
     // Rebuilding follows the equations, and loses readers that only an
     // abstract constructor declared.
     long iv = t.wood.Index_new_var_last("v");
-    std::set<long> readers = t.ids({"c"}), deps = t.ids({"x"});
+    IndexSet readers = t.ids({"c"}), deps = t.ids({"x"});
     new Bddexpression(iv, &t.wood, &readers, &deps, "f", 0, 0);
     EXPECT_EQ(t.readers("v"), t.ids({"c"}));
     t.wood.internal_global_build_dependances();

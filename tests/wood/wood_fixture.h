@@ -21,10 +21,10 @@ struct TestWood {
         return new Bddexpression(n, &wood, v, exp, early, late);
     }
     Bddexpression* at(const std::string& n) { return wood.exp_table[idx(n)]; }
-    std::set<long> readers(const std::string& n) { return wood.amont_table[idx(n)]; }
-    std::set<long> ids(std::initializer_list<const char*> names)
+    IndexSet readers(const std::string& n) { return wood.amont_table[idx(n)]; }
+    IndexSet ids(std::initializer_list<const char*> names)
     {
-        std::set<long> r;
+        IndexSet r;
         for (const char* n : names) r.insert(idx(n));
         return r;
     }

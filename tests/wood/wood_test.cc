@@ -202,11 +202,11 @@ TEST(WoodEquations, AbstractEquationsKeepTheirSetsAndDeclareReaders)
     TestWood t;
     Bddexpression* a = t.eq("a", t.var("x"));
     long ia = t.idx("a");
-    std::set<long> declared = {ia}, deps = {0};
+    IndexSet declared = {ia}, deps = {0};
     long iv = t.wood.Index_new_var_last("v");
     Bddexpression* v = new Bddexpression(iv, &t.wood, &declared, &deps, "f", 2, 1);
-    EXPECT_EQ(t.readers("v"), std::set<long>{ia});
-    EXPECT_EQ(t.readers("x"), (std::set<long>{ia, iv}));
+    EXPECT_EQ(t.readers("v"), IndexSet{ia});
+    EXPECT_EQ(t.readers("x"), (IndexSet{ia, iv}));
     EXPECT_EQ(v->getLateDate(), 1);
 
     // Growth rebuilds the BDD equations' sets and keeps the abstract one's.
@@ -215,7 +215,7 @@ TEST(WoodEquations, AbstractEquationsKeepTheirSetsAndDeclareReaders)
     for (int i = 0; i < 20; i++) t.var("g" + std::to_string(i));
     EXPECT_EQ(t.wood.Arrays_length(), 32);
     EXPECT_EQ(a->dependances, t.ids({"x"}));
-    EXPECT_EQ(v->dependances, (std::set<long>{0, ia}));
+    EXPECT_EQ(v->dependances, (IndexSet{0, ia}));
 }
 
 TEST(WoodTables, InsertingAVariableShiftsEverySlotAbove)
@@ -227,10 +227,10 @@ TEST(WoodTables, InsertingAVariableShiftsEverySlotAbove)
     EXPECT_EQ(t.idx("n"), 1);
     EXPECT_EQ((std::vector<Bddexpression*>(t.wood.exp_table + 1, t.wood.exp_table + 4)),
               (std::vector<Bddexpression*>{nullptr, a, b}));
-    EXPECT_EQ(t.wood.exp_ids, (std::set<long>{2, 3}));
-    EXPECT_EQ(t.readers("x"), std::set<long>{2});
-    EXPECT_EQ(t.readers("a"), std::set<long>{3});
-    EXPECT_EQ(b->dependances, std::set<long>{2});
+    EXPECT_EQ(t.wood.exp_ids, (IndexSet{2, 3}));
+    EXPECT_EQ(t.readers("x"), IndexSet{2});
+    EXPECT_EQ(t.readers("a"), IndexSet{3});
+    EXPECT_EQ(b->dependances, IndexSet{2});
     EXPECT_EQ(t.wood.late_dates[2], 5);
     // A known name makes no variable, which the wood reports.
     expect_reports({{[&] { t.wood.New_var_after_by_index(0, "a"); },

@@ -36,7 +36,7 @@ void build_random(WoodBuilder& b, unsigned seed, bool acyclic = false)
         if (acyclic && k == 0)
             shape = 1;
         if (shape == 0) {
-            std::set<long> deps{read()};
+            IndexSet deps{read()};
             new Bddexpression(b.m()->Id_var_by_bdd(self), b.wood.get(), deps, "f", 0, 0);
             continue;
         }

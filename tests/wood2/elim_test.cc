@@ -30,13 +30,13 @@ TEST(SuppressWires, WireChainCollapsesIntoTheKeptReader)
     std::list<int> keep{int(Compilation::SOUTPUT)};
     b.wood->suppress_wires(keep);
 
-    EXPECT_EQ(b.wood->exp_ids, (std::set<long>{4}));
+    EXPECT_EQ(b.wood->exp_ids, (IndexSet{4}));
     EXPECT_TRUE(b.at("x1") == nullptr && b.at("x2") == nullptr);
     bdd expected = b.m()->Bdd_and(b.m()->Bdd_not(b.v("x0")), b.v("x3"));
     EXPECT_TRUE(b.m()->Bdd_equiv(b.at("y")->bdd_exp, expected));
-    EXPECT_EQ(b.at("y")->dependances, (std::set<long>{0, 3}));
-    EXPECT_EQ((std::vector<std::set<long>>(b.wood->amont_table, b.wood->amont_table + 4)),
-              (std::vector<std::set<long>>{{4}, {}, {}, {4}}));
+    EXPECT_EQ(b.at("y")->dependances, (IndexSet{0, 3}));
+    EXPECT_EQ((std::vector<IndexSet>(b.wood->amont_table, b.wood->amont_table + 4)),
+              (std::vector<IndexSet>{{4}, {}, {}, {4}}));
     // One more than compute_dates would give: the shift stays.
     EXPECT_EQ(b.at("y")->early_date, 2);
     EXPECT_EQ(b.wood->late_dates[4], 0);
@@ -54,7 +54,7 @@ TEST(SuppressWires, WhatStays)
     b.eq("r1", b.m()->Bdd_and(b.v("kept"), b.v("c")), int(Compilation::SOUTPUT));
     // A wire read by an abstract equation stays.
     b.eq("abs_src", b.m()->Bdd_not(b.v("i")));
-    std::set<long> deps{b.index("abs_src")};
+    IndexSet deps{b.index("abs_src")};
     new Bddexpression(b.m()->Id_var_by_name("r2"), b.wood.get(), deps, "f", 0, 0);
     // A constant of a kept type that somebody reads goes all the same.
     b.eq("c", b.m()->Bdd_one(), int(Compilation::SWIRE));
@@ -67,8 +67,8 @@ TEST(SuppressWires, WhatStays)
     EXPECT_NE(b.at("abs_src"), nullptr);
     EXPECT_EQ(b.at("c"), nullptr);
     EXPECT_EQ(b.at("r1")->bdd_exp, b.v("kept"));
-    EXPECT_EQ(b.wood->amont_table[b.index("kept")], (std::set<long>{b.index("r1")}));
-    EXPECT_EQ(b.wood->amont_table[b.index("abs_src")], (std::set<long>{b.index("r2")}));
+    EXPECT_EQ(b.wood->amont_table[b.index("kept")], (IndexSet{b.index("r1")}));
+    EXPECT_EQ(b.wood->amont_table[b.index("abs_src")], (IndexSet{b.index("r2")}));
 }
 
 TEST(ConstantsPropagation, ConstantIsPushedIntoItsReaders)
@@ -87,11 +87,11 @@ TEST(ConstantsPropagation, ConstantIsPushedIntoItsReaders)
         b.wood->constants_propagation(keep);
 
         EXPECT_EQ(b.at("b")->bdd_exp, b.v("c")) << c.type_of_a;
-        EXPECT_EQ(b.at("b")->dependances, (std::set<long>{2}));
+        EXPECT_EQ(b.at("b")->dependances, (IndexSet{2}));
         EXPECT_EQ(b.at("a") != nullptr, c.a_stays);
         EXPECT_EQ(b.wood->exp_ids.count(0) != 0, c.a_stays);
         EXPECT_TRUE(b.wood->amont_table[0].empty());
-        EXPECT_EQ(b.wood->amont_table[2], (std::set<long>{1}));
+        EXPECT_EQ(b.wood->amont_table[2], (IndexSet{1}));
     }
 }
 
@@ -107,7 +107,7 @@ TEST(ConstantsPropagation, CascadeAgainstTheSweepOrder)
     b.eq("x", b.m()->Bdd_zero());
     std::list<int> keep{int(Compilation::SOUTPUT)};
     b.wood->constants_propagation(keep);
-    EXPECT_EQ(b.wood->exp_ids, (std::set<long>{0}));
+    EXPECT_EQ(b.wood->exp_ids, (IndexSet{0}));
     EXPECT_EQ(b.at("z")->bdd_exp, b.v("i"));
     EXPECT_EQ(b.wood->global_tautology(), 0);
     b.wood->reduce_expressions(b.v("i"));
@@ -156,9 +156,9 @@ TEST(UselessLocal, DissolvesIntoReadersAndStaysUnread)
     EXPECT_TRUE(b.wood->amont_table[b.index("l")].empty());
     bdd expected = b.m()->Bdd_not(b.m()->Bdd_or(b.v("i"), b.v("j")));
     EXPECT_EQ(b.at("r")->bdd_exp, expected);
-    EXPECT_EQ(b.at("r")->dependances, (std::set<long>{0, 1}));
-    EXPECT_EQ(b.wood->amont_table[0], (std::set<long>{3}));
-    EXPECT_EQ(b.wood->amont_table[1], (std::set<long>{3}));
+    EXPECT_EQ(b.at("r")->dependances, (IndexSet{0, 1}));
+    EXPECT_EQ(b.wood->amont_table[0], (IndexSet{3}));
+    EXPECT_EQ(b.wood->amont_table[1], (IndexSet{3}));
 }
 
 TEST(SuppressLocal, SubstitutesAndCleansTheTables)
@@ -171,12 +171,12 @@ TEST(SuppressLocal, SubstitutesAndCleansTheTables)
     b.eq("s", b.m()->Bdd_not(b.v("l")));
     b.wood->suppress_local(b.index("l"));
     EXPECT_EQ(b.at("l"), nullptr);
-    EXPECT_EQ(b.wood->exp_ids, (std::set<long>{3, 4}));
+    EXPECT_EQ(b.wood->exp_ids, (IndexSet{3, 4}));
     // r = (i and j) or j = j: the dependance on i is rebuilt away.
-    EXPECT_EQ(b.at("r")->dependances, (std::set<long>{1}));
-    EXPECT_EQ(b.at("s")->dependances, (std::set<long>{0, 1}));
-    EXPECT_EQ(b.wood->amont_table[0], (std::set<long>{4}));
-    EXPECT_EQ(b.wood->amont_table[1], (std::set<long>{3, 4}));
+    EXPECT_EQ(b.at("r")->dependances, (IndexSet{1}));
+    EXPECT_EQ(b.at("s")->dependances, (IndexSet{0, 1}));
+    EXPECT_EQ(b.wood->amont_table[0], (IndexSet{4}));
+    EXPECT_EQ(b.wood->amont_table[1], (IndexSet{3, 4}));
     EXPECT_TRUE(b.wood->amont_table[2].empty());
 }
 
@@ -201,11 +201,11 @@ TEST(Clean, KeepRules)
     for (const char* n : {"read_const", "kept_const", "lone_eq"})
         EXPECT_NE(b.at(n), nullptr) << n;
     EXPECT_EQ(b.at("lone_const"), nullptr);
-    EXPECT_EQ(b.wood->exp_ids, (std::set<long>{0, 1, 2, 4, 5}));
+    EXPECT_EQ(b.wood->exp_ids, (IndexSet{0, 1, 2, 4, 5}));
     // Dropped, not destroyed.
     EXPECT_EQ(lone->name, "lone_const");
 
-    std::set<long> none;
+    IndexSet none;
     b.wood->exp_ids.erase(5);
     b.wood->clean(none);
     EXPECT_EQ(b.at("kept_const"), nullptr);
@@ -236,7 +236,7 @@ TEST(Reduce, CubeAndQuantifiersKeepTablesInStep)
     f.eq("x", f.m()->Bdd_or(f.v("a"), f.v("c")));
     f.wood->reduce_expressions_when_var_forgotten_by_forall_op(f.index("c"));
     EXPECT_EQ(f.at("x")->bdd_exp, f.v("a"));
-    EXPECT_EQ(f.wood->amont_table[1], std::set<long>());
+    EXPECT_EQ(f.wood->amont_table[1], IndexSet());
 }
 
 TEST(Propositions, VariableAndAssertion)
@@ -287,7 +287,7 @@ TEST(LoopBreaking, CycleThroughAFreeVariableFallsApart)
     b.eq("x", b.m()->Bdd_ite(b.v("s"), b.v("y"), b.v("i")));
     b.eq("y", b.m()->Bdd_ite(b.v("s"), b.v("j"), b.v("x")));
     int flag = -1;
-    std::set<long> made = b.wood->loop_breaking({0}, flag);
+    IndexSet made = b.wood->loop_breaking({0}, flag);
     EXPECT_EQ(flag, 1);
     EXPECT_EQ(made.size(), 4u);
     EXPECT_TRUE(b.wood->loop_detection().empty());
@@ -324,9 +324,9 @@ protected:
     }
     void expect_only_last_left()
     {
-        EXPECT_EQ(b.wood->exp_ids, (std::set<long>{length}));
+        EXPECT_EQ(b.wood->exp_ids, (IndexSet{length}));
         EXPECT_EQ(b.wood->exp_table[length]->bdd_exp, b.v("x"));
-        EXPECT_EQ(b.wood->amont_table[0], (std::set<long>{length}));
+        EXPECT_EQ(b.wood->amont_table[0], (IndexSet{length}));
     }
 };
 
@@ -365,7 +365,7 @@ TEST(ConstantsChain, BothDirectionsEmptyInOnePass)
         }
         r.wood->constants_propagation();
         long last = reverse ? 0 : n;
-        EXPECT_EQ(r.wood->exp_ids, (std::set<long>{last})) << reverse;
+        EXPECT_EQ(r.wood->exp_ids, (IndexSet{last})) << reverse;
         EXPECT_TRUE(r.m()->Bdd_is_zero_tautologic(r.wood->exp_table[last]->bdd_exp));
     }
 }

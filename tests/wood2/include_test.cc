@@ -28,7 +28,7 @@ TEST(IncludeWoodInstance, OtherManagerAddsVariablesAndTakesTheGreaterLevel)
         inst.var(n);
     inst.eq("o", inst.m()->Bdd_and(inst.v("i"), inst.v("w")), int(Compilation::SOUTPUT));
     inst.eq("w", inst.m()->Bdd_not(inst.v("i")));
-    std::set<long> deps{0};
+    IndexSet deps{0};
     Bddexpression* abs = new Bddexpression(3, inst.wood.get(), deps, "value", 0, 0);
     abs->setUserType(Compilation::VOUTPUT);
     inst.wood->compute_dates();
@@ -43,7 +43,7 @@ TEST(IncludeWoodInstance, OtherManagerAddsVariablesAndTakesTheGreaterLevel)
     EXPECT_EQ(t.m()->variables_number, 6);
     EXPECT_EQ(t.index("m_i"), 2);
     EXPECT_EQ(t.index("m_v"), 5);
-    EXPECT_EQ(t.wood->exp_ids, (std::set<long>{1, 3, 4, 5}));
+    EXPECT_EQ(t.wood->exp_ids, (IndexSet{1, 3, 4, 5}));
     Bddexpression* o = t.at("m_o");
     ASSERT_NE(o, nullptr);
     EXPECT_EQ(o->name, "m_o");
@@ -55,8 +55,8 @@ TEST(IncludeWoodInstance, OtherManagerAddsVariablesAndTakesTheGreaterLevel)
     EXPECT_EQ(v->abstraction, 1);
     EXPECT_EQ(v->exp_def, "value");
     EXPECT_EQ(v->user_type, int(Compilation::VOUTPUT));
-    EXPECT_EQ(v->dependances, (std::set<long>{2}));
-    EXPECT_EQ(t.wood->amont_table[2], (std::set<long>{3, 4, 5}));
+    EXPECT_EQ(v->dependances, (IndexSet{2}));
+    EXPECT_EQ(t.wood->amont_table[2], (IndexSet{3, 4, 5}));
     // i is read but has no equation: its late date comes along all the same.
     EXPECT_EQ(t.wood->late_dates[2], 2);
     EXPECT_EQ(t.wood->late_dates[4], 1);

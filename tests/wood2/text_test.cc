@@ -90,7 +90,7 @@ TEST(EquationText, WithoutWoodOrRightMember)
     WoodBuilder b;
     b.var("i");
     b.var("v");
-    std::set<long> deps{0};
+    IndexSet deps{0};
     new Bddexpression(1, b.wood.get(), deps, "value_of", 0, 0);
     EXPECT_EQ(b.at("v")->debug_in_string(), "<v> v = value_of()  weight: 1 usertype: 0");
 }
@@ -190,7 +190,7 @@ TEST_F(SmallWoodText, CompiledModuleSection)
 TEST_F(SmallWoodText, AbstractExpressionLine)
 {
     b.var("v");
-    std::set<long> deps{0, 2};
+    IndexSet deps{0, 2};
     new Bddexpression(4, b.wood.get(), deps, "f", 3, 0);
     long table[5] = {10, 11, 12, 13, 14};
     std::ostringstream out;
@@ -201,7 +201,7 @@ TEST_F(SmallWoodText, AbstractExpressionLine)
 TEST_F(SmallWoodText, DependanceSummary)
 {
     long table[4] = {0, 1, 2, 3};
-    std::set<long> all{0, 1, 2, 3};
+    IndexSet all{0, 1, 2, 3};
     std::ostringstream out;
     b.wood->Put_zka(out, table, all, 0);
     EXPECT_EQ(out.str(),
@@ -213,7 +213,7 @@ TEST_F(SmallWoodText, DependanceSummary)
     // Filtered and renumbered, a variable without number left out, and
     // every line pointing into the named file.
     long renumber[4] = {7, -1, 8, 9};
-    std::set<long> some{0, 3};
+    IndexSet some{0, 3};
     std::ostringstream named;
     b.wood->Put_zka(named, renumber, some, 0, "m");
     EXPECT_EQ(named.str(),
