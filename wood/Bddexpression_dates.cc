@@ -14,7 +14,9 @@
 #include "wood/Bddexpression.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <iostream>
+#include <limits>
 #include <unordered_map>
 
 namespace {
@@ -28,48 +30,83 @@ const Bddexpression* slot(const Bddexpressionwood& wood, long i)
 
 // The graph that every date follows, in the direction of the data: d -> i
 // when equation i reads d, and v -> s when s, an equation, is a reader of v
-// in amont_table. Only edges towards filled slots carry dates. Returns
-// false when the graph has a cycle.
-bool flow_order(const Bddexpressionwood& wood, std::vector<long>& order)
+// in amont_table. Only edges towards filled slots carry dates. The sets are
+// read once into flat rows; every pass over the graph then walks plain
+// arrays.
+struct FlatGraph {
+    using Slot = std::uint32_t;
+    long n = 0;
+    // What each filled slot reads, within 0..n-1, ascending.
+    std::vector<Slot> deps_start, deps;
+    // The filled readers of each variable, ascending.
+    std::vector<Slot> readers_start, readers;
+    // Whether amont_table of the variable is not empty, filled or not.
+    std::vector<char> read;
+    // Whether every amont_table entry is a variable index.
+    bool readers_in_range = true;
+
+    // False when the wood is too large for the rows' indices.
+    bool build(const Bddexpressionwood& wood)
+    {
+        n = wood.nb_bdd_vars > 0 ? wood.nb_bdd_vars : 0;
+        if (n >= (long)std::numeric_limits<Slot>::max()) return false;
+        deps_start.assign(n + 1, 0);
+        readers_start.assign(n + 1, 0);
+        read.assign(n, 0);
+        deps.clear();
+        readers.clear();
+        for (long v = 0; v < n; v++) {
+            const IndexSet& amont = wood.amont_table[v];
+            read[v] = amont.empty() ? 0 : 1;
+            for (long s : amont) {
+                if (s < 0 || s >= n) {
+                    readers_in_range = false;
+                    continue;
+                }
+                if (wood.exp_table[s] != nullptr) readers.push_back((Slot)s);
+            }
+            if (const Bddexpression* e = wood.exp_table[v])
+                for (long d : e->dependances)
+                    if (d >= 0 && d < n) deps.push_back((Slot)d);
+            if (deps.size() >= std::numeric_limits<Slot>::max() ||
+                readers.size() >= std::numeric_limits<Slot>::max())
+                return false;
+            deps_start[v + 1] = (Slot)deps.size();
+            readers_start[v + 1] = (Slot)readers.size();
+        }
+        return true;
+    }
+};
+
+// A topological order of the graph above; false when it has a cycle. Any
+// such order gives the same longest paths, so the one taken is free.
+bool flow_order(const FlatGraph& g, std::vector<FlatGraph::Slot>& order)
 {
-    const long n = wood.nb_bdd_vars;
+    using Slot = FlatGraph::Slot;
+    const long n = g.n;
     order.clear();
     if (n <= 0) return true;
-    // Out-edges in compressed rows: first the amont entries, then the
-    // reversed dependances (the two agree in a coherent wood; duplicates are
-    // harmless as long as they are counted alike on both sides).
-    std::vector<long> start(n + 1, 0);
-    for (long v = 0; v < n; v++)
-        for (long s : wood.amont_table[v])
-            if (slot(wood, s) != nullptr) start[v + 1]++;
-    for (long i = 0; i < n; i++)
-        if (const Bddexpression* e = wood.exp_table[i])
-            for (long d : e->dependances)
-                if (d >= 0 && d < n) start[d + 1]++;
-    for (long v = 0; v < n; v++) start[v + 1] += start[v];
-    std::vector<long> edges(start[n]);
-    std::vector<long> fill(start.begin(), start.end() - 1);
-    std::vector<long> indegree(n, 0);
-    for (long v = 0; v < n; v++)
-        for (long s : wood.amont_table[v])
-            if (slot(wood, s) != nullptr) {
-                edges[fill[v]++] = s;
-                indegree[s]++;
-            }
-    for (long i = 0; i < n; i++)
-        if (const Bddexpression* e = wood.exp_table[i])
-            for (long d : e->dependances)
-                if (d >= 0 && d < n) {
-                    edges[fill[d]++] = i;
-                    indegree[i]++;
-                }
+    // The equations that read each variable: the dependances turned round.
+    std::vector<Slot> users_start(n + 1, 0), users(g.deps.size()), indegree(n, 0);
+    for (Slot d : g.deps) users_start[d + 1]++;
+    for (long v = 0; v < n; v++) users_start[v + 1] += users_start[v];
+    {
+        std::vector<Slot> fill(users_start.begin(), users_start.end() - 1);
+        for (long i = 0; i < n; i++) {
+            indegree[i] += g.deps_start[i + 1] - g.deps_start[i];
+            for (Slot k = g.deps_start[i]; k < g.deps_start[i + 1]; k++) users[fill[g.deps[k]]++] = (Slot)i;
+        }
+    }
+    for (Slot s : g.readers) indegree[s]++;
     order.reserve(n);
     for (long v = 0; v < n; v++)
-        if (indegree[v] == 0) order.push_back(v);
+        if (indegree[v] == 0) order.push_back((Slot)v);
     for (std::size_t k = 0; k < order.size(); k++) {
-        long v = order[k];
-        for (long e = start[v]; e < start[v + 1]; e++)
-            if (--indegree[edges[e]] == 0) order.push_back(edges[e]);
+        Slot v = order[k];
+        for (Slot e = g.readers_start[v]; e < g.readers_start[v + 1]; e++)
+            if (--indegree[g.readers[e]] == 0) order.push_back(g.readers[e]);
+        for (Slot e = users_start[v]; e < users_start[v + 1]; e++)
+            if (--indegree[users[e]] == 0) order.push_back(users[e]);
     }
     return (long)order.size() == n;
 }
@@ -94,25 +131,26 @@ bool equations_in_place(const Bddexpressionwood& wood)
 // variables, where the literal pass stops pushing.
 bool fast_dates(Bddexpressionwood& wood, const std::list<long>* ids)
 {
+    using Slot = FlatGraph::Slot;
     const long n = wood.nb_bdd_vars;
-    for (long v = 0; v < n; v++)
-        for (long s : wood.amont_table[v])
-            if (s < 0 || s >= n) return false; // the literal pass reports it
+    FlatGraph g;
+    if (!g.build(wood) || !g.readers_in_range) return false; // the literal pass reports it
     if (!equations_in_place(wood)) return false;
-    std::vector<long> order;
-    if (!flow_order(wood, order)) return false;
+    std::vector<Slot> order;
+    if (!flow_order(g, order)) return false;
 
     std::vector<char> swept(n, ids == nullptr ? 1 : 0);
     if (ids != nullptr)
         for (long id : *ids)
             if (id >= 0 && id < n) swept[id] = 1;
 
-    std::vector<long> early0(n, 0), early(n, 0), late0(n, 0), late(n, 0);
+    // The wood's own fields keep the starting dates until the end.
+    std::vector<long> early(n, 0), late(n, 0);
     for (long v = 0; v < n; v++) {
-        if (const Bddexpression* e = wood.exp_table[v]) early0[v] = early[v] = e->early_date;
+        if (const Bddexpression* e = wood.exp_table[v]) early[v] = e->early_date;
         if (ids != nullptr) {
             if (wood.late_dates[v] < 0) return false;
-            late0[v] = late[v] = wood.late_dates[v];
+            late[v] = wood.late_dates[v];
         }
     }
     long level = wood.nb_level;
@@ -122,29 +160,33 @@ bool fast_dates(Bddexpressionwood& wood, const std::list<long>* ids)
 
     // Early dates: a variable pushes to its readers when it is swept or when
     // its date rose; in topological order its date is final by then.
-    for (long v : order) {
+    for (Slot v : order) {
         const Bddexpression* e = wood.exp_table[v];
-        bool raised = e != nullptr && early[v] > early0[v];
+        bool raised = e != nullptr && early[v] > e->early_date;
         if (raised) raise_level(early[v]);
         if (!swept[v] && !raised) continue;
-        if (wood.amont_table[v].empty()) {
+        if (!g.read[v]) {
             if (e != nullptr && swept[v]) raise_level(early[v]);
             continue;
         }
         long date = e != nullptr ? early[v] + 1 : 1;
-        for (long s : wood.amont_table[v])
-            if (wood.exp_table[s] != nullptr && early[s] < date) early[s] = date;
+        for (Slot k = g.readers_start[v]; k < g.readers_start[v + 1]; k++) {
+            Slot s = g.readers[k];
+            if (early[s] < date) early[s] = date;
+        }
     }
     // Late dates: readers come before what they read in reverse order.
     for (auto it = order.rbegin(); it != order.rend(); ++it) {
-        long v = *it;
-        if (late[v] > late0[v]) raise_level(late[v]);
-        const Bddexpression* e = wood.exp_table[v];
-        if (e == nullptr) continue;
-        if (!swept[v] && late[v] == late0[v]) continue;
+        Slot v = *it;
+        long start = ids != nullptr ? wood.late_dates[v] : 0;
+        if (late[v] > start) raise_level(late[v]);
+        if (wood.exp_table[v] == nullptr) continue;
+        if (!swept[v] && late[v] == start) continue;
         long date = late[v] + 1;
-        for (long d : e->dependances)
-            if (d >= 0 && d < n && late[d] < date) late[d] = date;
+        for (Slot k = g.deps_start[v]; k < g.deps_start[v + 1]; k++) {
+            Slot d = g.deps[k];
+            if (late[d] < date) late[d] = date;
+        }
     }
     if (level > 2 * n) return false;
 
@@ -541,17 +583,20 @@ long Bddexpressionwood::down_critical_path(long var, long depth, long base) cons
 bool Bddexpressionwood::memo_critical_paths(long depth, std::vector<long>& up,
                                             std::vector<long>& down) const
 {
+    using Slot = FlatGraph::Slot;
     const long n = nb_bdd_vars;
-    std::vector<long> order;
-    if (!flow_order(*this, order)) return false;
+    FlatGraph g;
+    std::vector<Slot> order;
+    if (!g.build(*this) || !flow_order(g, order)) return false;
     std::vector<long> up_m(n, 0), up_h(n, 0), down_m(n, 0), down_h(n, 0);
     // What an equation reads comes before it in the order.
-    for (long v : order) {
+    for (Slot v : order) {
         const Bddexpression* e = exp_table[v];
         if (e == nullptr) continue;
         long m = e->w, h = 0;
-        for (long d : e->dependances) {
-            if (slot(*this, d) == nullptr) continue;
+        for (Slot k = g.deps_start[v]; k < g.deps_start[v + 1]; k++) {
+            Slot d = g.deps[k];
+            if (exp_table[d] == nullptr) continue;
             m = std::max(m, e->w + up_m[d]);
             h = std::max(h, up_h[d] + 1);
         }
@@ -560,12 +605,11 @@ bool Bddexpressionwood::memo_critical_paths(long depth, std::vector<long>& up,
         if (depth + h >= n) return false;
     }
     for (auto it = order.rbegin(); it != order.rend(); ++it) {
-        long v = *it;
+        Slot v = *it;
         long m = 0, h = 0;
-        for (long s : amont_table[v]) {
-            const Bddexpression* e = slot(*this, s);
-            if (e == nullptr) continue;
-            m = std::max(m, e->w + down_m[s]);
+        for (Slot k = g.readers_start[v]; k < g.readers_start[v + 1]; k++) {
+            Slot s = g.readers[k];
+            m = std::max(m, exp_table[s]->w + down_m[s]);
             h = std::max(h, down_h[s] + 1);
         }
         down_m[v] = m;
