@@ -54,27 +54,32 @@ std::ostream& put_set(std::ostream& out, const IndexSet& s)
 void Bddexpressionwood::internal_global_build_dependances()
 {
     // Readers declared by abstract constructors are lost here on purpose.
-    // The new reader lists are gathered first, ascending by construction,
-    // and a table entry is rewritten only where it differs: most of them
-    // come out as they were.
-    std::vector<long> count(nb_bdd_vars + 1, 0);
-    for (long i = 0; i < nb_bdd_vars; i++) {
+    // The edges are read in one pass over the equations, ascending by
+    // reader, then spread by variable with a counting sort, which keeps
+    // each reader list ascending. A table entry is rewritten only where it
+    // differs: most of them come out as they were.
+    const long n = nb_bdd_vars > 0 ? nb_bdd_vars : 0;
+    std::vector<long> count(n + 1, 0);
+    std::vector<std::pair<long, long>> edges; // (variable, reader)
+    edges.reserve(n + n / 2);
+    for (long i = 0; i < n; i++) {
         Bddexpression* e = exp_table[i];
         if (e == nullptr) continue;
         if (e->abstraction == 0) e->internal_build_dependances();
         for (long d : e->dependances)
-            if (d >= 0 && d < nb_bdd_vars) count[d + 1]++;
+            if (d >= 0 && d < n) {
+                count[d + 1]++;
+                edges.push_back({d, i});
+            }
     }
-    for (long d = 0; d < nb_bdd_vars; d++) count[d + 1] += count[d];
-    std::vector<long> readers(count[nb_bdd_vars]);
-    std::vector<long> fill(count.begin(), count.end() - 1);
-    for (long i = 0; i < nb_bdd_vars; i++) {
-        Bddexpression* e = exp_table[i];
-        if (e == nullptr) continue;
-        for (long d : e->dependances)
-            if (d >= 0 && d < nb_bdd_vars) readers[fill[d]++] = i;
+    for (long d = 0; d < n; d++) count[d + 1] += count[d];
+    std::vector<long> readers(edges.size());
+    {
+        std::vector<long> fill(count.begin(), count.end() - 1);
+        for (const auto& edge : edges) readers[fill[edge.first]++] = edge.second;
     }
-    for (long d = 0; d < nb_bdd_vars; d++) {
+    std::vector<std::pair<long, long>>().swap(edges);
+    for (long d = 0; d < n; d++) {
         auto first = readers.begin() + count[d];
         auto last = readers.begin() + count[d + 1];
         IndexSet& table = amont_table[d];

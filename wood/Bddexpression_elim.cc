@@ -137,12 +137,19 @@ void Bddexpressionwood::propagate_constants(IndexSet current, const std::list<in
 
 void Bddexpressionwood::constants_propagation(std::list<int>& keep)
 {
+    // The candidates of constant_candidate, found along the slots: a scan
+    // of the table costs far less than a walk of exp_ids, whose membership
+    // is asked only of the few constant equations that have a reader.
     IndexSet candidates;
-    for (long i : exp_ids)
-        if (constant_candidate(i))
-            candidates.insert(i);
+    for (long i = 0; i < nb_bdd_vars; ++i) {
+        Bddexpression* e = exp_table[i];
+        if (e == nullptr || e->abstraction != 0 || amont_table[i].empty() ||
+            constant_value(e->bdd_exp) < 0 || exp_ids.count(i) == 0)
+            continue;
+        candidates.insert(candidates.end(), i);
+    }
     IndexSet removed;
-    propagate_constants(candidates, keep, removed, nullptr);
+    propagate_constants(std::move(candidates), keep, removed, nullptr);
     for (long i : removed)
         exp_ids.erase(i);
     internal_global_build_dependances();
@@ -279,9 +286,10 @@ void Bddexpressionwood::suppress_wires(std::list<int>& keep)
     }
 
     // Constants go whatever their type: keep protects only from being a wire.
+    // The propagation ends by rebuilding every reader entry from the
+    // dependances, after which pruning the readers finds nothing to take.
     std::list<int> none;
     constants_propagation(none);
-    prune_readers();
     redate_by_critical_paths();
 }
 
@@ -425,13 +433,39 @@ void Bddexpressionwood::clean(IndexSet& keep)
 
 // --------------------------------------------------- restriction, quantifiers
 
-template <class Op>
-static void rewrite_all(Bddexpressionwood& wood, Op op)
+// Whether the dependances of e are the support of its right member as
+// build_normal_dependances would make them, so that a rebuild keeps them.
+static bool support_is_current(const Bddexpressionwood& wood, const Bddexpression& e)
+{
+    const bdd& f = e.bdd_exp;
+    if (e.abstraction != 0 || e.wood != &wood || f.manager_ref() != wood.bdd_manager ||
+        f.node() == nullptr)
+        return false;
+    const std::vector<long>& ids = f.node()->depends();
+    if (ids.size() != e.dependances.size())
+        return false;
+    static std::vector<long> indexes;
+    indexes.clear();
+    for (long id : ids)
+        indexes.push_back(wood.bdd_manager->index_by_id[id]);
+    std::sort(indexes.begin(), indexes.end());
+    return std::equal(indexes.begin(), indexes.end(), e.dependances.begin());
+}
+
+// `unchanged(f)` may tell that op gives f back as it is, creating no node:
+// an equation so left whose dependances are already its support has
+// nothing to change, and is passed by without the copies of its sets.
+template <class Op, class Unchanged>
+static void rewrite_all(Bddexpressionwood& wood, Op op, Unchanged unchanged)
 {
     for (long i : wood.exp_ids) {
         Bddexpression* e = (i >= 0 && i < wood.nb_bdd_vars) ? wood.exp_table[i] : nullptr;
         if (e == nullptr || !initialised(e->bdd_exp))
             continue;
+        if (unchanged(e->bdd_exp) && support_is_current(wood, *e)) {
+            wood.update_bdd_vars(); // as the rebuild of the dependances does
+            continue;
+        }
         IndexSet before = e->set_of_index_used_variables();
         e->bdd_exp = op(e->bdd_exp);
         e->build_normal_dependances();
@@ -448,7 +482,13 @@ static void rewrite_all(Bddexpressionwood& wood, Op op)
 void Bddexpressionwood::reduce_expressions(bdd cube, std::list<int>& keep)
 {
     bddpp_manager* m = bdd_manager;
-    rewrite_all(*this, [m, &cube](const bdd& f) { return m->Bdd_reduce(f, cube); });
+    // A restriction by a cube that shares no variable with f is f itself.
+    bool plain = initialised(cube) && cube.manager_ref() == m;
+    rewrite_all(
+        *this, [m, &cube](const bdd& f) { return m->Bdd_reduce(f, cube); },
+        [m, &cube, plain](const bdd& f) {
+            return plain && f.manager_ref() == m && !m->exists_common_variables(f, cube);
+        });
     constants_propagation(keep);
 }
 
@@ -529,7 +569,8 @@ void Bddexpressionwood::reduce_expressions_when_var_forgotten_by_exist_op(long v
 {
     bddpp_manager* m = bdd_manager;
     bdd v = m->Bdd_var_by_index(var);
-    rewrite_all(*this, [m, &v](const bdd& f) { return m->Bdd_exist(f, v); });
+    rewrite_all(
+        *this, [m, &v](const bdd& f) { return m->Bdd_exist(f, v); }, [](const bdd&) { return false; });
     constants_propagation();
 }
 
@@ -537,7 +578,8 @@ void Bddexpressionwood::reduce_expressions_when_var_forgotten_by_forall_op(long 
 {
     bddpp_manager* m = bdd_manager;
     bdd v = m->Bdd_var_by_index(var);
-    rewrite_all(*this, [m, &v](const bdd& f) { return m->Bdd_forall(f, v); });
+    rewrite_all(
+        *this, [m, &v](const bdd& f) { return m->Bdd_forall(f, v); }, [](const bdd&) { return false; });
     constants_propagation();
 }
 
