@@ -2,6 +2,8 @@
 
 #include "wood/Bddexpression.h"
 
+#include "wood/support_rows.h"
+
 #include <algorithm>
 #include <iostream>
 #include <vector>
@@ -26,11 +28,8 @@ void refresh_support(IndexSet& deps, bddpp_manager* manager, const bdd& f)
         return;
     }
     static std::vector<long> indexes;
-    indexes.clear();
-    for (long id : f.node()->depends())
-        indexes.push_back(manager->index_by_id[id]);
-    std::sort(indexes.begin(), indexes.end());
-    if (deps.size() == indexes.size() && std::equal(indexes.begin(), indexes.end(), deps.begin()))
+    wood_rows::support_indexes(manager, f, indexes);
+    if (wood_rows::same_members(deps, indexes))
         return;
     deps = IndexSet(indexes.begin(), indexes.end());
 }

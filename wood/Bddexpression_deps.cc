@@ -3,6 +3,7 @@
 // downstream). Walks go through both in ascending index order.
 
 #include "wood/Bddexpression.h"
+#include "wood/support_rows.h"
 
 #include <algorithm>
 #include <vector>
@@ -62,15 +63,30 @@ void Bddexpressionwood::internal_global_build_dependances()
     std::vector<long> count(n + 1, 0);
     std::vector<std::pair<long, long>> edges; // (variable, reader)
     edges.reserve(n + n / 2);
+    std::vector<long> support;
     for (long i = 0; i < n; i++) {
         Bddexpression* e = exp_table[i];
         if (e == nullptr) continue;
-        if (e->abstraction == 0) e->internal_build_dependances();
-        for (long d : e->dependances)
+        // The support in hand is the new dependances: the set is compared
+        // once, written only when it moved, and not read again.
+        bool in_hand = e->abstraction == 0 && e->wood != nullptr &&
+                       wood_rows::support_indexes(e->wood->bdd_manager, e->bdd_exp, support);
+        if (in_hand) {
+            if (!wood_rows::same_members(e->dependances, support))
+                e->dependances = IndexSet(support.begin(), support.end());
+        } else if (e->abstraction == 0) {
+            e->internal_build_dependances();
+        }
+        auto add = [&](long d) {
             if (d >= 0 && d < n) {
                 count[d + 1]++;
                 edges.push_back({d, i});
             }
+        };
+        if (in_hand)
+            for (long d : support) add(d);
+        else
+            for (long d : e->dependances) add(d);
     }
     for (long d = 0; d < n; d++) count[d + 1] += count[d];
     std::vector<long> readers(edges.size());

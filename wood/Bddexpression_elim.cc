@@ -8,6 +8,7 @@
 // the order of the calls into the manager is behaviour.
 
 #include "wood/Bddexpression.h"
+#include "wood/support_rows.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -437,19 +438,10 @@ void Bddexpressionwood::clean(IndexSet& keep)
 // build_normal_dependances would make them, so that a rebuild keeps them.
 static bool support_is_current(const Bddexpressionwood& wood, const Bddexpression& e)
 {
-    const bdd& f = e.bdd_exp;
-    if (e.abstraction != 0 || e.wood != &wood || f.manager_ref() != wood.bdd_manager ||
-        f.node() == nullptr)
-        return false;
-    const std::vector<long>& ids = f.node()->depends();
-    if (ids.size() != e.dependances.size())
-        return false;
     static std::vector<long> indexes;
-    indexes.clear();
-    for (long id : ids)
-        indexes.push_back(wood.bdd_manager->index_by_id[id]);
-    std::sort(indexes.begin(), indexes.end());
-    return std::equal(indexes.begin(), indexes.end(), e.dependances.begin());
+    return e.abstraction == 0 && e.wood == &wood &&
+           wood_rows::support_indexes(wood.bdd_manager, e.bdd_exp, indexes) &&
+           wood_rows::same_members(e.dependances, indexes);
 }
 
 // `unchanged(f)` may tell that op gives f back as it is, creating no node:
