@@ -12,6 +12,7 @@
 // literal passes, whose results on a cycle depend on the sweep order.
 
 #include "wood/Bddexpression.h"
+#include "wood/flat_graph.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -19,67 +20,44 @@
 #include <limits>
 #include <unordered_map>
 
-namespace {
+namespace wood_rows {
 
-bool initialised(const bdd& f) { return f.manager_ref() != nullptr && f.node() != nullptr; }
-
-const Bddexpression* slot(const Bddexpressionwood& wood, long i)
+bool FlatGraph::build(const Bddexpressionwood& wood)
 {
-    return i >= 0 && i < wood.nb_bdd_vars ? wood.exp_table[i] : nullptr;
+    valid = false;
+    n = wood.nb_bdd_vars > 0 ? wood.nb_bdd_vars : 0;
+    if (n >= (long)std::numeric_limits<Slot>::max()) return false;
+    deps_start.assign(n + 1, 0);
+    readers_start.assign(n + 1, 0);
+    read.assign(n, 0);
+    deps.clear();
+    readers.clear();
+    deps.reserve(2 * n);
+    readers.reserve(2 * n);
+    readers_in_range = true;
+    for (long v = 0; v < n; v++) {
+        const IndexSet& amont = wood.amont_table[v];
+        read[v] = amont.empty() ? 0 : 1;
+        for (long s : amont) {
+            if (s < 0 || s >= n) {
+                readers_in_range = false;
+                continue;
+            }
+            if (wood.exp_table[s] != nullptr) readers.push_back((Slot)s);
+        }
+        if (const Bddexpression* e = wood.exp_table[v])
+            for (long d : e->dependances)
+                if (d >= 0 && d < n) deps.push_back((Slot)d);
+        if (deps.size() >= std::numeric_limits<Slot>::max() ||
+            readers.size() >= std::numeric_limits<Slot>::max())
+            return false;
+        deps_start[v + 1] = (Slot)deps.size();
+        readers_start[v + 1] = (Slot)readers.size();
+    }
+    valid = true;
+    return true;
 }
 
-// The graph that every date follows, in the direction of the data: d -> i
-// when equation i reads d, and v -> s when s, an equation, is a reader of v
-// in amont_table. Only edges towards filled slots carry dates. The sets are
-// read once into flat rows; every pass over the graph then walks plain
-// arrays.
-struct FlatGraph {
-    using Slot = std::uint32_t;
-    long n = 0;
-    // What each filled slot reads, within 0..n-1, ascending.
-    std::vector<Slot> deps_start, deps;
-    // The filled readers of each variable, ascending.
-    std::vector<Slot> readers_start, readers;
-    // Whether amont_table of the variable is not empty, filled or not.
-    std::vector<char> read;
-    // Whether every amont_table entry is a variable index.
-    bool readers_in_range = true;
-
-    // False when the wood is too large for the rows' indices.
-    bool build(const Bddexpressionwood& wood)
-    {
-        n = wood.nb_bdd_vars > 0 ? wood.nb_bdd_vars : 0;
-        if (n >= (long)std::numeric_limits<Slot>::max()) return false;
-        deps_start.assign(n + 1, 0);
-        readers_start.assign(n + 1, 0);
-        read.assign(n, 0);
-        deps.clear();
-        readers.clear();
-        for (long v = 0; v < n; v++) {
-            const IndexSet& amont = wood.amont_table[v];
-            read[v] = amont.empty() ? 0 : 1;
-            for (long s : amont) {
-                if (s < 0 || s >= n) {
-                    readers_in_range = false;
-                    continue;
-                }
-                if (wood.exp_table[s] != nullptr) readers.push_back((Slot)s);
-            }
-            if (const Bddexpression* e = wood.exp_table[v])
-                for (long d : e->dependances)
-                    if (d >= 0 && d < n) deps.push_back((Slot)d);
-            if (deps.size() >= std::numeric_limits<Slot>::max() ||
-                readers.size() >= std::numeric_limits<Slot>::max())
-                return false;
-            deps_start[v + 1] = (Slot)deps.size();
-            readers_start[v + 1] = (Slot)readers.size();
-        }
-        return true;
-    }
-};
-
-// A topological order of the graph above; false when it has a cycle. Any
-// such order gives the same longest paths, so the one taken is free.
 bool flow_order(const FlatGraph& g, std::vector<FlatGraph::Slot>& order)
 {
     using Slot = FlatGraph::Slot;
@@ -109,6 +87,20 @@ bool flow_order(const FlatGraph& g, std::vector<FlatGraph::Slot>& order)
             if (--indegree[users[e]] == 0) order.push_back(users[e]);
     }
     return (long)order.size() == n;
+}
+
+} // namespace wood_rows
+
+namespace {
+
+using wood_rows::FlatGraph;
+using wood_rows::flow_order;
+
+bool initialised(const bdd& f) { return f.manager_ref() != nullptr && f.node() != nullptr; }
+
+const Bddexpression* slot(const Bddexpressionwood& wood, long i)
+{
+    return i >= 0 && i < wood.nb_bdd_vars ? wood.exp_table[i] : nullptr;
 }
 
 // Whether every equation of the wood sits in its own slot, so that its late
@@ -583,11 +575,18 @@ long Bddexpressionwood::down_critical_path(long var, long depth, long base) cons
 bool Bddexpressionwood::memo_critical_paths(long depth, std::vector<long>& up,
                                             std::vector<long>& down) const
 {
-    using Slot = FlatGraph::Slot;
-    const long n = nb_bdd_vars;
     FlatGraph g;
+    return g.build(*this) && wood_rows::memo_critical_paths(*this, g, depth, up, down);
+}
+
+bool wood_rows::memo_critical_paths(const Bddexpressionwood& wood, const FlatGraph& g, long depth,
+                                    std::vector<long>& up, std::vector<long>& down)
+{
+    using Slot = FlatGraph::Slot;
+    const long n = wood.nb_bdd_vars;
     std::vector<Slot> order;
-    if (!g.build(*this) || !flow_order(g, order)) return false;
+    if (!g.valid || g.n != n || !flow_order(g, order)) return false;
+    Bddexpression* const* exp_table = wood.exp_table;
     std::vector<long> up_m(n, 0), up_h(n, 0), down_m(n, 0), down_h(n, 0);
     // What an equation reads comes before it in the order.
     for (Slot v : order) {

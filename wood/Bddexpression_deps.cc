@@ -3,9 +3,11 @@
 // downstream). Walks go through both in ascending index order.
 
 #include "wood/Bddexpression.h"
+#include "wood/flat_graph.h"
 #include "wood/support_rows.h"
 
 #include <algorithm>
+#include <limits>
 #include <vector>
 
 #include <iostream>
@@ -52,57 +54,94 @@ std::ostream& put_set(std::ostream& out, const IndexSet& s)
     return out << "}";
 }
 
-void Bddexpressionwood::internal_global_build_dependances()
+namespace {
+
+// The rebuild in rows of `Slot`: the dependances of each filled slot are
+// refreshed and read once, in ascending reader order, then spread by
+// variable with a counting sort, which keeps each reader list ascending.
+// False, with no table written, when the rows outgrow `Slot`.
+template <class Slot>
+bool rebuild_rows(Bddexpressionwood& wood, std::vector<Slot>& deps_start, std::vector<Slot>& deps,
+                  std::vector<Slot>& readers_start, std::vector<Slot>& readers)
 {
-    // Readers declared by abstract constructors are lost here on purpose.
-    // The edges are read in one pass over the equations, ascending by
-    // reader, then spread by variable with a counting sort, which keeps
-    // each reader list ascending. A table entry is rewritten only where it
-    // differs: most of them come out as they were.
-    const long n = nb_bdd_vars > 0 ? nb_bdd_vars : 0;
-    std::vector<long> count(n + 1, 0);
-    std::vector<std::pair<long, long>> edges; // (variable, reader)
-    edges.reserve(n + n / 2);
+    const long n = wood.nb_bdd_vars > 0 ? wood.nb_bdd_vars : 0;
+    const std::size_t most = std::numeric_limits<Slot>::max();
+    if ((std::size_t)n >= most) return false;
+    deps_start.assign(n + 1, 0);
+    deps.clear();
+    deps.reserve(2 * n);
+    readers_start.assign(n + 1, 0);
     std::vector<long> support;
     for (long i = 0; i < n; i++) {
-        Bddexpression* e = exp_table[i];
-        if (e == nullptr) continue;
-        // The support in hand is the new dependances: the set is compared
-        // once, written only when it moved, and not read again.
-        bool in_hand = e->abstraction == 0 && e->wood != nullptr &&
-                       wood_rows::support_indexes(e->wood->bdd_manager, e->bdd_exp, support);
-        if (in_hand) {
-            if (!wood_rows::same_members(e->dependances, support))
-                e->dependances = IndexSet(support.begin(), support.end());
-        } else if (e->abstraction == 0) {
-            e->internal_build_dependances();
-        }
-        auto add = [&](long d) {
-            if (d >= 0 && d < n) {
-                count[d + 1]++;
-                edges.push_back({d, i});
+        Bddexpression* e = wood.exp_table[i];
+        if (e != nullptr) {
+            // The support in hand is the new dependances: the set is
+            // compared once, written only when it moved, and not read again.
+            bool in_hand = e->abstraction == 0 && e->wood != nullptr &&
+                           wood_rows::support_indexes(e->wood->bdd_manager, e->bdd_exp, support);
+            if (in_hand) {
+                if (!wood_rows::same_members(e->dependances, support))
+                    e->dependances = IndexSet(support.begin(), support.end());
+            } else if (e->abstraction == 0) {
+                e->internal_build_dependances();
             }
-        };
-        if (in_hand)
-            for (long d : support) add(d);
-        else
-            for (long d : e->dependances) add(d);
+            auto add = [&](long d) {
+                if (d >= 0 && d < n) {
+                    readers_start[d + 1]++;
+                    deps.push_back((Slot)d);
+                }
+            };
+            if (in_hand)
+                for (long d : support) add(d);
+            else
+                for (long d : e->dependances) add(d);
+            if (deps.size() >= most) return false;
+        }
+        deps_start[i + 1] = (Slot)deps.size();
     }
-    for (long d = 0; d < n; d++) count[d + 1] += count[d];
-    std::vector<long> readers(edges.size());
+    for (long d = 0; d < n; d++) readers_start[d + 1] += readers_start[d];
+    readers.assign(deps.size(), 0);
     {
-        std::vector<long> fill(count.begin(), count.end() - 1);
-        for (const auto& edge : edges) readers[fill[edge.first]++] = edge.second;
+        std::vector<Slot> fill(readers_start.begin(), readers_start.end() - 1);
+        for (long i = 0; i < n; i++)
+            for (Slot k = deps_start[i]; k < deps_start[i + 1]; k++) readers[fill[deps[k]]++] = (Slot)i;
     }
-    std::vector<std::pair<long, long>>().swap(edges);
+    // A table entry is rewritten only where it differs: most of them come
+    // out as they were.
     for (long d = 0; d < n; d++) {
-        auto first = readers.begin() + count[d];
-        auto last = readers.begin() + count[d + 1];
-        IndexSet& table = amont_table[d];
+        auto first = readers.begin() + readers_start[d];
+        auto last = readers.begin() + readers_start[d + 1];
+        IndexSet& table = wood.amont_table[d];
         if (table.size() == static_cast<std::size_t>(last - first) && std::equal(first, last, table.begin()))
             continue;
         table = IndexSet(first, last);
     }
+    return true;
+}
+
+} // namespace
+
+void wood_rows::rebuild_reader_tables(Bddexpressionwood& wood, FlatGraph& g)
+{
+    // Readers declared by abstract constructors are lost here on purpose.
+    g.valid = false;
+    if (!rebuild_rows(wood, g.deps_start, g.deps, g.readers_start, g.readers)) {
+        std::vector<long> deps_start, deps, readers_start, readers;
+        rebuild_rows(wood, deps_start, deps, readers_start, readers);
+        return;
+    }
+    // The tables are now exactly the dependances turned round.
+    g.n = wood.nb_bdd_vars > 0 ? wood.nb_bdd_vars : 0;
+    g.read.assign(g.n, 0);
+    for (long v = 0; v < g.n; v++) g.read[v] = g.readers_start[v + 1] != g.readers_start[v] ? 1 : 0;
+    g.readers_in_range = true;
+    g.valid = true;
+}
+
+void Bddexpressionwood::internal_global_build_dependances()
+{
+    wood_rows::FlatGraph g;
+    wood_rows::rebuild_reader_tables(*this, g);
 }
 
 // Both walks are the plain recursion "add each unseen neighbour, then walk

@@ -8,6 +8,7 @@
 // the order of the calls into the manager is behaviour.
 
 #include "wood/Bddexpression.h"
+#include "wood/flat_graph.h"
 #include "wood/support_rows.h"
 
 #include <algorithm>
@@ -136,24 +137,33 @@ void Bddexpressionwood::propagate_constants(IndexSet current, const std::list<in
     }
 }
 
-void Bddexpressionwood::constants_propagation(std::list<int>& keep)
+// constants_propagation(keep), leaving in `g` the graph of the exact tables
+// that its closing rebuild makes.
+static void propagate_and_rebuild(Bddexpressionwood& wood, std::list<int>& keep,
+                                  wood_rows::FlatGraph& g)
 {
     // The candidates of constant_candidate, found along the slots: a scan
     // of the table costs far less than a walk of exp_ids, whose membership
     // is asked only of the few constant equations that have a reader.
     IndexSet candidates;
-    for (long i = 0; i < nb_bdd_vars; ++i) {
-        Bddexpression* e = exp_table[i];
-        if (e == nullptr || e->abstraction != 0 || amont_table[i].empty() ||
-            constant_value(e->bdd_exp) < 0 || exp_ids.count(i) == 0)
+    for (long i = 0; i < wood.nb_bdd_vars; ++i) {
+        Bddexpression* e = wood.exp_table[i];
+        if (e == nullptr || e->abstraction != 0 || wood.amont_table[i].empty() ||
+            constant_value(e->bdd_exp) < 0 || wood.exp_ids.count(i) == 0)
             continue;
         candidates.insert(candidates.end(), i);
     }
     IndexSet removed;
-    propagate_constants(std::move(candidates), keep, removed, nullptr);
+    wood.propagate_constants(std::move(candidates), keep, removed, nullptr);
     for (long i : removed)
-        exp_ids.erase(i);
-    internal_global_build_dependances();
+        wood.exp_ids.erase(i);
+    wood_rows::rebuild_reader_tables(wood, g);
+}
+
+void Bddexpressionwood::constants_propagation(std::list<int>& keep)
+{
+    wood_rows::FlatGraph g;
+    propagate_and_rebuild(*this, keep, g);
 }
 
 void Bddexpressionwood::constants_propagation()
@@ -215,12 +225,15 @@ void Bddexpressionwood::prune_readers()
 // for the early date, the late date itself for the late one. On a graph
 // without a cycle both come from one memoised pass; a cycle takes the
 // per-equation walks, which may dissolve equations as they go.
-void Bddexpressionwood::redate_by_critical_paths()
+// redate_by_critical_paths, with the graph in rows when it is at hand.
+static void redate(Bddexpressionwood& wood, const wood_rows::FlatGraph* g)
 {
     std::vector<long> up, down;
-    if (memo_critical_paths(1, up, down)) {
-        for (long i = 0; i < nb_bdd_vars; ++i) {
-            Bddexpression* e = exp_table[i];
+    bool memo = g != nullptr ? wood_rows::memo_critical_paths(wood, *g, 1, up, down)
+                             : wood.memo_critical_paths(1, up, down);
+    if (memo) {
+        for (long i = 0; i < wood.nb_bdd_vars; ++i) {
+            Bddexpression* e = wood.exp_table[i];
             if (e == nullptr)
                 continue;
             e->early_date = 1 + up[i];
@@ -228,18 +241,24 @@ void Bddexpressionwood::redate_by_critical_paths()
         }
         return;
     }
-    for (long i = 0; i < nb_bdd_vars; ++i) {
-        Bddexpression* e = exp_table[i];
+    // The walks may dissolve equations as they go: the table is read afresh.
+    for (long i = 0; i < wood.nb_bdd_vars; ++i) {
+        Bddexpression* e = wood.exp_table[i];
         if (e == nullptr)
             continue;
-        long early = up_critical_path(i, 1, 1);
-        e = exp_table[i];
+        long early = wood.up_critical_path(i, 1, 1);
+        e = wood.exp_table[i];
         if (e == nullptr)
             continue;
         e->early_date = early;
-        long late = down_critical_path(i, 1, 0);
+        long late = wood.down_critical_path(i, 1, 0);
         e->setLateDate(late);
     }
+}
+
+void Bddexpressionwood::redate_by_critical_paths()
+{
+    redate(*this, nullptr);
 }
 
 void Bddexpressionwood::suppress_wires(std::list<int>& keep)
@@ -290,8 +309,9 @@ void Bddexpressionwood::suppress_wires(std::list<int>& keep)
     // The propagation ends by rebuilding every reader entry from the
     // dependances, after which pruning the readers finds nothing to take.
     std::list<int> none;
-    constants_propagation(none);
-    redate_by_critical_paths();
+    wood_rows::FlatGraph g;
+    propagate_and_rebuild(*this, none, g);
+    redate(*this, &g);
 }
 
 void Bddexpressionwood::suppress_wires()
