@@ -86,26 +86,17 @@ void Module::update_user_type()
     }
 }
 
-void Module::clean()
+// The registers that are kept; the others fix their actual variable in the
+// wood, through one run of restrictions.
+static std::list<regclass*>* dropUselessRegisters(Module* m, Bddexpressionwood* wood,
+                                                  std::list<regclass*>* registers,
+                                                  Bddexpressionwood::ReductionRun& run)
 {
-    if (wood == nullptr || Compilation::KeepWiresFlag)
-        return;
-    std::list<int> kinds = keptKinds(true);
-    wood->suppress_wires(kinds);
-    suppress_useless_registers();
-    clean_locals();
-}
-
-void Module::suppress_useless_registers()
-{
-    if (wood == nullptr || registers == nullptr)
-        return;
     auto* kept = new std::list<regclass*>;
-    Bddexpressionwood::ReductionRun run;
     for (regclass* r : *registers) {
         if (r == nullptr || r->next_var() == nullptr || r->actual_var() == nullptr)
             passFault("suppress_useless_registers", "register of an undeclared signal");
-        long index = r->next_var()->getOverBddId(this, wood);
+        long index = r->next_var()->getOverBddId(m, wood);
         Bddexpression* e = wood->exp_by_index(index);
         if (e == nullptr) {
             // The register is dropped with its missing equation.
@@ -122,7 +113,7 @@ void Module::suppress_useless_registers()
         // The register never leaves its initial value: its actual variable
         // is that constant everywhere.
         std::cerr << "detecting useless register " << r->actual_var()->getInternalName() << std::endl;
-        bdd actual = r->actual_var()->getOverBdd(this, wood);
+        bdd actual = r->actual_var()->getOverBdd(m, wood);
         if (!Bddexpressionwood::bdd_initialised(actual)) {
             std::string text = "internal error 1 in Module::suppress_useless_registers(void)";
             fl_show_Smessages(text);
@@ -130,12 +121,34 @@ void Module::suppress_useless_registers()
             continue;
         }
         bdd literal = r->is_initialy_true() != 0 ? actual : wood->Bdd_not(actual);
-        std::list<int> kinds = keptKinds(false);
+        std::list<int> kinds = Module::keptKinds(false);
         wood->reduce_expressions(literal, kinds, run);
     }
     // The signals of a dropped register stay listed as locals, flagged
     // register, which is how clean_locals and finalize still treat them.
-    registers = kept;
+    return kept;
+}
+
+void Module::clean()
+{
+    if (wood == nullptr || Compilation::KeepWiresFlag)
+        return;
+    std::list<int> kinds = keptKinds(true);
+    // The wire pass leaves the tables exact, which the restrictions of the
+    // useless registers would otherwise first make so over the whole wood.
+    Bddexpressionwood::ReductionRun run;
+    wood->suppress_wires(kinds, run);
+    if (registers != nullptr)
+        registers = dropUselessRegisters(this, wood, registers, run);
+    clean_locals();
+}
+
+void Module::suppress_useless_registers()
+{
+    if (wood == nullptr || registers == nullptr)
+        return;
+    Bddexpressionwood::ReductionRun run;
+    registers = dropUselessRegisters(this, wood, registers, run);
 }
 
 void Module::clean_locals()

@@ -351,6 +351,9 @@ public:
     // at a cost that follows the readers of the cube's variables once the
     // first call of the run has made the tables exact.
     void reduce_expressions(bdd cube, std::list<int>& keep, ReductionRun& run);
+    // suppress_wires(keep), after which `run` starts a run of restrictions:
+    // exact at once when the pass left the tables exact.
+    void suppress_wires(std::list<int>& keep, ReductionRun& run);
     void reduce_expressions_when_var_forgotten_by_exist_op(long var);
     void reduce_expressions_when_var_forgotten_by_forall_op(long var);
     long reduce_proposition_by_variable();

@@ -226,7 +226,8 @@ void Bddexpressionwood::prune_readers()
 // without a cycle both come from one memoised pass; a cycle takes the
 // per-equation walks, which may dissolve equations as they go.
 // redate_by_critical_paths, with the graph in rows when it is at hand.
-static void redate(Bddexpressionwood& wood, const wood_rows::FlatGraph* g)
+// True when the memoised pass did it, leaving the tables as they were.
+static bool redate(Bddexpressionwood& wood, const wood_rows::FlatGraph* g)
 {
     std::vector<long> up, down;
     bool memo = g != nullptr ? wood_rows::memo_critical_paths(wood, *g, 1, up, down)
@@ -239,7 +240,7 @@ static void redate(Bddexpressionwood& wood, const wood_rows::FlatGraph* g)
             e->early_date = 1 + up[i];
             e->setLateDate(down[i]);
         }
-        return;
+        return true;
     }
     // The walks may dissolve equations as they go: the table is read afresh.
     for (long i = 0; i < wood.nb_bdd_vars; ++i) {
@@ -254,6 +255,7 @@ static void redate(Bddexpressionwood& wood, const wood_rows::FlatGraph* g)
         long late = wood.down_critical_path(i, 1, 0);
         e->setLateDate(late);
     }
+    return false;
 }
 
 void Bddexpressionwood::redate_by_critical_paths()
@@ -263,6 +265,35 @@ void Bddexpressionwood::redate_by_critical_paths()
 
 void Bddexpressionwood::suppress_wires(std::list<int>& keep)
 {
+    ReductionRun run;
+    suppress_wires(keep, run);
+}
+
+// A run can start exact when the tables are: what the first restriction of
+// a run would gather after making them exact is gathered here.
+static void start_exact_run(Bddexpressionwood& wood, Bddexpressionwood::ReductionRun& run)
+{
+    run.exact = true;
+    run.leftover.clear();
+    run.abstract_with_bdd.clear();
+    for (long i = 0; i < wood.nb_bdd_vars; ++i) {
+        Bddexpression* e = wood.exp_table[i];
+        if (e == nullptr)
+            continue;
+        bool constant = e->abstraction == 0 && !wood.amont_table[i].empty() && constant_value(e->bdd_exp) >= 0;
+        bool abstract_with_bdd = e->abstraction != 0 && initialised(e->bdd_exp);
+        if ((!constant && !abstract_with_bdd) || wood.exp_ids.count(i) == 0)
+            continue;
+        if (constant)
+            run.leftover.insert(run.leftover.end(), i);
+        if (abstract_with_bdd)
+            run.abstract_with_bdd.insert(run.abstract_with_bdd.end(), i);
+    }
+}
+
+void Bddexpressionwood::suppress_wires(std::list<int>& keep, ReductionRun& run)
+{
+    run = ReductionRun();
     for (long i = 0; i < nb_bdd_vars; ++i) {
         Bddexpression* e = exp_table[i];
         if (e == nullptr || kept_type(keep, e->user_type) || e->abstraction != 0 ||
@@ -311,7 +342,10 @@ void Bddexpressionwood::suppress_wires(std::list<int>& keep)
     std::list<int> none;
     wood_rows::FlatGraph g;
     propagate_and_rebuild(*this, none, g);
-    redate(*this, &g);
+    // Only the walks taken on a cycle may dissolve equations and leave the
+    // tables out of step again.
+    if (redate(*this, &g))
+        start_exact_run(*this, run);
 }
 
 void Bddexpressionwood::suppress_wires()
