@@ -35,6 +35,9 @@ bool FlatGraph::build(const Bddexpressionwood& wood)
     deps.reserve(2 * n);
     readers.reserve(2 * n);
     readers_in_range = true;
+    // One byte a slot answers "filled?" for every reader from the cache.
+    std::vector<char> filled(n);
+    for (long v = 0; v < n; v++) filled[v] = wood.exp_table[v] != nullptr ? 1 : 0;
     for (long v = 0; v < n; v++) {
         const IndexSet& amont = wood.amont_table[v];
         read[v] = amont.empty() ? 0 : 1;
@@ -43,7 +46,7 @@ bool FlatGraph::build(const Bddexpressionwood& wood)
                 readers_in_range = false;
                 continue;
             }
-            if (wood.exp_table[s] != nullptr) readers.push_back((Slot)s);
+            if (filled[s]) readers.push_back((Slot)s);
         }
         if (const Bddexpression* e = wood.exp_table[v])
             for (long d : e->dependances)

@@ -296,8 +296,9 @@ void Bddexpressionwood::suppress_wires(std::list<int>& keep, ReductionRun& run)
     run = ReductionRun();
     for (long i = 0; i < nb_bdd_vars; ++i) {
         Bddexpression* e = exp_table[i];
-        if (e == nullptr || kept_type(keep, e->user_type) || e->abstraction != 0 ||
-            amont_table[i].empty() || e->dependances.size() != 1)
+        // The cheap tests first: few equations are wires.
+        if (e == nullptr || e->abstraction != 0 || e->dependances.size() != 1 || amont_table[i].empty() ||
+            kept_type(keep, e->user_type))
             continue;
         bool abstract_reader = false;
         for (long s : amont_table[i]) {
