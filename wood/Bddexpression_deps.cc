@@ -7,6 +7,7 @@
 #include "wood/support_rows.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <vector>
 
@@ -233,7 +234,18 @@ void Bddexpressionwood::coherence_dependances_check(std::ostream&) const
 
 IndexSet Bddexpressionwood::Set_of_index_used_variables() const
 {
-    IndexSet result;
+    // The union of every equation's used variables, marked in a byte table
+    // instead of merged set into set; what falls outside the table (a left
+    // member the manager numbers -1, say) is gathered aside.
+    const long n = nb_bdd_vars > 0 ? nb_bdd_vars : 0;
+    std::vector<char> marked(n, 0);
+    std::vector<long> outside;
+    auto mark = [&](long v) {
+        if (v >= 0 && v < n)
+            marked[v] = 1;
+        else
+            outside.push_back(v);
+    };
     for (long id : exp_ids) {
         const Bddexpression* e = id >= 0 && id < nb_bdd_vars ? exp_table[id] : nullptr;
         if (e == nullptr) {
@@ -242,10 +254,19 @@ IndexSet Bddexpressionwood::Set_of_index_used_variables() const
                       << "   about id:" << id << std::endl;
             continue;
         }
-        IndexSet used = e->set_of_index_used_variables();
-        result.insert(used.begin(), used.end());
+        for (long d : e->dependances) mark(d);
+        if (e->wood != nullptr && e->wood->bdd_manager != nullptr && e->bdd_var.manager_ref() != nullptr &&
+            e->bdd_var.node() != nullptr)
+            mark(e->own_index());
     }
-    return result;
+    std::vector<long> inside;
+    for (long v = 0; v < n; v++)
+        if (marked[v]) inside.push_back(v);
+    std::sort(outside.begin(), outside.end());
+    std::vector<long> all;
+    all.reserve(inside.size() + outside.size());
+    std::merge(outside.begin(), outside.end(), inside.begin(), inside.end(), std::back_inserter(all));
+    return IndexSet(all.begin(), all.end());
 }
 
 // One relaxation step of the fixed-point dating; `push_up` tells the

@@ -462,11 +462,9 @@ static void clean_wood(Bddexpressionwood& wood, const IndexSet& keep)
             ++it;
             continue;
         }
-        if (keep.count(i) != 0) {
-            ++it;
-            continue;
-        }
-        if (wood.amont_table[i].empty() && e->dependances.empty()) {
+        // Kept or not, only an isolated equation can go: the lookup in
+        // `keep` is left to those.
+        if (wood.amont_table[i].empty() && e->dependances.empty() && keep.count(i) == 0) {
             dropped_equations().push_back(e);
             wood.exp_table[i] = nullptr;
             it = wood.exp_ids.erase(it);

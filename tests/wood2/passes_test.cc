@@ -302,3 +302,34 @@ TEST(WholeWoodPasses, WirePassHandsExactTablesToTheRestrictions)
     EXPECT_EQ(exact, 300);
     EXPECT_GT(changed, 200);
 }
+
+TEST(WholeWoodPasses, UsedVariablesAreTheUnionOfEveryEquations)
+{
+    long reported = 0;
+    for (unsigned seed = 1; seed <= 300; ++seed) {
+        WoodBuilder b;
+        build_spoilt(b, seed);
+        Bddexpressionwood& w = *b.wood;
+        if (seed % 4 == 0 && w.exp_table[0] != nullptr)
+            w.exp_table[0]->dependances.insert({-7, w.nb_bdd_vars + 3}); // past both ends
+        IndexSet expected;
+        std::ostringstream reports;
+        for (long id : w.exp_ids) {
+            const Bddexpression* e = id >= 0 && id < w.nb_bdd_vars ? w.exp_table[id] : nullptr;
+            if (e == nullptr) {
+                reports << "internal error in Bddexpressionwood::Set_of_index_used_variables(): "
+                           "expression not found!!!   about id:"
+                        << id << "\n";
+                continue;
+            }
+            IndexSet used = e->set_of_index_used_variables();
+            expected.insert(used.begin(), used.end());
+        }
+        testing::internal::CaptureStderr();
+        IndexSet got = w.Set_of_index_used_variables();
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), reports.str()) << "seed " << seed;
+        EXPECT_EQ(got, expected) << "seed " << seed;
+        reported += reports.str().empty() ? 0 : 1;
+    }
+    EXPECT_GT(reported, 50);
+}
