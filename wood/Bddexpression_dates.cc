@@ -35,8 +35,7 @@ bool FlatGraph::build(const Bddexpressionwood& wood)
     deps.reserve(2 * n);
     readers.reserve(2 * n);
     readers_in_range = true;
-    // One byte a slot answers "filled?" for every reader from the cache.
-    std::vector<char> filled(n);
+    filled.assign(n, 0);
     for (long v = 0; v < n; v++) filled[v] = wood.exp_table[v] != nullptr ? 1 : 0;
     for (long v = 0; v < n; v++) {
         const IndexSet& amont = wood.amont_table[v];
@@ -139,10 +138,12 @@ bool fast_dates(Bddexpressionwood& wood, const std::list<long>* ids)
         for (long id : *ids)
             if (id >= 0 && id < n) swept[id] = 1;
 
-    // The wood's own fields keep the starting dates until the end.
-    std::vector<long> early(n, 0), late(n, 0);
+    // The wood's own fields keep the starting dates until the end; the
+    // early ones are copied too, so that the walk in data order reads
+    // arrays instead of equations.
+    std::vector<long> early0(n, 0), early(n, 0), late(n, 0);
     for (long v = 0; v < n; v++) {
-        if (const Bddexpression* e = wood.exp_table[v]) early[v] = e->early_date;
+        if (const Bddexpression* e = wood.exp_table[v]) early0[v] = early[v] = e->early_date;
         if (ids != nullptr) {
             if (wood.late_dates[v] < 0) return false;
             late[v] = wood.late_dates[v];
@@ -156,15 +157,15 @@ bool fast_dates(Bddexpressionwood& wood, const std::list<long>* ids)
     // Early dates: a variable pushes to its readers when it is swept or when
     // its date rose; in topological order its date is final by then.
     for (Slot v : order) {
-        const Bddexpression* e = wood.exp_table[v];
-        bool raised = e != nullptr && early[v] > e->early_date;
+        bool filled = g.filled[v] != 0;
+        bool raised = filled && early[v] > early0[v];
         if (raised) raise_level(early[v]);
         if (!swept[v] && !raised) continue;
         if (!g.read[v]) {
-            if (e != nullptr && swept[v]) raise_level(early[v]);
+            if (filled && swept[v]) raise_level(early[v]);
             continue;
         }
-        long date = e != nullptr ? early[v] + 1 : 1;
+        long date = filled ? early[v] + 1 : 1;
         for (Slot k = g.readers_start[v]; k < g.readers_start[v + 1]; k++) {
             Slot s = g.readers[k];
             if (early[s] < date) early[s] = date;
@@ -175,7 +176,7 @@ bool fast_dates(Bddexpressionwood& wood, const std::list<long>* ids)
         Slot v = *it;
         long start = ids != nullptr ? wood.late_dates[v] : 0;
         if (late[v] > start) raise_level(late[v]);
-        if (wood.exp_table[v] == nullptr) continue;
+        if (!g.filled[v]) continue;
         if (!swept[v] && late[v] == start) continue;
         long date = late[v] + 1;
         for (Slot k = g.deps_start[v]; k < g.deps_start[v + 1]; k++) {
@@ -589,17 +590,21 @@ bool wood_rows::memo_critical_paths(const Bddexpressionwood& wood, const FlatGra
     const long n = wood.nb_bdd_vars;
     std::vector<Slot> order;
     if (!g.valid || g.n != n || !flow_order(g, order)) return false;
-    Bddexpression* const* exp_table = wood.exp_table;
+    // The weights in an array, read in index order: the walks in data
+    // order then touch no equation.
+    std::vector<long> weight(n, 0);
+    for (long v = 0; v < n; v++)
+        if (const Bddexpression* e = wood.exp_table[v]) weight[v] = e->w;
     std::vector<long> up_m(n, 0), up_h(n, 0), down_m(n, 0), down_h(n, 0);
     // What an equation reads comes before it in the order.
     for (Slot v : order) {
-        const Bddexpression* e = exp_table[v];
-        if (e == nullptr) continue;
-        long m = e->w, h = 0;
+        if (!g.filled[v]) continue;
+        long w = weight[v];
+        long m = w, h = 0;
         for (Slot k = g.deps_start[v]; k < g.deps_start[v + 1]; k++) {
             Slot d = g.deps[k];
-            if (exp_table[d] == nullptr) continue;
-            m = std::max(m, e->w + up_m[d]);
+            if (!g.filled[d]) continue;
+            m = std::max(m, w + up_m[d]);
             h = std::max(h, up_h[d] + 1);
         }
         up_m[v] = m;
@@ -611,7 +616,7 @@ bool wood_rows::memo_critical_paths(const Bddexpressionwood& wood, const FlatGra
         long m = 0, h = 0;
         for (Slot k = g.readers_start[v]; k < g.readers_start[v + 1]; k++) {
             Slot s = g.readers[k];
-            m = std::max(m, exp_table[s]->w + down_m[s]);
+            m = std::max(m, weight[s] + down_m[s]);
             h = std::max(h, down_h[s] + 1);
         }
         down_m[v] = m;

@@ -134,7 +134,11 @@ void wood_rows::rebuild_reader_tables(Bddexpressionwood& wood, FlatGraph& g)
     // The tables are now exactly the dependances turned round.
     g.n = wood.nb_bdd_vars > 0 ? wood.nb_bdd_vars : 0;
     g.read.assign(g.n, 0);
-    for (long v = 0; v < g.n; v++) g.read[v] = g.readers_start[v + 1] != g.readers_start[v] ? 1 : 0;
+    g.filled.assign(g.n, 0);
+    for (long v = 0; v < g.n; v++) {
+        g.read[v] = g.readers_start[v + 1] != g.readers_start[v] ? 1 : 0;
+        g.filled[v] = wood.exp_table[v] != nullptr ? 1 : 0;
+    }
     g.readers_in_range = true;
     g.valid = true;
 }

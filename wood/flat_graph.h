@@ -24,6 +24,9 @@ struct FlatGraph {
     std::vector<Slot> readers_start, readers;
     // Whether amont_table of the variable is not empty, filled or not.
     std::vector<char> read;
+    // Whether the slot holds an equation; one byte a slot stays in cache
+    // where the table of pointers would not.
+    std::vector<char> filled;
     // Whether every amont_table entry is a variable index.
     bool readers_in_range = true;
 

@@ -247,6 +247,7 @@ TEST(WholeWoodPasses, RebuildLeavesTheGraphOfItsTables)
         EXPECT_EQ(kept.readers_start, read.readers_start) << "seed " << seed;
         EXPECT_EQ(kept.readers, read.readers) << "seed " << seed;
         EXPECT_EQ(kept.read, read.read) << "seed " << seed;
+        EXPECT_EQ(kept.filled, read.filled) << "seed " << seed;
         EXPECT_TRUE(read.readers_in_range) << "seed " << seed;
         std::vector<long> up1, down1, up2, down2;
         bool memo = wood_rows::memo_critical_paths(*b.wood, kept, 1, up1, down1);
