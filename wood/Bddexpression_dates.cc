@@ -349,37 +349,62 @@ std::list<long> Bddexpressionwood::latest_sort_literal() const
     return result;
 }
 
-// Same lists as the level-by-level scans: a stable sort on the date keeps
-// ascending indices within a level; dates outside 0..nb_level are left out.
+namespace {
+
+// The slots of the filled equations whose date is within 0..levels, by
+// date (ascending or descending) and ascending index within a date: the
+// lists of the level-by-level scans, by one counting pass.
+template <class DateOf>
+std::list<long> sorted_by_date(const Bddexpressionwood& wood, long levels, bool descending, DateOf date_of)
+{
+    std::list<long> result;
+    if (levels < 0) return result;
+    // Dates come from files too: a count per level is taken only when the
+    // levels are not many more than the variables; else a stable sort on
+    // the date gives the same list.
+    if (levels > 2 * wood.nb_bdd_vars + 64) {
+        std::vector<std::pair<long, long>> keyed;
+        for (long i = 0; i < wood.nb_bdd_vars; i++) {
+            if (wood.exp_table[i] == nullptr) continue;
+            long date = date_of(i);
+            if (date >= 0 && date <= levels) keyed.push_back({descending ? levels - date : date, i});
+        }
+        std::stable_sort(keyed.begin(), keyed.end(),
+                         [](const std::pair<long, long>& a, const std::pair<long, long>& b) {
+                             return a.first < b.first;
+                         });
+        for (const auto& k : keyed) result.push_back(k.second);
+        return result;
+    }
+    std::vector<long> count(levels + 2, 0);
+    for (long i = 0; i < wood.nb_bdd_vars; i++) {
+        if (wood.exp_table[i] == nullptr) continue;
+        long date = date_of(i);
+        if (date < 0 || date > levels) continue;
+        count[(descending ? levels - date : date) + 1]++;
+    }
+    for (long k = 0; k <= levels; k++) count[k + 1] += count[k];
+    std::vector<long> placed(count[levels + 1]);
+    for (long i = 0; i < wood.nb_bdd_vars; i++) {
+        if (wood.exp_table[i] == nullptr) continue;
+        long date = date_of(i);
+        if (date < 0 || date > levels) continue;
+        placed[count[descending ? levels - date : date]++] = i;
+    }
+    result.assign(placed.begin(), placed.end());
+    return result;
+}
+
+} // namespace
+
 std::list<long> Bddexpressionwood::earliest_sort() const
 {
-    std::vector<std::pair<long, long>> keyed;
-    for (long i = 0; i < nb_bdd_vars; i++)
-        if (exp_table[i] != nullptr && exp_table[i]->early_date >= 0 &&
-            exp_table[i]->early_date <= nb_level)
-            keyed.push_back({exp_table[i]->early_date, i});
-    std::stable_sort(keyed.begin(), keyed.end(),
-                     [](const std::pair<long, long>& a, const std::pair<long, long>& b) {
-                         return a.first < b.first;
-                     });
-    std::list<long> result;
-    for (const auto& k : keyed) result.push_back(k.second);
-    return result;
+    return sorted_by_date(*this, nb_level, false, [this](long i) { return exp_table[i]->early_date; });
 }
 
 std::list<long> Bddexpressionwood::latest_sort() const
 {
-    std::vector<std::pair<long, long>> keyed;
-    for (long i = 0; i < nb_bdd_vars; i++)
-        if (exp_table[i] != nullptr && late_dates[i] >= 0 && late_dates[i] <= nb_level)
-            keyed.push_back({late_dates[i], i});
-    std::stable_sort(keyed.begin(), keyed.end(),
-                     [](const std::pair<long, long>& a, const std::pair<long, long>& b) {
-                         return a.first > b.first;
-                     });
-    std::list<long> result;
-    for (const auto& k : keyed) result.push_back(k.second);
-    return result;
+    return sorted_by_date(*this, nb_level, true, [this](long i) { return late_dates[i]; });
 }
 
 std::list<long> Bddexpressionwood::loop_detection()

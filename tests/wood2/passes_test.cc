@@ -334,3 +334,26 @@ TEST(WholeWoodPasses, UsedVariablesAreTheUnionOfEveryEquations)
     }
     EXPECT_GT(reported, 50);
 }
+
+TEST(WholeWoodPasses, SortsByDateMatchTheLevelScans)
+{
+    // Dates below 0, past the levels, shared by many equations; levels few
+    // and, past twice the variables, many.
+    for (unsigned seed = 1; seed <= 200; ++seed) {
+        WoodBuilder b;
+        build_spoilt(b, seed);
+        Bddexpressionwood& w = *b.wood;
+        std::mt19937 rng(seed * 613);
+        long n = w.nb_bdd_vars;
+        long levels = seed % 2 == 0 ? long(rng() % 6) : 2 * n + 60 + long(rng() % 10);
+        for (long i = 0; i < n; ++i) {
+            long spread = levels + 3;
+            if (w.exp_table[i] != nullptr)
+                w.exp_table[i]->early_date = long(rng() % spread) - 1;
+            w.late_dates[i] = long(rng() % spread) - 1;
+        }
+        w.update_nb_level(levels);
+        ASSERT_EQ(w.earliest_sort(), w.earliest_sort_literal()) << "seed " << seed;
+        ASSERT_EQ(w.latest_sort(), w.latest_sort_literal()) << "seed " << seed;
+    }
+}
