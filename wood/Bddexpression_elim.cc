@@ -224,9 +224,9 @@ void Bddexpressionwood::prune_readers()
 // New dates after wire suppression: one more than compute_dates would give
 // for the early date, the late date itself for the late one. On a graph
 // without a cycle both come from one memoised pass; a cycle takes the
-// per-equation walks, which may dissolve equations as they go.
-// redate_by_critical_paths, with the graph in rows when it is at hand.
-// True when the memoised pass did it, leaving the tables as they were.
+// per-equation walks, which may dissolve equations as they go. The graph in
+// rows is taken when it is at hand. True when the memoised pass did it,
+// leaving the tables as they were.
 static bool redate(Bddexpressionwood& wood, const wood_rows::FlatGraph* g)
 {
     std::vector<long> up, down;
