@@ -55,8 +55,9 @@ bool Bddexpressionwood::constant_candidate(long i) const
     if (i < 0 || i >= nb_bdd_vars)
         return false;
     Bddexpression* e = exp_table[i];
-    return e != nullptr && !amont_table[i].empty() && e->abstraction == 0 && exp_ids.count(i) != 0 &&
-           constant_value(e->bdd_exp) >= 0;
+    // The lookup in exp_ids, the dearest test, comes last.
+    return e != nullptr && !amont_table[i].empty() && e->abstraction == 0 && constant_value(e->bdd_exp) >= 0 &&
+           exp_ids.count(i) != 0;
 }
 
 // One step of the propagation on the constant equation i: its literal is
