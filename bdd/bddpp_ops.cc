@@ -423,7 +423,45 @@ bdd bddpp_manager::Bdd_ite(const bdd& f, const bdd& g, const bdd& h) {
     return Bdd_or(left, right);
 }
 
+// ite(x, g, h) for a positive literal x above both branches, on the
+// production path. The two conjunctions are settled at once by the pair
+// procedure (one side is terminal after the first split), so their nodes
+// are joined here directly, in the order and with the links the pair
+// procedure gives them; the disjunction is the ordinary one.
+bool bddpp_manager::ite_above_branches(long index, const bdd& g, const bdd& h, bdd& result) {
+    auto strictly_below = [&](const bdd& x) {
+        const bdd_node* n = x.node();
+        return x.manager_ref() == this &&
+               (n == one || (n && n->manager == this && n->id >= 0 && n->id < variables_number &&
+                             index_by_id[n->id] > index));
+    };
+    if (!strictly_below(g) || !strictly_below(h)) return false;
+    bdd_node* x = node_by_id[id_by_index[index]];
+    bdd left;
+    if (g.node() == one) {
+        left = g.link_type() == 1 ? bdd(this, 1, x) : Bdd_zero();
+    } else {
+        int link = 1;
+        bdd_node* n = fast_join(index, g.link_type(), g.node(), -1, one, link);
+        left = bdd(this, link, n);
+    }
+    bdd right;
+    if (h.node() == one) {
+        right = h.link_type() == 1 ? bdd(this, -1, x) : Bdd_zero();
+    } else {
+        int link = 1;
+        bdd_node* n = fast_join(index, -1, one, h.link_type(), h.node(), link);
+        right = bdd(this, link, n);
+    }
+    result = Bdd_or(left, right);
+    return true;
+}
+
 bdd bddpp_manager::Bdd_ite(int link, long index, const bdd& g, const bdd& h) {
+    if (!plain_operators && link == 1 && index >= 0 && index < variables_number) {
+        bdd result;
+        if (ite_above_branches(index, g, h, result)) return result;
+    }
     bdd_node* selector = nullptr;
     if (index == -1) {
         selector = one;
