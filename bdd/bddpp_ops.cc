@@ -427,7 +427,8 @@ bdd bddpp_manager::Bdd_ite(const bdd& f, const bdd& g, const bdd& h) {
 // production path. The two conjunctions are settled at once by the pair
 // procedure (one side is terminal after the first split), so their nodes
 // are joined here directly, in the order and with the links the pair
-// procedure gives them; the disjunction is the ordinary one.
+// procedure gives them, and so is the disjunction when neither branch is
+// terminal.
 bool bddpp_manager::ite_above_branches(long index, const bdd& g, const bdd& h, bdd& result) {
     auto strictly_below = [&](const bdd& x) {
         const bdd_node* n = x.node();
@@ -452,6 +453,14 @@ bool bddpp_manager::ite_above_branches(long index, const bdd& g, const bdd& h, b
         int link = 1;
         bdd_node* n = fast_join(index, -1, one, h.link_type(), h.node(), link);
         right = bdd(this, link, n);
+    }
+    if (g.node() != one && h.node() != one) {
+        // The disjunction splits both operands on x and meets a terminal on
+        // each side at once: it only joins x over g and h.
+        int link = 1;
+        bdd_node* n = fast_join(index, g.link_type(), g.node(), h.link_type(), h.node(), link);
+        result = bdd(this, link, n);
+        return true;
     }
     result = Bdd_or(left, right);
     return true;
