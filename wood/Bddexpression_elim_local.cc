@@ -30,7 +30,8 @@ bool Bddexpressionwood::substitute_local(long i, Touched* touched)
         return false;
     }
 
-    const IndexSet deps = e->dependances;
+    // e is no reader of itself, so its dependances stay as they are below.
+    const IndexSet& deps = e->dependances;
     if (touched) {
         (*touched)[i].insert(deps.begin(), deps.end());
         for (long s : amont_table[i]) {
@@ -42,11 +43,14 @@ bool Bddexpressionwood::substitute_local(long i, Touched* touched)
         }
     }
 
+    // The readers are taken again for each dependance: one whose slot is
+    // empty is dropped from them after its first round.
+    std::vector<long> readers;
+    std::vector<long> removed;
     for (long d : deps) {
         amont_table[d].erase(i);
-        IndexSet removed;
-        IndexSet added;
-        const IndexSet readers = amont_table[i];
+        readers.assign(amont_table[i].begin(), amont_table[i].end());
+        removed.clear();
         for (long s : readers) {
             Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
             if (r != nullptr) {
@@ -55,16 +59,21 @@ bool Bddexpressionwood::substitute_local(long i, Touched* touched)
                 r->dependances.erase(i);
                 r->dependances.insert(d);
             } else {
-                removed.insert(s);
+                removed.push_back(s);
             }
-            added.insert(i);
-            added.insert(s);
         }
         // amont_table[d] regains i here; the rebuild that follows drops it.
-        amont_table[d].insert(added.begin(), added.end());
-        if (touched)
-            for (long a : added)
-                (*touched)[a].insert(d);
+        if (!readers.empty()) {
+            IndexSet& into = amont_table[d];
+            into.insert(i);
+            for (long s : readers)
+                into.insert(s);
+            if (touched) {
+                (*touched)[i].insert(d);
+                for (long s : readers)
+                    (*touched)[s].insert(d);
+            }
+        }
         for (long s : removed)
             amont_table[i].erase(s);
     }
@@ -81,8 +90,9 @@ void Bddexpressionwood::suppress_local(long var)
     if (!substitute_local(var, nullptr))
         return;
     std::list<int> none;
+    // The propagation rebuilds the reader tables exactly: there is nothing
+    // left to prune.
     constants_propagation(none);
-    prune_readers();
 }
 
 // Makes the reader tables exact again for the memberships in `touched`,
@@ -129,7 +139,6 @@ void Bddexpressionwood::suppress_local(std::list<long>& vars)
             if (!substitute_local(v, nullptr))
                 continue;
             constants_propagation(none);
-            prune_readers();
             exact = true;
             for (long i : exp_ids)
                 if (constant_candidate(i))
