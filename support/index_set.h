@@ -48,7 +48,7 @@ private:
         Cell* next;
         alignas(std::max_align_t) unsigned char bytes[Size];
     };
-    static constexpr std::size_t kCellsPerBlock = 4096;
+    static constexpr std::size_t kCellsPerBlock = 64;
     struct State {
         Cell* free_list = nullptr;
         Cell* block = nullptr;

@@ -1,0 +1,167 @@
+// The executable's allocator for small objects.
+//
+// A large module makes tens of millions of small objects (equations, names,
+// reader sets, lists) that live until the end of the run. From the general
+// heap they come scattered over 4 KiB pages, and the run then spends more
+// time in address translation and page faults than in its own work. Here
+// they come from regions aligned on 2 MiB and offered to the kernel as huge
+// pages, carved into slabs of one size each, with a free list per size.
+// Larger blocks go to malloc, with huge pages asked for the big ones. Memory is never handed back: the run builds
+// its wood once and writes it once. tarn runs on one thread.
+
+#include <sys/mman.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+constexpr std::size_t kGrain = 16;                          // the default new alignment
+constexpr std::size_t kLargest = 4096;                      // larger goes to malloc
+constexpr std::size_t kClasses = kLargest / kGrain + 1;     // class c holds c * kGrain bytes
+constexpr std::size_t kHugePage = std::size_t(1) << 21;
+constexpr std::size_t kRegionBits = 26;                     // 64 MiB regions
+constexpr std::size_t kRegion = std::size_t(1) << kRegionBits;
+constexpr std::size_t kSlabBits = 16;                       // 64 KiB slabs
+constexpr std::size_t kSlab = std::size_t(1) << kSlabBits;
+constexpr std::size_t kSlabsPerRegion = kRegion / kSlab;
+constexpr std::size_t kMaxRegions = 4096;                   // 256 GiB of small objects
+
+struct Region {
+    std::uintptr_t base;
+    unsigned short size_class[kSlabsPerRegion];
+};
+
+struct FreeCell {
+    FreeCell* next;
+};
+
+// Zero-initialised: the allocator may serve static constructors that run
+// before any of this file's own.
+Region* regions[kMaxRegions];  // by ascending base
+std::size_t region_count;
+std::size_t slabs_used;        // in the last region made
+FreeCell* free_cells[kClasses];
+char* slab_next[kClasses];
+char* slab_end[kClasses];
+
+Region* new_region() {
+    if (region_count == kMaxRegions) return nullptr;
+    // Twice the size so that an aligned region fits whatever the kernel gives.
+    void* raw = mmap(nullptr, 2 * kRegion, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (raw == MAP_FAILED) return nullptr;
+    std::uintptr_t start = reinterpret_cast<std::uintptr_t>(raw);
+    std::uintptr_t base = (start + kRegion - 1) & ~(kRegion - 1);
+    if (base > start) munmap(raw, base - start);
+    std::uintptr_t end = start + 2 * kRegion;
+    if (end > base + kRegion) munmap(reinterpret_cast<void*>(base + kRegion), end - (base + kRegion));
+    madvise(reinterpret_cast<void*>(base), kRegion, MADV_HUGEPAGE);
+    // The region's table lives in its own first slab.
+    Region* r = reinterpret_cast<Region*>(base);
+    r->base = base;
+    std::size_t at = region_count;
+    while (at > 0 && regions[at - 1]->base > base) {
+        regions[at] = regions[at - 1];
+        --at;
+    }
+    regions[at] = r;
+    ++region_count;
+    static_assert(sizeof(Region) <= kSlab, "the region table fits in one slab");
+    r->size_class[0] = 0;
+    slabs_used = 1;
+    return r;
+}
+
+Region* last_made;
+
+bool new_slab(std::size_t c) {
+    if (last_made == nullptr || slabs_used == kSlabsPerRegion) {
+        last_made = new_region();
+        if (last_made == nullptr) return false;
+    }
+    std::size_t s = slabs_used++;
+    last_made->size_class[s] = static_cast<unsigned short>(c);
+    slab_next[c] = reinterpret_cast<char*>(last_made->base + (s << kSlabBits));
+    slab_end[c] = slab_next[c] + kSlab;
+    return true;
+}
+
+// The region holding p, or null for a block of malloc's.
+Region* region_of(const void* p) {
+    std::uintptr_t a = reinterpret_cast<std::uintptr_t>(p);
+    std::size_t lo = 0, hi = region_count;
+    while (lo < hi) {
+        std::size_t mid = (lo + hi) / 2;
+        if (regions[mid]->base + kRegion <= a)
+            lo = mid + 1;
+        else
+            hi = mid;
+    }
+    if (lo < region_count && regions[lo]->base <= a) return regions[lo];
+    return nullptr;
+}
+
+// A large block (a table by variable, a hash table's buckets) is read at
+// random as much as the small objects: the huge pages are asked for its
+// aligned inside.
+void* take_large(std::size_t n) {
+    void* p = std::malloc(n);
+    if (p != nullptr && n >= 2 * kHugePage) {
+        std::uintptr_t a = reinterpret_cast<std::uintptr_t>(p);
+        std::uintptr_t first = (a + kHugePage - 1) & ~(kHugePage - 1);
+        std::uintptr_t last = (a + n) & ~(kHugePage - 1);
+        if (last > first) madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+    }
+    return p;
+}
+
+void* take(std::size_t n) {
+    if (n > kLargest) return take_large(n);
+    std::size_t c = n == 0 ? 1 : (n + kGrain - 1) / kGrain;
+    if (FreeCell* cell = free_cells[c]) {
+        free_cells[c] = cell->next;
+        return cell;
+    }
+    std::size_t bytes = c * kGrain;
+    if (slab_next[c] == nullptr || slab_end[c] - slab_next[c] < static_cast<std::ptrdiff_t>(bytes)) {
+        if (!new_slab(c)) return take_large(n);
+    }
+    void* p = slab_next[c];
+    slab_next[c] += bytes;
+    return p;
+}
+
+void give(void* p) {
+    if (p == nullptr) return;
+    Region* r = region_of(p);
+    if (r == nullptr) {
+        std::free(p);
+        return;
+    }
+    std::size_t s = (reinterpret_cast<std::uintptr_t>(p) - r->base) >> kSlabBits;
+    FreeCell* cell = static_cast<FreeCell*>(p);
+    std::size_t c = r->size_class[s];
+    cell->next = free_cells[c];
+    free_cells[c] = cell;
+}
+
+void* take_or_throw(std::size_t n) {
+    void* p = take(n);
+    if (p == nullptr) throw std::bad_alloc();
+    return p;
+}
+
+}  // namespace
+
+void* operator new(std::size_t n) { return take_or_throw(n); }
+void* operator new[](std::size_t n) { return take_or_throw(n); }
+void* operator new(std::size_t n, const std::nothrow_t&) noexcept { return take(n); }
+void* operator new[](std::size_t n, const std::nothrow_t&) noexcept { return take(n); }
+void operator delete(void* p) noexcept { give(p); }
+void operator delete[](void* p) noexcept { give(p); }
+void operator delete(void* p, std::size_t) noexcept { give(p); }
+void operator delete[](void* p, std::size_t) noexcept { give(p); }
+void operator delete(void* p, const std::nothrow_t&) noexcept { give(p); }
+void operator delete[](void* p, const std::nothrow_t&) noexcept { give(p); }
