@@ -1,0 +1,77 @@
+// The executable's allocator, linked into this test in place of the
+// library's operator new: every allocation of the test framework goes
+// through it too.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Block {
+    unsigned char* p;
+    std::size_t n;
+    unsigned char fill;
+};
+
+// Random sizes across the small classes, the class boundary and the large
+// path; blocks are filled, some freed and reused, and every live block must
+// keep its bytes, its alignment and its own place.
+TEST(TarnHeap, BlocksStayAlignedDisjointAndIntactThroughReuse) {
+    std::mt19937 rng(7);
+    std::vector<Block> live;
+    const std::size_t sizes[] = {0, 1, 8, 15, 16, 17, 40, 48, 100, 512, 4095, 4096, 4097, 70000, 5u << 20};
+    for (int round = 0; round < 20000; ++round) {
+        if (!live.empty() && rng() % 3 == 0) {
+            std::size_t at = rng() % live.size();
+            Block b = live[at];
+            for (std::size_t i = 0; i < b.n; ++i)
+                ASSERT_EQ(b.p[i], b.fill) << "block of " << b.n << " bytes overwritten";
+            delete[] b.p;
+            live[at] = live.back();
+            live.pop_back();
+            continue;
+        }
+        std::size_t n = sizes[rng() % (sizeof sizes / sizeof sizes[0])];
+        if (n == (5u << 20) && rng() % 50 != 0)
+            n = 33;
+        Block b{new unsigned char[n], n, static_cast<unsigned char>(rng())};
+        ASSERT_EQ(reinterpret_cast<std::uintptr_t>(b.p) % 16, 0u);
+        std::memset(b.p, b.fill, n);
+        live.push_back(b);
+    }
+    std::map<std::uintptr_t, std::size_t> by_address;
+    for (const Block& b : live) {
+        for (std::size_t i = 0; i < b.n; ++i)
+            ASSERT_EQ(b.p[i], b.fill);
+        by_address[reinterpret_cast<std::uintptr_t>(b.p)] = b.n;
+    }
+    std::uintptr_t end = 0;
+    for (const auto& [at, n] : by_address) {
+        EXPECT_GE(at, end) << "two live blocks overlap";
+        end = at + (n == 0 ? 1 : n);
+    }
+    for (const Block& b : live)
+        delete[] b.p;
+}
+
+TEST(TarnHeap, FreedCellsAreReusedBeforeNewOnes) {
+    std::vector<std::string*> first;
+    for (int i = 0; i < 1000; ++i)
+        first.push_back(new std::string(40, 'x'));
+    std::vector<std::uintptr_t> freed;
+    for (std::string* s : first) {
+        freed.push_back(reinterpret_cast<std::uintptr_t>(s));
+        delete s;
+    }
+    std::string* again = new std::string(40, 'y');
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(again), freed.back());
+    delete again;
+}
+
+}  // namespace
