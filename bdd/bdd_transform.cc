@@ -6,6 +6,7 @@
 #include "bdd/bddpp.h"
 #include "bdd/bdd_transform_walk.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <iostream>
 #include <unordered_map>
@@ -268,10 +269,147 @@ bdd bddpp_manager::Bdd_compose(const bdd& f, const bdd& v, const bdd& g)
 // all exist and makes none. The production path remembers each position's
 // result instead (the plain path does not), which changes no node and no
 // id.
+namespace {
+
+struct link_ref {
+    int link;
+    bdd_node* node;
+    bool operator==(const link_ref& o) const { return link == o.link && node == o.node; }
+};
+
+// Results of the positions met by one substitution, kept from call to call
+// and emptied by a new generation number.
+class position_table {
+public:
+    void start() {
+        if (++generation == 0) {
+            for (entry& e : slots) e.generation = 0;
+            generation = 1;
+        }
+        used = 0;
+        if (slots.empty()) slots.resize(64);
+    }
+    const link_ref* find(const link_ref& x) const {
+        std::size_t mask = slots.size() - 1;
+        for (std::size_t i = home(x) & mask;; i = (i + 1) & mask) {
+            const entry& e = slots[i];
+            if (e.generation != generation) return nullptr;
+            if (e.key == x) return &e.result;
+        }
+    }
+    void put(const link_ref& x, const link_ref& r) {
+        if (2 * (used + 1) > slots.size()) grow();
+        place(x, r);
+        ++used;
+    }
+
+private:
+    struct entry {
+        link_ref key;
+        link_ref result;
+        unsigned generation = 0;
+    };
+    static std::size_t home(const link_ref& x) {
+        std::size_t h = reinterpret_cast<std::uintptr_t>(x.node) >> 4;
+        h = (h ^ static_cast<std::size_t>(x.link > 0)) * 0x9E3779B97F4A7C15ull;
+        return h ^ (h >> 29);
+    }
+    void place(const link_ref& x, const link_ref& r) {
+        std::size_t mask = slots.size() - 1;
+        std::size_t i = home(x) & mask;
+        while (slots[i].generation == generation) i = (i + 1) & mask;
+        slots[i] = entry{x, r, generation};
+    }
+    void grow() {
+        std::vector<entry> old;
+        old.swap(slots);
+        slots.resize(old.size() * 2);
+        for (const entry& e : old)
+            if (e.generation == generation) place(e.key, e.result);
+    }
+    std::vector<entry> slots;
+    unsigned generation = 0;
+    std::size_t used = 0;
+};
+
+}  // namespace
+
+// The production form of the walk below: the same positions, in the same
+// order, joined by the same procedures, but on raw links with the results of
+// the positions in a reused table. Above non-terminal results the
+// if-then-else on the position's variable makes its two conjunctions and
+// their disjunction by three joins, as Bdd_ite does. The disjunction is not
+// taken to be the position itself: a node need not be the one its key
+// finds in the unique table.
+bdd bddpp_manager::compose_remembering(const bdd& f, long v_index, const bdd& g)
+{
+    struct frame {
+        link_ref x;
+        link_ref then_result;
+        bool then_done;
+    };
+    auto below = [&](const bdd_node* n, long index) {
+        return n->manager == this && n->id >= 0 && n->id < variables_number && index_by_id[n->id] > index;
+    };
+    static std::vector<frame> stack;
+    static position_table done;
+    stack.clear();
+    done.start();
+    link_ref cur{f.link_type(), f.node()};
+    link_ref res{};
+    for (;;) {
+        for (;;) {
+            if (cur.node == nullptr || cur.node == one) {
+                res = cur;
+                break;
+            }
+            if (const link_ref* known = done.find(cur)) {
+                res = *known;
+                break;
+            }
+            stack.push_back(frame{cur, link_ref{}, false});
+            cur = link_ref{cur.link, cur.node->then_node};
+        }
+        for (;;) {
+            if (stack.empty()) return bdd(this, res.link, res.node);
+            frame& top = stack.back();
+            if (!top.then_done) {
+                top.then_done = true;
+                top.then_result = res;
+                cur = link_ref{top.x.link * top.x.node->else_link_type, top.x.node->else_node};
+                break;
+            }
+            link_ref x = top.x;
+            link_ref t = top.then_result;
+            link_ref e = res;
+            stack.pop_back();
+            long index = Node_index(x.node);
+            link_ref r;
+            if (index != v_index && index >= 0 && t.node != one && e.node != one && below(t.node, index) &&
+                below(e.node, index)) {
+                int link = 1;
+                fast_join(index, t.link, t.node, -1, one, link);
+                fast_join(index, -1, one, e.link, e.node, link);
+                bdd_node* n = fast_join(index, t.link, t.node, e.link, e.node, link);
+                r = link_ref{link, n};
+            } else {
+                bdd then_part(this, t.link, t.node);
+                bdd else_part(this, e.link, e.node);
+                bdd joined = index == v_index ? Bdd_ite(g, then_part, else_part)
+                                              : Bdd_ite(1, index, then_part, else_part);
+                r = link_ref{joined.link_type(), joined.node()};
+            }
+            done.put(x, r);
+            res = r;
+        }
+    }
+}
+
 bdd bddpp_manager::Bdd_compose_loc(const bdd& f, const bdd& v, const bdd& g)
 {
     long v_index = Node_index(v.node());
     bool memo = !plain_operators && f.manager_ref() == this;
+    if (memo) return compose_remembering(f, v_index, g);
     std::unordered_map<const bdd_node*, bdd> done[2]; // by else-link parity of the position
     auto slot = [](const bdd& x) { return x.link_type() == 1 ? 0 : 1; };
     auto leaf = [&](bdd& x, bdd& r) {

@@ -607,6 +607,7 @@ private:
     bdd_node* fast_join(long index, int then_link, bdd_node* then_node, int else_link,
                         bdd_node* else_node, int& link);
     bool ite_above_branches(long index, const bdd& g, const bdd& h, bdd& result);
+    bdd compose_remembering(const bdd& f, long v_index, const bdd& g);
     void self_check(bool is_or, int link_x, bdd_node* x, long ix, int link_y,
                     bdd_node* y, long iy, int link, bdd_node* result);
     [[noreturn]] void null_reference(bool is_or, bdd_node* x, bdd_node* y);
