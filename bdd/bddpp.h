@@ -262,8 +262,11 @@ public:
 
     // Operators take the plain recursion of Bdd_and/Bdd_or (no computed
     // table, call-stack recursion) when set. Results and node creation
-    // order are the same either way; this is there to compare them.
-    bool plain_operators = false;
+    // order are the same either way; this is there to compare them. A
+    // manager starts plain when TARN_PLAIN_BDD is set in the environment,
+    // so that whole runs can be compared too.
+    static bool plain_by_default();
+    bool plain_operators = plain_by_default();
 
     bddpp_manager();
     // Same variables (names, ids, order) as source, fresh nodes: the

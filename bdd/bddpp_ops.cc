@@ -362,6 +362,11 @@ bdd_node* bddpp_manager::apply(bool is_or, int link_x, bdd_node* x, int link_y,
     }
 }
 
+bool bddpp_manager::plain_by_default() {
+    static const bool plain = std::getenv("TARN_PLAIN_BDD") != nullptr;
+    return plain;
+}
+
 bdd_node* bddpp_manager::Bdd_and(int link_x, bdd_node* x, int link_y, bdd_node* y,
                                  int& link) {
     if (plain_operators) return apply_plain(false, link_x, x, link_y, y, link);
