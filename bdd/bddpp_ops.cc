@@ -454,9 +454,12 @@ bool bddpp_manager::ite_above_branches(long index, const bdd& g, const bdd& h, b
         bdd_node* n = fast_join(index, -1, one, h.link_type(), h.node(), link);
         right = bdd(this, link, n);
     }
-    if (g.node() != one && h.node() != one) {
+    if (g.node() != one || h.node() != one) {
         // The disjunction splits both operands on x and meets a terminal on
-        // each side at once: it only joins x over g and h.
+        // each side at once: it only joins x over g and h. With one branch
+        // a constant, either that conjunction is false and the disjunction
+        // is the other one (the very node this join finds), or it is x and
+        // the disjunction joins x over true and the other branch.
         int link = 1;
         bdd_node* n = fast_join(index, g.link_type(), g.node(), h.link_type(), h.node(), link);
         result = bdd(this, link, n);
