@@ -427,8 +427,8 @@ bdd bddpp_manager::Bdd_ite(const bdd& f, const bdd& g, const bdd& h) {
 // production path. The two conjunctions are settled at once by the pair
 // procedure (one side is terminal after the first split), so their nodes
 // are joined here directly, in the order and with the links the pair
-// procedure gives them, and so is the disjunction when neither branch is
-// terminal.
+// procedure gives them, and so is the disjunction unless both branches
+// are constants.
 bool bddpp_manager::ite_above_branches(long index, const bdd& g, const bdd& h, bdd& result) {
     auto strictly_below = [&](const bdd& x) {
         const bdd_node* n = x.node();
