@@ -432,8 +432,8 @@ bdd bddpp_manager::Bdd_ite(const bdd& f, const bdd& g, const bdd& h) {
 // production path. The two conjunctions are settled at once by the pair
 // procedure (one side is terminal after the first split), so their nodes
 // are joined here directly, in the order and with the links the pair
-// procedure gives them, and so is the disjunction when neither branch is
-// terminal.
+// procedure gives them, and so is the disjunction unless both branches
+// are constants.
 bool bddpp_manager::ite_above_branches(long index, const bdd& g, const bdd& h, bdd& result) {
     auto strictly_below = [&](const bdd& x) {
         const bdd_node* n = x.node();
@@ -459,9 +459,12 @@ bool bddpp_manager::ite_above_branches(long index, const bdd& g, const bdd& h, b
         bdd_node* n = fast_join(index, -1, one, h.link_type(), h.node(), link);
         right = bdd(this, link, n);
     }
-    if (g.node() != one && h.node() != one) {
+    if (g.node() != one || h.node() != one) {
         // The disjunction splits both operands on x and meets a terminal on
-        // each side at once: it only joins x over g and h.
+        // each side at once: it only joins x over g and h. With one branch
+        // a constant, either that conjunction is false and the disjunction
+        // is the other one (the very node this join finds), or it is x and
+        // the disjunction joins x over true and the other branch.
         int link = 1;
         bdd_node* n = fast_join(index, g.link_type(), g.node(), h.link_type(), h.node(), link);
         result = bdd(this, link, n);

@@ -11,7 +11,9 @@
 #include <iostream>
 #include <new>
 #include <tuple>
+#include <unordered_map>
 #include <unordered_set>
+#include <cstdint>
 
 const char* Bdd_version() { return "4.7"; }
 
@@ -43,24 +45,63 @@ long bdd_node_signature(long id, int else_link_type, bdd_node* then_node,
 
 // ---------------------------------------------------------------- big blocks
 
+namespace {
+
+// Sizes of the blocks mapped from the kernel, by address, to unmap them.
+// Left alive at exit: tables of static managers go after it.
+std::unordered_map<void*, std::size_t>& mapped_blocks() {
+    static auto* blocks = new std::unordered_map<void*, std::size_t>;
+    return *blocks;
+}
+
+// A fresh anonymous mapping aligned on `align`; its pages read as zero, so
+// a zeroed block costs no pass over it (the kernel clears each page when it
+// is first touched). Null when the kernel refuses.
+void* map_aligned(std::size_t bytes, std::size_t align) {
+    std::size_t span = bytes + align;
+    void* raw = mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (raw == MAP_FAILED) return nullptr;
+    auto base = reinterpret_cast<std::uintptr_t>(raw);
+    std::uintptr_t start = (base + align - 1) / align * align;
+    if (start > base) munmap(raw, start - base);
+    std::uintptr_t tail = start + bytes;
+    std::uintptr_t end = base + span;
+    if (end > tail) munmap(reinterpret_cast<void*>(tail), end - tail);
+    return reinterpret_cast<void*>(start);
+}
+
+}  // namespace
+
 void* bdd_block_alloc(std::size_t bytes, bool zeroed) {
     constexpr std::size_t huge = std::size_t(2) << 20;
     void* p = nullptr;
     if (bytes >= huge) {
         bytes = (bytes + huge - 1) / huge * huge;
-        p = std::aligned_alloc(huge, bytes);
+        p = map_aligned(bytes, huge);
+        if (!p) throw std::bad_alloc();
 #ifdef MADV_HUGEPAGE
-        if (p) madvise(p, bytes, MADV_HUGEPAGE);
+        madvise(p, bytes, MADV_HUGEPAGE);
 #endif
-    } else {
-        p = std::malloc(bytes);
+        mapped_blocks().emplace(p, bytes);
+        return p;
     }
+    p = std::malloc(bytes);
     if (!p) throw std::bad_alloc();
     if (zeroed) std::memset(p, 0, bytes);
     return p;
 }
 
-void bdd_block_free(void* block) { std::free(block); }
+void bdd_block_free(void* block) {
+    if (!block) return;
+    auto& blocks = mapped_blocks();
+    auto it = blocks.find(block);
+    if (it == blocks.end()) {
+        std::free(block);
+        return;
+    }
+    munmap(block, it->second);
+    blocks.erase(it);
+}
 
 // ----------------------------------------------------------------- node pool
 

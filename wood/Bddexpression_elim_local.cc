@@ -13,6 +13,7 @@
 #include "wood/Bddexpression.h"
 
 #include <iostream>
+#include <unordered_set>
 
 // Steps 1 to 4 of one elimination: the checks, the substitution into the
 // readers and the removal of the equation. False when the wood was left
@@ -45,8 +46,17 @@ bool Bddexpressionwood::substitute_local(long i, Touched* touched)
 
     // The readers are taken again for each dependance: one whose slot is
     // empty is dropped from them after its first round.
+    //
+    // Each reader is substituted once per dependance, but only the first
+    // round can find the variable. A substitution handed an expression it
+    // returned unchanged does the very same walk again over nodes that all
+    // exist by now: it makes no node and returns the same expression. Such
+    // readers are marked `settled` and skipped (not on the plain operators,
+    // which keep every call).
     std::vector<long> readers;
     std::vector<long> removed;
+    std::unordered_set<long> settled;
+    const bool skip_settled = !bdd_manager->plain_operators;
     for (long d : deps) {
         amont_table[d].erase(i);
         readers.assign(amont_table[i].begin(), amont_table[i].end());
@@ -54,8 +64,14 @@ bool Bddexpressionwood::substitute_local(long i, Touched* touched)
         for (long s : readers) {
             Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
             if (r != nullptr) {
-                if (bdd_initialised(r->bdd_exp) && bdd_initialised(e->bdd_exp))
-                    r->bdd_exp = bdd_manager->Bdd_compose(r->bdd_exp, e->bdd_var, e->bdd_exp);
+                if (bdd_initialised(r->bdd_exp) && bdd_initialised(e->bdd_exp) &&
+                    (!skip_settled || settled.count(s) == 0)) {
+                    bdd before = r->bdd_exp;
+                    r->bdd_exp = bdd_manager->Bdd_compose(before, e->bdd_var, e->bdd_exp);
+                    if (skip_settled && r->bdd_exp.node() == before.node() &&
+                        r->bdd_exp.link_type() == before.link_type())
+                        settled.insert(s);
+                }
                 r->dependances.erase(i);
                 r->dependances.insert(d);
             } else {
