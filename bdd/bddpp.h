@@ -289,6 +289,12 @@ public:
     bdd New_var_before(const bdd& f, const std::string& name);
     bdd New_var_after(long index, const std::string& name);
     bdd New_var_after(const bdd& f, const std::string& name);
+    // Index_var_by_name, or the index of a new last variable of that name
+    // (`created` then true), with one look-up.
+    long Index_var_or_new_last(const std::string& name, bool& created);
+    // Room for that many variables without moving the tables; the capacity
+    // and everything read through it stay as the doubling makes them.
+    void Reserve_variables(long count);
 
     bdd Bdd_var_by_id(long id);
     bdd Bdd_var_by_index(long index);
@@ -318,6 +324,10 @@ public:
     void Change_name_by_id(long id, const std::string& name);
     void Replace_char_in_all_names(char from, char to);
     void No_begin_underscore_name();
+    // The lowest id below variables_number whose current name is that one,
+    // or -1: Rename_var's search, from the index and by a plain scan.
+    long Lowest_id_named(const std::string& name) { return lowest_id_named(name); }
+    long lowest_id_named_literal(const std::string& name) const;
 
     // Leftovers of an older reference scheme.
     bdd Bdd_dup(const bdd& f);
@@ -601,6 +611,7 @@ private:
     struct computed_entry;
     void make_tables(long capacity);
     bdd_node* new_variable(const std::string& name, long index, bool last);
+    bdd_node* add_variable(const std::string& name, long index, bool last);
     bdd_node* apply(bool is_or, int link_x, bdd_node* x, int link_y, bdd_node* y,
                     int& link);
     bdd_node* apply_plain(bool is_or, int link_x, bdd_node* x, int link_y,
@@ -624,7 +635,13 @@ private:
     // Current names to the ids holding them, for Rename_var's lookups;
     // built on its first use, kept by set_var_name, dropped by the passes
     // that rewrite every name.
-    std::unordered_map<std::string, std::vector<long>> ids_by_current_name; // ascending
+    struct name_holders {
+        long lowest;
+        std::vector<long> others; // descending
+    };
+    void index_name(const std::string& name, long id);
+    void unindex_name(const std::string& name, long id);
+    std::unordered_map<std::string, name_holders> ids_by_current_name;
     bool names_indexed = false;
     // Bdd_cube_reduce's table of literals by index: 2 everywhere between calls.
     std::vector<int> cube_literals;

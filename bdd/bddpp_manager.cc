@@ -11,6 +11,9 @@
 
 // ------------------------------------------------------------------ lifecycle
 
+// The capacity is the one the doubling gives, whatever room the vectors
+// were reserved: what lies between variables_number and the capacity reads
+// as it always did (empty names, id 0).
 void bddpp_manager::make_tables(long capacity) {
     variables_capacity = capacity;
     var_names.resize(capacity);
@@ -65,13 +68,39 @@ const char* bddpp_manager::Bdd_version() { return ::Bdd_version(); }
 
 // ------------------------------------------------------------------ variables
 
+void bddpp_manager::Reserve_variables(long count) {
+    if (count <= 0) return;
+    std::size_t room = static_cast<std::size_t>(count);
+    var_names.reserve(room);
+    node_by_id.reserve(room);
+    index_by_id.reserve(room);
+    id_by_index.reserve(room);
+    assoc.reserve(room);
+    id_by_name.reserve(room);
+}
+
+// The tables double before the name is looked up, even for a known name.
 bdd_node* bddpp_manager::new_variable(const std::string& name, long index, bool last) {
     if (variables_number >= variables_capacity) make_tables(variables_capacity * 2);
-    auto known = id_by_name.find(name);
-    if (known != id_by_name.end()) return node_by_id[known->second];
+    auto entry = id_by_name.try_emplace(name, variables_number);
+    if (!entry.second) return node_by_id[entry.first->second];
+    return add_variable(name, index, last);
+}
+
+// Index_var_by_name, then New_node_var_last when the name is unknown, with
+// a single look-up of the name.
+long bddpp_manager::Index_var_or_new_last(const std::string& name, bool& created) {
+    auto entry = id_by_name.try_emplace(name, variables_number);
+    created = entry.second;
+    if (!created) return index_by_id[entry.first->second];
+    if (variables_number >= variables_capacity) make_tables(variables_capacity * 2);
+    return Node_index(add_variable(name, variables_number, true));
+}
+
+// The variable of a name that id_by_name already holds under the next id.
+bdd_node* bddpp_manager::add_variable(const std::string& name, long index, bool last) {
     long id = variables_number;
     set_var_name(id, name);
-    id_by_name[name] = id;
     bdd_node* node = new bdd_node(this, id, -1, one, one, next_global_id);
     node_by_id[id] = node;
     next_global_id++;
@@ -219,18 +248,43 @@ long bddpp_manager::Index_var_by_bdd(const bdd& f) { return Bdd_if_index(f); }
 
 // ------------------------------------------------------------------- renaming
 
+// A name's holders: the lowest id, then the others from the highest down,
+// so that the lowest moves out and in at the back of the vector.
+void bddpp_manager::index_name(const std::string& name, long id) {
+    auto entry = ids_by_current_name.try_emplace(name, name_holders{id, {}});
+    if (entry.second) return;
+    name_holders& h = entry.first->second;
+    if (id == h.lowest) return;
+    if (id < h.lowest) {
+        h.others.push_back(h.lowest);
+        h.lowest = id;
+        return;
+    }
+    auto at = std::lower_bound(h.others.begin(), h.others.end(), id, std::greater<long>());
+    if (at == h.others.end() || *at != id) h.others.insert(at, id);
+}
+
+void bddpp_manager::unindex_name(const std::string& name, long id) {
+    auto entry = ids_by_current_name.find(name);
+    if (entry == ids_by_current_name.end()) return;
+    name_holders& h = entry->second;
+    if (id == h.lowest) {
+        if (h.others.empty()) {
+            ids_by_current_name.erase(entry);
+            return;
+        }
+        h.lowest = h.others.back();
+        h.others.pop_back();
+        return;
+    }
+    auto at = std::lower_bound(h.others.begin(), h.others.end(), id, std::greater<long>());
+    if (at != h.others.end() && *at == id) h.others.erase(at);
+}
+
 void bddpp_manager::set_var_name(long id, const std::string& name) {
     if (names_indexed) {
-        auto old = ids_by_current_name.find(var_names[id]);
-        if (old != ids_by_current_name.end()) {
-            std::vector<long>& ids = old->second;
-            auto at = std::lower_bound(ids.begin(), ids.end(), id);
-            if (at != ids.end() && *at == id) ids.erase(at);
-            if (ids.empty()) ids_by_current_name.erase(old);
-        }
-        std::vector<long>& ids = ids_by_current_name[name];
-        auto at = std::lower_bound(ids.begin(), ids.end(), id);
-        if (at == ids.end() || *at != id) ids.insert(at, id);
+        unindex_name(var_names[id], id);
+        index_name(name, id);
     }
     var_names[id] = name;
 }
@@ -244,13 +298,22 @@ void bddpp_manager::drop_names_index() {
 // what a scan of the ids in ascending order finds first.
 long bddpp_manager::lowest_id_named(const std::string& name) {
     if (!names_indexed) {
-        for (long id = 0; id < variables_capacity; ++id) ids_by_current_name[var_names[id]].push_back(id);
+        ids_by_current_name.reserve(static_cast<std::size_t>(variables_number) + 1);
+        // Downward, each id comes below the ones of its name already there.
+        for (long id = variables_capacity - 1; id >= 0; --id) index_name(var_names[id], id);
         names_indexed = true;
     }
     auto found = ids_by_current_name.find(name);
-    if (found == ids_by_current_name.end() || found->second.empty()) return -1;
-    long id = found->second.front();
+    if (found == ids_by_current_name.end()) return -1;
+    long id = found->second.lowest;
     return id < variables_number ? id : -1;
+}
+
+// The plain scan, for comparison with the index.
+long bddpp_manager::lowest_id_named_literal(const std::string& name) const {
+    for (long id = 0; id < variables_number; ++id)
+        if (var_names[id] == name) return id;
+    return -1;
 }
 
 void bddpp_manager::Rename_var(const std::string& new_name, const std::string& old_name) {

@@ -113,8 +113,10 @@ std::list<long> Signal::getAllBddId(Module* m, Bddexpressionwood* wood)
     if (c == -1)
         return ids;
     if (c == 0) {
-        ids.push_back(getOverBddId(m, wood));
-        ids.push_back(getUnderBddId(m, wood));
+        // getOverBddId then getUnderBddId, on one look-up of the ref.
+        SignalRef* ref = refOfOccurrence(m, wood, "Signal::getOverBddId");
+        ids.push_back(ref->getOverBddId(wood));
+        ids.push_back(ref->getUnderBddId(wood));
         return ids;
     }
     SignalManager* manager = SignalScope::managerOf(m, "Signal::getAllBddId");

@@ -19,10 +19,15 @@ SignalScope* SignalScope::of(Module* m)
 
 SignalManager* SignalScope::managerOf(Module* m, const std::string& where)
 {
+    return managerOf(m, where.c_str());
+}
+
+SignalManager* SignalScope::managerOf(Module* m, const char* where)
+{
     SignalScope* scope = of(m);
     SignalManager* manager = scope != nullptr ? scope->getSignalManager() : nullptr;
     if (manager == nullptr)
-        Compilation::IllegalOperationException(where + ": no signal manager for the module");
+        Compilation::IllegalOperationException(std::string(where) + ": no signal manager for the module");
     return manager;
 }
 
@@ -44,6 +49,11 @@ SignalRef::SignalRef(std::string original, std::string internal, std::string cur
 
 long SignalRef::computeId(Bddexpressionwood* wood, const std::string& name)
 {
+    return wood->Index_var_or_new_last(name);
+}
+
+long SignalRef::computeId_literal(Bddexpressionwood* wood, const std::string& name)
+{
     long index = wood->Index_var_by_name(name);
     if (index < 0)
         index = wood->Index_new_var_last(name);
@@ -57,8 +67,12 @@ void SignalRef::enter(Module* m, Bddexpressionwood* wood)
         Compilation::IllegalOperationException("SignalRef::SignalRef: no wood for " + current_name);
     // Over before under: the file format numbers a signal's wires in this
     // order.
-    long over = computeId(wood, "_s_" + current_name);
-    long under = computeId(wood, "_v_" + current_name);
+    std::string wire;
+    wire.reserve(current_name.size() + 3);
+    wire.append("_s_").append(current_name);
+    long over = computeId(wood, wire);
+    wire[1] = 'v';
+    long under = computeId(wood, wire);
     addBddIds(over, under, wood);
     manager->addSignalRef(this);
     manager->addSignalRefIdTable(over, under, this, wood);
@@ -119,19 +133,24 @@ SignalRef* SignalManager::getSignalRefById(long id, Bddexpressionwood* wood) con
 
 SignalRef* SignalManager::getSignalRefByOccurrence(Signal* s, int occ) const
 {
+    if (occ == 0)
+        return getSignalRefByName(s->getInternalName());
     std::string name = s->getInternalName();
-    if (occ != 0)
-        name += "_" + std::to_string(occ);
+    name += '_';
+    name += std::to_string(occ);
     return getSignalRefByName(name);
 }
 
 std::list<SignalRef*> SignalManager::getAllSignalRef(Signal* s, Bddexpressionwood* wood) const
 {
-    std::list<SignalRef*> found;
+    std::vector<SignalRef*> found;
     for (const auto& entry : refs)
         if (entry.second->getInternalName() == s->getInternalName() && entry.second->hasWood(wood))
             found.push_back(entry.second);
-    return found;
+    // The table is hashed; the answer goes by name, the keys being unique.
+    std::sort(found.begin(), found.end(),
+              [](const SignalRef* a, const SignalRef* b) { return a->getCurrentName() < b->getCurrentName(); });
+    return std::list<SignalRef*>(found.begin(), found.end());
 }
 
 SignalRef* SignalManager::getCurrentOccurrence(Signal* s, Bddexpressionwood* wood) const
@@ -142,9 +161,8 @@ SignalRef* SignalManager::getCurrentOccurrence(Signal* s, Bddexpressionwood* woo
 
 void SignalManager::addSignalRef(SignalRef* ref)
 {
-    if (refs.count(ref->getCurrentName()) != 0)
+    if (!refs.emplace(ref->getCurrentName(), ref).second)
         Compilation::HashTableAddException("SignalManager::addSignalRef", ref->getCurrentName());
-    refs[ref->getCurrentName()] = ref;
 }
 
 void SignalManager::extendIdTable(Bddexpressionwood* wood)

@@ -4,6 +4,7 @@
 #include <list>
 #include <map>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -56,6 +57,8 @@ public:
     // Index of the variable of that name in the wood, created at the end of
     // the order if the manager does not know the name.
     static long computeId(Bddexpressionwood* wood, const std::string& name);
+    // The same by the two separate steps, look-up then creation.
+    static long computeId_literal(Bddexpressionwood* wood, const std::string& name);
 
 private:
     void enter(Module* m, Bddexpressionwood* wood);
@@ -115,10 +118,11 @@ public:
     void duplicate(Bddexpressionwood* from, Bddexpressionwood* to);
     void deleteWood(Bddexpressionwood* wood);
 
-    const std::map<std::string, SignalRef*>& getSignalRefs() const { return refs; }
+    // Unordered: whoever needs an order sorts.
+    const std::unordered_map<std::string, SignalRef*>& getSignalRefs() const { return refs; }
 
 private:
-    std::map<std::string, SignalRef*> refs;
+    std::unordered_map<std::string, SignalRef*> refs;
     std::map<Bddexpressionwood*, SignalRefTable*> tables;
 };
 
@@ -139,6 +143,7 @@ public:
     // The module's manager; a null module or manager is a fatal error that
     // names `where`.
     static SignalManager* managerOf(Module* m, const std::string& where);
+    static SignalManager* managerOf(Module* m, const char* where);
     static void install(SignalScope* (*convert)(Module*)) { conversion = convert; }
 
 private:

@@ -262,6 +262,8 @@ public:
 
     bdd New_var_last(std::string name);
     long Index_new_var_last(std::string name);
+    // Index_var_by_name, else Index_new_var_last, with one look-up.
+    long Index_var_or_new_last(const std::string& name);
     bdd New_var_before_by_bdd(bdd neighbour, std::string name);
     bdd New_var_before_by_index(long index, std::string name);
     bdd New_var_after_by_bdd(bdd neighbour, std::string name);

@@ -166,11 +166,12 @@ static void learn(Bddexpressionwood& wood, Bddexpression* e, IndexSet* readers)
         for (long d : old->dependances)
             if (d >= 0 && d < wood.nb_bdd_vars) wood.amont_table[d].erase(i);
     } else {
-        wood.exp_ids.insert(i);
+        // Equations mostly come in ascending index: the end is the hint.
+        wood.exp_ids.insert(wood.exp_ids.end(), i);
     }
     wood.exp_table[i] = e;
     for (long d : e->dependances)
-        if (d >= 0 && d < wood.nb_bdd_vars) wood.amont_table[d].insert(i);
+        if (d >= 0 && d < wood.nb_bdd_vars) wood.amont_table[d].insert(wood.amont_table[d].end(), i);
     if (readers != nullptr)
         for (long r : *readers)
             if (r >= 0 && r < wood.nb_bdd_vars) wood.amont_table[i].insert(r);
@@ -378,6 +379,14 @@ long Bddexpressionwood::Index_new_var_last(std::string nm)
 {
     bdd f = New_var_last(nm);
     return bdd_manager->Bdd_if_index(f);
+}
+
+long Bddexpressionwood::Index_var_or_new_last(const std::string& nm)
+{
+    bool created = false;
+    long index = bdd_manager->Index_var_or_new_last(nm, created);
+    if (created) update_bdd_vars();
+    return index;
 }
 
 bdd Bddexpressionwood::New_var_before_by_bdd(bdd neighbour, std::string nm)
