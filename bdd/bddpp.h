@@ -292,9 +292,6 @@ public:
     // Index_var_by_name, or the index of a new last variable of that name
     // (`created` then true), with one look-up.
     long Index_var_or_new_last(const std::string& name, bool& created);
-    // Room for that many variables without moving the tables; the capacity
-    // and everything read through it stay as the doubling makes them.
-    void Reserve_variables(long count);
 
     bdd Bdd_var_by_id(long id);
     bdd Bdd_var_by_index(long index);

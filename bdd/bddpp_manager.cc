@@ -68,17 +68,6 @@ const char* bddpp_manager::Bdd_version() { return ::Bdd_version(); }
 
 // ------------------------------------------------------------------ variables
 
-void bddpp_manager::Reserve_variables(long count) {
-    if (count <= 0) return;
-    std::size_t room = static_cast<std::size_t>(count);
-    var_names.reserve(room);
-    node_by_id.reserve(room);
-    index_by_id.reserve(room);
-    id_by_index.reserve(room);
-    assoc.reserve(room);
-    id_by_name.reserve(room);
-}
-
 // The tables double before the name is looked up, even for a known name.
 bdd_node* bddpp_manager::new_variable(const std::string& name, long index, bool last) {
     if (variables_number >= variables_capacity) make_tables(variables_capacity * 2);
