@@ -66,26 +66,12 @@ void build_random(WoodBuilder& b, unsigned seed, bool acyclic = false)
     }
 }
 
-// Everything a pass may change, in text.
+// Everything a pass may change, in text: the tables and the texts.
 std::string state(WoodBuilder& b)
 {
     Bddexpressionwood& w = *b.wood;
     std::ostringstream out;
-    out << "nodes " << b.m()->Bdd_total_size() << " vars " << w.nb_bdd_vars << " level "
-        << w.nb_level << " ids ";
-    put_set(out, w.exp_ids) << "\n";
-    for (long i = 0; i < w.nb_bdd_vars; ++i) {
-        out << i << " late " << w.late_dates[i] << " readers ";
-        put_set(out, w.amont_table[i]);
-        const Bddexpression* e = w.exp_table[i];
-        if (e != nullptr) {
-            out << " eq " << e->name << " abs " << e->abstraction << " type " << e->user_type
-                << " early " << e->early_date << " exp " << bdd_node_global_id(e->bdd_exp) << "/"
-                << bdd_link_type(e->bdd_exp) << " deps ";
-            put_set(out, e->dependances);
-        }
-        out << "\n";
-    }
+    out << tables_state(b);
     std::vector<long> table(w.nb_bdd_vars);
     for (long i = 0; i < w.nb_bdd_vars; ++i)
         table[i] = (i % 5 == 4) ? -1 : i;

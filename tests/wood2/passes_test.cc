@@ -84,26 +84,7 @@ void build_spoilt(WoodBuilder& b, unsigned seed, bool acyclic = false)
         w.exp_ids.insert(n + 5); // listed, past the tables
 }
 
-// Everything a pass may change, in text: nodes by global id, tables, dates.
-std::string state(WoodBuilder& b)
-{
-    Bddexpressionwood& w = *b.wood;
-    std::ostringstream out;
-    out << "nodes " << b.m()->Bdd_total_size() << " vars " << w.nb_bdd_vars << " level " << w.nb_level
-        << " ids ";
-    put_set(out, w.exp_ids) << "\n";
-    for (long i = 0; i < w.nb_bdd_vars; ++i) {
-        out << i << " late " << w.late_dates[i] << " readers ";
-        put_set(out, w.amont_table[i]);
-        if (const Bddexpression* e = w.exp_table[i]) {
-            out << " abs " << e->abstraction << " type " << e->user_type << " early " << e->early_date
-                << " exp " << bdd_node_global_id(e->bdd_exp) << "/" << bdd_link_type(e->bdd_exp) << " deps ";
-            put_set(out, e->dependances);
-        }
-        out << "\n";
-    }
-    return out.str();
-}
+std::string state(WoodBuilder& b) { return tables_state(b); }
 
 // The reader tables rebuilt as first written: all emptied, then every
 // filled slot, ascending, rebuilds its dependances unless abstract and

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <regex>
+#include <sstream>
 #include <string>
 
 #include "wood/Bddexpression.h"
@@ -28,6 +29,29 @@ struct WoodBuilder {
 inline std::string without_addresses(const std::string& text)
 {
     return std::regex_replace(text, std::regex("0x[0-9a-f]+"), "@");
+}
+
+// Everything a pass may change in the tables, in text: nodes by global id,
+// slots, readers, dependances, dates.
+inline std::string tables_state(WoodBuilder& b)
+{
+    Bddexpressionwood& w = *b.wood;
+    std::ostringstream out;
+    out << "nodes " << b.m()->Bdd_total_size() << " vars " << w.nb_bdd_vars << " level " << w.nb_level
+        << " ids ";
+    put_set(out, w.exp_ids) << "\n";
+    for (long i = 0; i < w.nb_bdd_vars; ++i) {
+        out << i << " late " << w.late_dates[i] << " readers ";
+        put_set(out, w.amont_table[i]);
+        if (const Bddexpression* e = w.exp_table[i]) {
+            out << " eq " << e->name << " abs " << e->abstraction << " type " << e->user_type << " early "
+                << e->early_date << " exp " << bdd_node_global_id(e->bdd_exp) << "/" << bdd_link_type(e->bdd_exp)
+                << " deps ";
+            put_set(out, e->dependances);
+        }
+        out << "\n";
+    }
+    return out.str();
 }
 
 #endif
