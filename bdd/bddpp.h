@@ -60,7 +60,11 @@ public:
     bddpp_manager* manager;
     long signature;
     long incremental_id; // scratch number of Bdd_incremental_id walks
-    long mark;           // scratch visit flag (0 or 1) of the marking walks
+    int mark;            // scratch visit flag (0 or 1) of the marking walks
+    // Links (bit 0 normal, bit 1 inverse) at which rebuilding the cone
+    // node by node is known to give this very node and make none, above
+    // the unique table's removal count; see compose_remembering.
+    std::uint32_t rebuilt = 0;
     mutable std::vector<long>* depends_ids = nullptr; // depends(), once asked; owned
 
     // Default-built: no manager, signature and id -3, else link 1, null
@@ -185,6 +189,9 @@ public:
     bdd_unique_table& operator=(const bdd_unique_table&) = delete;
 
     std::size_t size() const { return count; }
+    // Grows by one at each removal of an entry (and so at each replacement):
+    // what was found in the table stays found while it stays put.
+    std::uint32_t removals() const { return removal_count; }
     bdd_node* find(long id, int else_link_type, bdd_node* then_node,
                    bdd_node* else_node) const;
     // find() that also gives the key's hash, for insert_absent().
@@ -243,6 +250,7 @@ private:
     std::size_t capacity; // a power of two, at most three quarters full
     std::size_t count;
     int shift;            // 64 - log2(capacity): a key's home is its hash's top bits
+    std::uint32_t removal_count = 0;
 };
 
 class bddpp_manager {

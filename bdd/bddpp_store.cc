@@ -308,6 +308,10 @@ bool bdd_unique_table::erase(bdd_node* node) {
     slots[hole].node = nullptr;
     slots[hole].hash = 0;
     --count;
+    // The rebuilt marks keep the count's low 30 bits: when those come round
+    // to zero again, every mark is forgotten.
+    if ((++removal_count & 0x3FFFFFFFu) == 0)
+        for_each([](bdd_node* n) { n->rebuilt = 0; });
     return true;
 }
 

@@ -1,0 +1,241 @@
+// Substitution on the production path: Bdd_compose_loc's walk on raw
+// links, with the results of the positions remembered and the positions
+// that cannot change skipped.
+//
+// What may be skipped follows from one fact: a walk that found every node
+// it asked for in the unique table makes the same calls, finds the same
+// nodes and makes none when it runs again, as long as nothing has left the
+// table. So a position (link, node) whose cone holds no v, once its rebuild
+// gave back that very position, gives it back again, and makes nothing on
+// the way, until the table's next removal. Such positions carry a mark in
+// the node (bdd_node::rebuilt, stamped with the table's removal count).
+
+#include "bdd/bddpp.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+namespace {
+
+struct link_ref {
+    int link;
+    bdd_node* node;
+    bool operator==(const link_ref& o) const { return link == o.link && node == o.node; }
+};
+
+// What a position gave: its result, and whether its cone is free of the
+// substituted variable.
+struct position_result {
+    link_ref result;
+    bool free;
+};
+
+// Results of the positions met by one substitution, kept from call to call
+// and emptied by a new generation number.
+class position_table {
+public:
+    void start() {
+        if (++generation == 0) {
+            for (entry& e : slots) e.generation = 0;
+            generation = 1;
+        }
+        used = 0;
+        if (slots.empty()) slots.resize(64);
+    }
+    const position_result* find(const link_ref& x) const {
+        std::size_t mask = slots.size() - 1;
+        for (std::size_t i = home(x) & mask;; i = (i + 1) & mask) {
+            const entry& e = slots[i];
+            if (e.generation != generation) return nullptr;
+            if (e.key == x) return &e.value;
+        }
+    }
+    void put(const link_ref& x, const position_result& r) {
+        if (2 * (used + 1) > slots.size()) grow();
+        place(x, r);
+        ++used;
+    }
+
+private:
+    struct entry {
+        link_ref key;
+        position_result value;
+        unsigned generation = 0;
+    };
+    static std::size_t home(const link_ref& x) {
+        std::size_t h = reinterpret_cast<std::uintptr_t>(x.node) >> 4;
+        h = (h ^ static_cast<std::size_t>(x.link > 0)) * 0x9E3779B97F4A7C15ull;
+        return h ^ (h >> 29);
+    }
+    void place(const link_ref& x, const position_result& r) {
+        std::size_t mask = slots.size() - 1;
+        std::size_t i = home(x) & mask;
+        while (slots[i].generation == generation) i = (i + 1) & mask;
+        slots[i] = entry{x, r, generation};
+    }
+    void grow() {
+        std::vector<entry> old;
+        old.swap(slots);
+        slots.resize(old.size() * 2);
+        for (const entry& e : old)
+            if (e.generation == generation) place(e.key, e.value);
+    }
+    std::vector<entry> slots;
+    unsigned generation = 0;
+    std::size_t used = 0;
+};
+
+inline std::uint32_t link_bit(int link) { return link == 1 ? 1u : 2u; }
+
+}  // namespace
+
+// The walk of Bdd_compose_loc: the same positions, in the same order,
+// joined by the same procedures, but on raw links with the results of the
+// positions in a reused table. Off v, with both results at or below the
+// position's variable, the if-then-else is Bdd_ite's: its two conjunctions
+// and their disjunction are joins (none when both results are constants,
+// whose disjunction is settled at once). The disjunction is not taken to be
+// the position itself: a node need not be the one its key finds in the
+// unique table.
+//
+// Skipped without a visit, with the position itself as result:
+// - a variable's own node off v, whose rebuild joins nothing;
+// - a position marked rebuilt whose cone cannot hold v: it lies below v,
+//   or its node already knows its support and v is not in it.
+bdd bddpp_manager::compose_remembering(const bdd& f, long v_index, const bdd& g)
+{
+    struct frame {
+        link_ref x;
+        link_ref then_result;
+        long index;
+        bool then_done;
+        bool then_free;
+    };
+    const long* index_of = index_by_id.data();
+    auto at_or_below = [&](const bdd_node* n, long index) {
+        return n == one || (n && n->manager == this && n->id >= 0 && n->id < variables_number &&
+                            index_of[n->id] > index);
+    };
+    const long v_id = v_index >= 0 && v_index < variables_number ? id_by_index[v_index] : -1;
+    const std::uint32_t stamp = (map->removals() & 0x3FFFFFFFu) << 2;
+    auto known_rebuilt = [&](const link_ref& x, long index) {
+        std::uint32_t r = x.node->rebuilt;
+        if ((r & ~3u) != stamp || !(r & link_bit(x.link))) return false;
+        if (index > v_index) return true;
+        const std::vector<long>* support = x.node->depends_ids;
+        return support && !std::binary_search(support->begin(), support->end(), v_id);
+    };
+    auto mark_rebuilt = [&](const link_ref& x) {
+        std::uint32_t r = x.node->rebuilt;
+        if ((r & ~3u) != stamp) r = stamp;
+        x.node->rebuilt = r | link_bit(x.link);
+    };
+
+    // The substituted function when it is a node of this manager, and its
+    // variable's index when it is a literal.
+    bdd_node* const g_node =
+        g.node() && g.node() != one && g.node()->manager == this && g.link_type() != 0 ? g.node() : nullptr;
+    long g_literal = -1;
+    if (g_node && g_node->then_node == one && g_node->else_node == one && g_node->else_link_type == -1 &&
+        g_node->id >= 0 && g_node->id < variables_number && node_by_id[g_node->id] == g_node)
+        g_literal = index_of[g_node->id];
+    // ite(x, t, e), or ite(not x, t, e) when `negative`, for the variable x
+    // of `index` above both t and e, as Bdd_ite makes it: the conjunction
+    // with t, that with e, in that order, each a join unless its branch is a
+    // constant, then their disjunction. That meets a constant or the other
+    // side at each split but the first, so it is the join of x over the
+    // branches (of not x when negative), and with both branches constants
+    // it makes nothing.
+    auto ite_literal = [&](long index, const link_ref& t, const link_ref& e, bool negative) {
+        if (t.node == one && e.node == one) {
+            if (t.link == e.link) return link_ref{t.link, one};
+            return link_ref{negative ? -t.link : t.link, node_by_id[id_by_index[index]]};
+        }
+        int link = 1;
+        if (!negative) {
+            if (t.node != one) fast_join(index, t.link, t.node, -1, one, link);
+            if (e.node != one) fast_join(index, -1, one, e.link, e.node, link);
+            bdd_node* n = fast_join(index, t.link, t.node, e.link, e.node, link);
+            return link_ref{link, n};
+        }
+        if (t.node != one) fast_join(index, -1, one, t.link, t.node, link);
+        if (e.node != one) fast_join(index, e.link, e.node, -1, one, link);
+        bdd_node* n = fast_join(index, e.link, e.node, t.link, t.node, link);
+        return link_ref{link, n};
+    };
+
+    static std::vector<frame> stack;
+    static position_table done;
+    stack.clear();
+    done.start();
+    link_ref cur{f.link_type(), f.node()};
+    link_ref res{};
+    bool res_free = true;
+    for (;;) {
+        for (;;) {
+            bdd_node* n = cur.node;
+            if (n == nullptr || n == one) {
+                res = cur;
+                res_free = true;
+                break;
+            }
+            long index = Node_index(n);
+            if (index != v_index && index >= 0) {
+                bool own = n->then_node == one && n->else_node == one && n->else_link_type == -1 &&
+                           node_by_id[n->id] == n;
+                if (own || known_rebuilt(cur, index)) {
+                    res = cur;
+                    res_free = true;
+                    break;
+                }
+            }
+            if (const position_result* known = done.find(cur)) {
+                res = known->result;
+                res_free = known->free;
+                break;
+            }
+            stack.push_back(frame{cur, link_ref{}, index, false, false});
+            cur = link_ref{cur.link, n->then_node};
+        }
+        for (;;) {
+            if (stack.empty()) return bdd(this, res.link, res.node);
+            frame& top = stack.back();
+            if (!top.then_done) {
+                top.then_done = true;
+                top.then_result = res;
+                top.then_free = res_free;
+                cur = link_ref{top.x.link * top.x.node->else_link_type, top.x.node->else_node};
+                break;
+            }
+            const link_ref x = top.x;
+            const link_ref t = top.then_result;
+            const link_ref e = res;
+            const long index = top.index;
+            const bool free = top.then_free && res_free && index != v_index;
+            stack.pop_back();
+            link_ref r;
+            if (index != v_index && index >= 0 && index < variables_number && at_or_below(t.node, index) &&
+                at_or_below(e.node, index)) {
+                r = ite_literal(index, t, e, false);
+            } else if (index == v_index && g_node && t.node == one && e.node == one) {
+                // g and true or not g and false, and so on: each conjunction
+                // and the disjunction meet a constant or g twice at once.
+                r = t.link == e.link ? link_ref{t.link, one} : link_ref{t.link * g.link_type(), g_node};
+            } else if (index == v_index && g_literal >= 0 && at_or_below(t.node, g_literal) &&
+                       at_or_below(e.node, g_literal)) {
+                r = ite_literal(g_literal, t, e, g.link_type() == -1);
+            } else {
+                bdd then_part(this, t.link, t.node);
+                bdd else_part(this, e.link, e.node);
+                bdd joined = index == v_index ? Bdd_ite(g, then_part, else_part)
+                                              : Bdd_ite(1, index, then_part, else_part);
+                r = link_ref{joined.link_type(), joined.node()};
+            }
+            if (free && r == x) mark_rebuilt(x);
+            done.put(x, position_result{r, free});
+            res = r;
+            res_free = free;
+        }
+    }
+}
