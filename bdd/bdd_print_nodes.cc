@@ -452,13 +452,13 @@ void bddpp_manager::Bdd_stats(std::ostream& out)
     out << "BDD MANAGER statistics:\n"
         << "memory adress: " << static_cast<const void*>(this) << " Version: " << Bdd_version() << "\n";
     out << "bdd constant number: 1\n"
-        << "-: 1 --> " << one->signature << "\n";
+        << "-: 1 --> " << one->signature() << "\n";
     out << "bdd variables number: " << variables_number << "\n";
     if (variables_number > 0) {
         out << "Index (Id): name --> signature\n";
         for (long index = 0; index < variables_number; ++index) {
             long id = id_by_index[index];
-            out << index << "(" << id << "): " << var_names[id] << " --> " << node_by_id[id]->signature << "\n";
+            out << index << "(" << id << "): " << var_names[id] << " --> " << node_by_id[id]->signature() << "\n";
         }
     }
     std::vector<bdd_node*> nodes;
@@ -471,8 +471,8 @@ void bddpp_manager::Bdd_stats(std::ostream& out)
             << "global id: sign = var_index then_node else_node else_link_type (refs number)\n";
         nodes = map->nodes_in_key_order();
         for (bdd_node* n : nodes) {
-            unsigned long key = static_cast<unsigned long>(n->signature);
-            out << n->global_id << ": " << n->signature << " = " << (key >> 41) << " " << ((key >> 21) & 0xFFFFF)
+            unsigned long key = static_cast<unsigned long>(n->signature());
+            out << n->global_id << ": " << n->signature() << " = " << (key >> 41) << " " << ((key >> 21) & 0xFFFFF)
                 << " " << ((key >> 1) & 0xFFFFF) << " " << ((key & 1) ? "normal" : "inverse") << " ("
                 << n->references << ")\n";
             Print_bdd_global_structure_loc(out, 0, n);

@@ -49,31 +49,34 @@ long bdd_node_signature(long id, int else_link_type, bdd_node* then_node,
 // variable constructors of the manager make nodes of a manager.
 class bdd_node {
 public:
-    // What the unique table and the operators read comes first, in one
-    // cache line.
+    // What the unique table and the operators read comes first; the whole
+    // node is 64 bytes, one cache line in the pool's blocks.
     bdd_node* then_node;
     bdd_node* else_node;
-    long id;             // decision variable; -1 terminal, -3 default-built
+    int id;              // decision variable; -1 terminal, -3 default-built
     int else_link_type;  // 1 normal, -1 inverse
     int references;      // handles and parent nodes that point here
-    long global_id;      // serial number in the manager, never reused
-    bddpp_manager* manager;
-    long signature;
-    long incremental_id; // scratch number of Bdd_incremental_id walks
-    int mark;            // scratch visit flag (0 or 1) of the marking walks
     // Links (bit 0 normal, bit 1 inverse) at which rebuilding the cone
     // node by node is known to give this very node and make none, above
     // the unique table's removal count; see compose_remembering.
     std::uint32_t rebuilt = 0;
+    long global_id;      // serial number in the manager, never reused
+    bddpp_manager* manager;
+    int incremental_id;  // scratch number of Bdd_incremental_id walks
+    int mark;            // scratch visit flag (0 or 1) of the marking walks
     mutable std::vector<long>* depends_ids = nullptr; // depends(), once asked; owned
+
+    // bdd_node_signature of the node's key: the children never change, so
+    // it is worked out when asked.
+    long signature() const { return bdd_node_signature(id, else_link_type, then_node, else_node); }
 
     // Default-built: no manager, signature and id -3, else link 1, null
     // children, zeros elsewhere.
     bdd_node();
-    // Makes a node of m. For id >= 0 it computes the signature and enters
-    // the node in m's unique table; for id -1 (the terminal) it only sets
-    // the signature. References start at 0; the children's references are
-    // the caller's business.
+    // Makes a node of m. For id >= 0 it checks the children's global ids
+    // as the signature does and enters the node in m's unique table; for
+    // id -1 (the terminal) it does neither. References start at 0; the
+    // children's references are the caller's business.
     bdd_node(bddpp_manager* m, long id, int else_link_type, bdd_node* then_node,
              bdd_node* else_node, long global_id);
     // For id >= 0: takes one reference off both children.
@@ -107,18 +110,11 @@ private:
     // real nodes of the manager.
     bdd_node(bddpp_manager* m, long id_, int else_link, bdd_node* then_n, bdd_node* else_n,
              long gid, not_integrated)
-        : then_node(then_n), else_node(else_n), id(id_), else_link_type(else_link),
-          references(0), global_id(gid), manager(m), signature(0), incremental_id(0),
-          mark(0) {
-        if (then_n->global_id < 0 || else_n->global_id < 0) {
-            signature = bdd_node_signature(id, else_link, then_n, else_n);
-            return;
-        }
-        unsigned long key = static_cast<unsigned long>(id_) << 41;
-        key |= static_cast<unsigned long>(then_n->global_id) << 21;
-        key |= static_cast<unsigned long>(else_n->global_id) << 1;
-        key |= else_link > 0 ? 1ul : 0ul;
-        signature = static_cast<long>(key);
+        : then_node(then_n), else_node(else_n), id(static_cast<int>(id_)), else_link_type(else_link),
+          references(0), global_id(gid), manager(m), incremental_id(0), mark(0) {
+        // A child with a negative global_id ends the process here, as its
+        // signature would.
+        if (then_n->global_id < 0 || else_n->global_id < 0) bdd_node_signature(id, else_link, then_n, else_n);
     }
 };
 

@@ -105,6 +105,9 @@ void bdd_block_free(void* block) {
 
 // ----------------------------------------------------------------- node pool
 
+// Millions of nodes: each one cache line of the pool's aligned blocks.
+static_assert(sizeof(bdd_node) == 64, "bdd_node is one cache line");
+
 namespace {
 
 // Nodes are carved out of large blocks in address order, and freed ones
@@ -158,14 +161,14 @@ void bdd_node::operator delete(void* p) noexcept {
 
 bdd_node::bdd_node()
     : then_node(nullptr), else_node(nullptr), id(-3), else_link_type(1), references(0),
-      global_id(0), manager(nullptr), signature(-3), incremental_id(0), mark(0) {}
+      global_id(0), manager(nullptr), incremental_id(0), mark(0) {}
 
 bdd_node::bdd_node(bddpp_manager* m, long id_, int else_link, bdd_node* then_n,
                    bdd_node* else_n, long gid)
-    : then_node(then_n), else_node(else_n), id(id_), else_link_type(else_link),
-      references(0), global_id(gid), manager(m), signature(0), incremental_id(0),
-      mark(0) {
-    signature = bdd_node_signature(id, else_link_type, then_node, else_node);
+    : then_node(then_n), else_node(else_n), id(static_cast<int>(id_)), else_link_type(else_link),
+      references(0), global_id(gid), manager(m), incremental_id(0), mark(0) {
+    // Checks the children's global ids: a negative one ends the process.
+    bdd_node_signature(id, else_link_type, then_node, else_node);
     if (id >= 0 && manager) manager->Map_integrate(this);
 }
 
@@ -239,7 +242,7 @@ bool bdd_node::is_correct() const {
         } else if (n->id != -1) {
             return false;
         }
-        if (n->id != -1 && n->signature < 0) return false;
+        if (n->id != -1 && n->signature() < 0) return false;
     }
     return true;
 }
@@ -406,7 +409,7 @@ std::ostream& operator<<(std::ostream& out, const bdd& f) {
     out << "adr manager= " << static_cast<const void*>(f.manager_ref())
         << ", link type =" << f.link_type()
         << ", adr node= " << static_cast<const void*>(f.node()) << ", ";
-    if (f.node()) out << "node signature: " << f.node()->signature;
+    if (f.node()) out << "node signature: " << f.node()->signature();
     return out;
 }
 

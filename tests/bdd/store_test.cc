@@ -259,7 +259,7 @@ TEST(BddStore, HandlesCountReferences) {
     std::string freed = captured([&] { m.Bdd_free(f); });
     EXPECT_EQ(freed.rfind("Warning: bddpp_manager::Bdd_free() is now became useless\n", 0), 0u);
     EXPECT_NE(freed.find(", link type =1, adr node= "), std::string::npos);
-    EXPECT_NE(freed.find("node signature: " + std::to_string(f.node()->signature)),
+    EXPECT_NE(freed.find("node signature: " + std::to_string(f.node()->signature())),
               std::string::npos);
 }
 
@@ -270,7 +270,7 @@ TEST(BddStore, SignaturesPackTheKeyForSmallIds) {
     bdd c = m.New_var_last("c");
     long expected = (2L << 41) | (1L << 21) | (1L << 1) | 0;
     EXPECT_EQ(bdd_node_signature(2, -1, m.one, m.one), expected);
-    EXPECT_EQ(c.node()->signature, expected);
+    EXPECT_EQ(c.node()->signature(), expected);
     EXPECT_EQ(bdd_node_signature(0, 1, b.node(), c.node()),
               (0L << 41) | (3L << 21) | (4L << 1) | 1);
     EXPECT_EQ(bdd_node_signature(-1, 1, nullptr, nullptr), -1);
@@ -305,7 +305,7 @@ TEST(BddStore, NodesWithCollidingSignaturesStayDistinct) {
     bdd_node* q = m.Find_or_create_bdd_node(0, 1, -1, w.node(), c.node(), link);
     bdd hold_q(&m, link, q);
     ASSERT_NE(p, q);
-    EXPECT_EQ(p->signature, q->signature);
+    EXPECT_EQ(p->signature(), q->signature());
     long next = m.next_global_id;
     link = 1;
     EXPECT_EQ(m.Find_or_create_bdd_node(0, 1, -1, c.node(), z.node(), link), p);
