@@ -126,6 +126,16 @@ bdd bddpp_manager::compose_remembering(const bdd& f, long v_index, const bdd& g)
         const std::vector<long>* support = x.node->depends_ids;
         return support && !std::binary_search(support->begin(), support->end(), v_id);
     };
+    // Whether rebuilding the position gives it back and makes nothing, as
+    // far as the marks tell: a constant, a variable's own node, or a mark.
+    auto rebuilds_to_itself = [&](const link_ref& x) {
+        bdd_node* n = x.node;
+        if (n == one) return true;
+        if (n->then_node == one && n->else_node == one && n->else_link_type == -1 && n->id >= 0 &&
+            n->id < variables_number && node_by_id[n->id] == n)
+            return true;
+        return (n->rebuilt & ~3u) == stamp && (n->rebuilt & link_bit(x.link));
+    };
     auto mark_rebuilt = [&](const link_ref& x) {
         std::uint32_t r = x.node->rebuilt;
         if ((r & ~3u) != stamp) r = stamp;
@@ -152,18 +162,54 @@ bdd bddpp_manager::compose_remembering(const bdd& f, long v_index, const bdd& g)
             if (t.link == e.link) return link_ref{t.link, one};
             return link_ref{negative ? -t.link : t.link, node_by_id[id_by_index[index]]};
         }
+        // The three joins, in their order; their table slots are fetched
+        // together first, as the keys are all known.
+        struct join_args {
+            int then_link;
+            bdd_node* then_node;
+            int else_link;
+            bdd_node* else_node;
+        };
+        join_args joins[3];
+        int count = 0;
+        const link_ref& first = negative ? e : t;
+        const link_ref& second = negative ? t : e;
+        if (t.node != one)
+            joins[count++] = negative ? join_args{-1, one, t.link, t.node} : join_args{t.link, t.node, -1, one};
+        if (e.node != one)
+            joins[count++] = negative ? join_args{e.link, e.node, -1, one} : join_args{-1, one, e.link, e.node};
+        joins[count++] = join_args{first.link, first.node, second.link, second.node};
+        const long id = id_by_index[index];
+        for (int k = 0; k < count; ++k)
+            __builtin_prefetch(&map->slots[map->home(bdd_unique_table::hash_of(
+                id, joins[k].then_link * joins[k].else_link, joins[k].then_node, joins[k].else_node))]);
         int link = 1;
-        if (!negative) {
-            if (t.node != one) fast_join(index, t.link, t.node, -1, one, link);
-            if (e.node != one) fast_join(index, -1, one, e.link, e.node, link);
-            bdd_node* n = fast_join(index, t.link, t.node, e.link, e.node, link);
-            return link_ref{link, n};
-        }
-        if (t.node != one) fast_join(index, -1, one, t.link, t.node, link);
-        if (e.node != one) fast_join(index, e.link, e.node, -1, one, link);
-        bdd_node* n = fast_join(index, e.link, e.node, t.link, t.node, link);
-        return link_ref{link, n};
+        bdd_node* n = nullptr;
+        for (int k = 0; k < count; ++k)
+            n = fast_join(index, joins[k].then_link, joins[k].then_node, joins[k].else_link, joins[k].else_node,
+                          link);
+        const link_ref r{link, n};
+        // A node that the last join made or found under its own key, over
+        // branches that rebuild to themselves: its rebuild is the ite on its
+        // variable over those branches, the very joins just made (in the
+        // other order when negative), so it gives r back and makes nothing.
+        if (n && n != one && n->id == id && n->then_node == first.node && n->else_node == second.node &&
+            link == first.link && link * n->else_link_type == second.link && rebuilds_to_itself(first) &&
+            rebuilds_to_itself(second))
+            mark_rebuilt(r);
+        return r;
     };
+
+    // A root marked rebuilt above v is skipped too once its support shows
+    // no v; the support is the one the dependence tables ask for.
+    if (f.node() && f.node() != one && f.manager_ref() == this && v_id >= 0) {
+        link_ref root{f.link_type(), f.node()};
+        long index = Node_index(root.node);
+        if (index >= 0 && index < v_index && rebuilds_to_itself(root)) {
+            const std::vector<long>& support = root.node->depends();
+            if (!std::binary_search(support.begin(), support.end(), v_id)) return f;
+        }
+    }
 
     static std::vector<frame> stack;
     static position_table done;
