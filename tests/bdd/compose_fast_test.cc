@@ -130,10 +130,10 @@ TEST(ComposeFast, EliminationChainsMakeThePlainNodes) {
                         return substituted(m, x[i], v, link == 1 ? m.Bdd_one() : m.Bdd_zero());
                     });
                     break;
-                case 6: // the same substitution once more, and a negated reader
-                    for (int k = 0; k < 2; ++k)
+                case 6: // the same substitution twice more, then on the negation
+                    for (int k = 0; k < 3; ++k)
                         t.replace(i, [&](bddpp_manager& m, const std::vector<bdd>& x) {
-                            return substituted(m, k ? m.Bdd_not(x[i]) : x[i], v, x[j]);
+                            return substituted(m, k == 2 ? m.Bdd_not(x[i]) : x[i], v, x[j]);
                         });
                     break;
                 case 7: // supports asked, as the dependence tables do
@@ -153,6 +153,45 @@ TEST(ComposeFast, EliminationChainsMakeThePlainNodes) {
             }
             t.expect_same("after a step");
             if (testing::Test::HasFatalFailure()) return;
+        }
+    }
+}
+
+// The rounds of one elimination: the reader substituted, then its result
+// substituted again (v is gone by then, so it is only rebuilt). Each row
+// builds the reader and the definition from the variables a < b < c < d.
+TEST(ComposeFast, SecondRoundsRebuildWhatTheFirstLeftUnbuilt) {
+    using build = std::function<bdd(bddpp_manager&, const std::vector<bdd>&)>;
+    struct row {
+        const char* name;
+        build reader;
+        long v;
+        build definition;
+    };
+    const std::vector<row> rows = {
+        {"a and c, c := b xor d", [](bddpp_manager& m, const std::vector<bdd>& x) { return m.Bdd_and(x[0], x[2]); },
+         2, [](bddpp_manager& m, const std::vector<bdd>& x) { return m.Bdd_xor(x[1], x[3]); }},
+        {"a or not c, c := not b", [](bddpp_manager& m, const std::vector<bdd>& x) {
+             bdd not_c = m.Bdd_not(x[2]);
+             return m.Bdd_or(x[0], not_c);
+         }, 2, [](bddpp_manager& m, const std::vector<bdd>& x) { return m.Bdd_not(x[1]); }},
+        {"b xor (a and d), b := c or d", [](bddpp_manager& m, const std::vector<bdd>& x) {
+             bdd ad = m.Bdd_and(x[0], x[3]);
+             return m.Bdd_xor(x[1], ad);
+         }, 1, [](bddpp_manager& m, const std::vector<bdd>& x) { return m.Bdd_or(x[2], x[3]); }},
+        {"ite(a, c, d), c := d", [](bddpp_manager& m, const std::vector<bdd>& x) { return m.Bdd_ite(x[0], x[2], x[3]); },
+         2, [](bddpp_manager&, const std::vector<bdd>& x) { return x[3]; }},
+    };
+    for (const row& r : rows) {
+        SCOPED_TRACE(r.name);
+        twins t(1);
+        for (const char* name : {"a", "b", "c", "d"})
+            t.both([&](bddpp_manager& m, const std::vector<bdd>&) { return m.New_var_last(name); });
+        t.both(r.reader);
+        t.both(r.definition);
+        for (int round = 0; round < 3; ++round) {
+            t.replace(4, [&](bddpp_manager& m, const std::vector<bdd>& x) { return substituted(m, x[4], r.v, x[5]); });
+            t.expect_same("round");
         }
     }
 }
