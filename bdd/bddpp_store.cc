@@ -112,12 +112,15 @@ namespace {
 
 // Nodes are carved out of large blocks in address order, and freed ones
 // are recycled through a free list; blocks go back to the system only at
-// the end of the process.
+// the end of the process. The blocks that a unique table leaves when it
+// grows come first: their pages are already there, where a new block's
+// would each cost a fault and a clearing.
 struct node_pool {
     struct free_slot { free_slot* next; };
     free_slot* free_list = nullptr;
     char* fresh = nullptr;     // next never-used node of the current block
     char* fresh_end = nullptr;
+    std::vector<std::pair<char*, std::size_t>> spare; // left by tables, not yet used
     static constexpr std::size_t block_bytes = std::size_t(4) << 20;
 
     void* take() {
@@ -127,8 +130,15 @@ struct node_pool {
             return s;
         }
         if (fresh == fresh_end) {
-            fresh = static_cast<char*>(bdd_block_alloc(block_bytes, false));
-            fresh_end = fresh + block_bytes / sizeof(bdd_node) * sizeof(bdd_node);
+            std::size_t bytes = block_bytes;
+            if (!spare.empty()) {
+                fresh = spare.back().first;
+                bytes = spare.back().second;
+                spare.pop_back();
+            } else {
+                fresh = static_cast<char*>(bdd_block_alloc(block_bytes, false));
+            }
+            fresh_end = fresh + bytes / sizeof(bdd_node) * sizeof(bdd_node);
         }
         void* p = fresh;
         fresh += sizeof(bdd_node);
@@ -144,6 +154,19 @@ struct node_pool {
 node_pool& pool() {
     static node_pool* p = new node_pool;
     return *p;
+}
+
+// A table's block that the kernel mapped goes to the node pool instead of
+// back to the kernel; any other block is freed.
+void give_block_to_nodes(void* block) {
+    auto& blocks = mapped_blocks();
+    auto it = blocks.find(block);
+    if (it == blocks.end()) {
+        bdd_block_free(block);
+        return;
+    }
+    pool().spare.emplace_back(static_cast<char*>(block), it->second);
+    blocks.erase(it);
 }
 
 }  // namespace
@@ -331,7 +354,7 @@ void bdd_unique_table::grow() {
         while (slots[i].node) i = (i + 1) & mask;
         slots[i] = old[o];
     }
-    bdd_block_free(old);
+    give_block_to_nodes(old);
 }
 
 std::vector<bdd_node*> bdd_unique_table::nodes_in_key_order() const {
