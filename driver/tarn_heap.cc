@@ -9,6 +9,8 @@
 // Larger blocks go to malloc, with huge pages asked for the big ones. Memory is never handed back: the run builds
 // its wood once and writes it once. tarn runs on one thread.
 
+#include "support/prefault.h"
+
 #include <sys/mman.h>
 
 #include <cstddef>
@@ -47,17 +49,31 @@ FreeCell* free_cells[kClasses];
 char* slab_next[kClasses];
 char* slab_end[kClasses];
 
-Region* new_region() {
-    if (region_count == kMaxRegions) return nullptr;
+// A 64 MiB region aligned on its size, asked for huge pages; null when the
+// kernel refuses.
+std::uintptr_t map_region() {
     // Twice the size so that an aligned region fits whatever the kernel gives.
     void* raw = mmap(nullptr, 2 * kRegion, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (raw == MAP_FAILED) return nullptr;
+    if (raw == MAP_FAILED) return 0;
     std::uintptr_t start = reinterpret_cast<std::uintptr_t>(raw);
     std::uintptr_t base = (start + kRegion - 1) & ~(kRegion - 1);
     if (base > start) munmap(raw, base - start);
     std::uintptr_t end = start + 2 * kRegion;
     if (end > base + kRegion) munmap(reinterpret_cast<void*>(base + kRegion), end - (base + kRegion));
     madvise(reinterpret_cast<void*>(base), kRegion, MADV_HUGEPAGE);
+    return base;
+}
+
+// From the second region on, the next one is mapped in advance and its
+// pages made present on the other core while the current one fills: a
+// run that needs two regions will likely need many.
+std::uintptr_t spare;
+
+Region* new_region() {
+    if (region_count == kMaxRegions) return nullptr;
+    std::uintptr_t base = spare != 0 ? spare : map_region();
+    spare = 0;
+    if (base == 0) return nullptr;
     // The region's table lives in its own first slab.
     Region* r = reinterpret_cast<Region*>(base);
     r->base = base;
@@ -71,6 +87,10 @@ Region* new_region() {
     static_assert(sizeof(Region) <= kSlab, "the region table fits in one slab");
     r->size_class[0] = 0;
     slabs_used = 1;
+    if (region_count >= 2 && region_count < kMaxRegions) {
+        spare = map_region();
+        if (spare != 0) tarn_prefault::populate_in_background(reinterpret_cast<void*>(spare), kRegion);
+    }
     return r;
 }
 

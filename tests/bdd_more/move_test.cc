@@ -73,64 +73,48 @@ void on_small_stack(std::function<void()> body)
 
 } // namespace
 
-TEST(Isomorphe, SameIndexIntoACopiedManager)
+TEST(Isomorphe, IntoACopyByIndexMapAndByName)
 {
     bddpp_manager src;
     for (const char* n : {"a", "b", "c", "d"}) src.New_var_last(n);
     bdd f = sample(src);
     bdd nf = src.Bdd_not(f);
+    const auto points = all_points({"a", "b", "c", "d"});
 
-    bddpp_manager dst(&src);
-    bdd g = bddpp_manager::Bdd_isomorphe(&dst, &src, nf);
-    EXPECT_EQ(g.manager_ref(), &dst);
-    EXPECT_EQ(g.link_type(), nf.link_type());
-    for (const auto& p : all_points({"a", "b", "c", "d"})) EXPECT_EQ(eval_by_name(dst, g, p), !sample_value(p));
-    // Built bottom-up as the same structure: the direct build in dst finds
-    // the very nodes.
-    EXPECT_EQ(sample(dst), dst.Bdd_not(g));
-}
-
-TEST(Isomorphe, ByIndexMapAcrossABrokenOrder)
-{
-    bddpp_manager src;
-    for (const char* n : {"a", "b", "c", "d"}) src.New_var_last(n);
-    bdd f = sample(src);
+    bddpp_manager copy(&src);
+    bdd g = bddpp_manager::Bdd_isomorphe(&copy, &src, nf);
+    EXPECT_EQ(g.manager_ref(), &copy);
+    for (const auto& p : points) EXPECT_EQ(eval_by_name(copy, g, p), !sample_value(p));
+    // Built bottom-up as the same structure: the direct build in the copy
+    // finds the very nodes.
+    EXPECT_EQ(sample(copy), copy.Bdd_not(g));
 
     // Source index j lands on target index map[j]: the order is reversed.
     bddpp_manager dst;
     for (const char* n : {"w", "x", "y", "z"}) dst.New_var_last(n);
     long map[4] = {3, 2, 1, 0};
     std::map<std::string, std::string> renamed = {{"a", "z"}, {"b", "y"}, {"c", "x"}, {"d", "w"}};
-
     bdd_node* n = bddpp_manager::Bdd_isomorphe(&dst, &src, f.node(), map);
-    bdd by_node(&dst, f.link_type(), n);
     bdd by_handle = bddpp_manager::Bdd_isomorphe(&dst, &src, f, map);
-    EXPECT_EQ(by_handle, by_node);
-    for (const auto& p : all_points({"a", "b", "c", "d"})) {
+    EXPECT_EQ(by_handle, bdd(&dst, f.link_type(), n));
+    for (const auto& p : points) {
         std::map<std::string, bool> q;
         for (const auto& kv : p) q[renamed[kv.first]] = kv.second;
         EXPECT_EQ(eval_by_name(dst, by_handle, q), sample_value(p));
     }
     EXPECT_EQ(bddpp_manager::Bdd_isomorphe(&dst, &src, src.Bdd_zero(), map), dst.Bdd_zero());
     EXPECT_EQ(bddpp_manager::Bdd_isomorphe(&dst, &src, src.Bdd_one(), map), dst.Bdd_one());
-}
 
-TEST(Isomorphe, ByNameMakesMissingVariablesLast)
-{
-    bddpp_manager src;
-    for (const char* n : {"a", "b", "c", "d"}) src.New_var_last(n);
-    bdd f = sample(src);
-
-    bddpp_manager dst;
-    dst.New_var_last("c");
-    bdd g = bddpp_manager::Bdd_isomorphe_by_name(&dst, &src, f);
-    // Made in the order in which the walk first reaches them, after c.
-    ASSERT_EQ(dst.variables_number, 4);
-    EXPECT_EQ(dst.Name_var_by_index(0), "c");
-    EXPECT_EQ(dst.Name_var_by_index(1), "a");
-    EXPECT_EQ(dst.Name_var_by_index(2), "b");
-    EXPECT_EQ(dst.Name_var_by_index(3), "d");
-    for (const auto& p : all_points({"a", "b", "c", "d"})) EXPECT_EQ(eval_by_name(dst, g, p), sample_value(p));
+    // By name, missing variables are made last in the order in which the
+    // walk first reaches them.
+    bddpp_manager named;
+    named.New_var_last("c");
+    bdd h = bddpp_manager::Bdd_isomorphe_by_name(&named, &src, f);
+    ASSERT_EQ(named.variables_number, 4);
+    EXPECT_EQ((std::vector<std::string>{named.Name_var_by_index(0), named.Name_var_by_index(1),
+                                        named.Name_var_by_index(2), named.Name_var_by_index(3)}),
+              (std::vector<std::string>{"c", "a", "b", "d"}));
+    for (const auto& p : points) EXPECT_EQ(eval_by_name(named, h, p), sample_value(p));
 }
 
 // A conjunction of many variables is as deep as the order: none of the

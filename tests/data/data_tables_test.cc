@@ -218,27 +218,4 @@ TEST(DataConstantTableDeathTest, SecondDeclarationWarnsThenEndsTheRun)
                 "Warning: constant k already defined!\nError: Already defined : k: constant");
 }
 
-// The reader's old tables stopped at 32767 entries; these grow.
-TEST(DataTables, GrowPastFormerFixedLimits)
-{
-    const int n = 40000;
-    DataTypeTable types;
-    DataMethodTable methods;
-    DataConstantTable constants;
-    for (int i = 0; i < n; i++) {
-        std::string name = "n" + std::to_string(i);
-        types.addType(name);
-        methods.addMethod(new MethodDecl(&name, &name, nullptr));
-        constants.addConstant(new ConstantDecl("int", name));
-    }
-    EXPECT_EQ(types.getTypeById(n - 1), "n39999");
-    EXPECT_EQ(types.getIndex("n32768"), 32768);
-    ASSERT_NE(methods.getMethodById(n - 1), nullptr);
-    EXPECT_EQ(methods.getMethodById(n - 1)->getName(), "n39999");
-    EXPECT_EQ(methods.getMethodIndex("n32767"), 32767);
-    EXPECT_EQ(constants.getConstantIndex("n39999"), n - 1);
-    ASSERT_NE(constants.getConstantById(32768), nullptr);
-    EXPECT_EQ(constants.getConstantById(32768)->getName(), "n32768");
-}
-
 } // namespace

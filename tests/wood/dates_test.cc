@@ -12,23 +12,6 @@ using testing::internal::GetCapturedStdout;
 
 namespace {
 
-// Every dating entry point, fast and literal, so that each example runs
-// through both.
-struct Dating {
-    const char* name;
-    long (Bddexpressionwood::*full)();
-    long (Bddexpressionwood::*incremental)(std::list<long>&);
-    std::list<long> (Bddexpressionwood::*earliest)() const;
-    std::list<long> (Bddexpressionwood::*latest)() const;
-};
-const Dating datings[] = {
-    {"fast", &Bddexpressionwood::compute_dates, &Bddexpressionwood::compute_dates,
-     &Bddexpressionwood::earliest_sort, &Bddexpressionwood::latest_sort},
-    {"literal", &Bddexpressionwood::compute_dates_literal,
-     &Bddexpressionwood::compute_dates_literal, &Bddexpressionwood::earliest_sort_literal,
-     &Bddexpressionwood::latest_sort_literal},
-};
-
 // The early dates of some equations, then the late dates of some variables.
 std::vector<long> dates(TestWood& t, std::initializer_list<const char*> early,
                         std::initializer_list<const char*> late)
@@ -41,62 +24,60 @@ std::vector<long> dates(TestWood& t, std::initializer_list<const char*> early,
 
 } // namespace
 
-TEST(WoodDates, ExamplesGiveTheSameDatesThroughBothPasses)
+// The literal passes are held to these by the differential test below.
+TEST(WoodDates, ExamplesOfDatesAndSorts)
 {
-    for (const Dating& dating : datings) {
-        SCOPED_TRACE(dating.name);
-        TestWood empty;
-        EXPECT_EQ((empty.wood.*dating.full)(), 0);
+    TestWood empty;
+    EXPECT_EQ(empty.wood.compute_dates(), 0);
 
-        TestWood single; // a = x
-        single.eq("a", single.var("x"));
-        EXPECT_EQ((single.wood.*dating.full)(), 2);
-        EXPECT_EQ(dates(single, {"a"}, {"x", "a"}), (std::vector<long>{1, 1, 0}));
+    TestWood single; // a = x
+    single.eq("a", single.var("x"));
+    EXPECT_EQ(single.wood.compute_dates(), 2);
+    EXPECT_EQ(dates(single, {"a"}, {"x", "a"}), (std::vector<long>{1, 1, 0}));
 
-        // c = b, b = a, a = x, with indices against the chain: the order
-        // comes from the dates alone.
-        TestWood t;
-        bdd c = t.var("c"), b = t.var("b"), a = t.var("a"), x = t.var("x");
-        new Bddexpression("c", &t.wood, c, b, 0, 0);
-        new Bddexpression("b", &t.wood, b, a, 0, 0);
-        new Bddexpression("a", &t.wood, a, x, 0, 0);
-        EXPECT_EQ((t.wood.*dating.full)(), 4);
-        EXPECT_EQ(dates(t, {"a", "b", "c"}, {"x", "a", "b", "c"}),
-                  (std::vector<long>{1, 2, 3, 3, 2, 1, 0}));
-        EXPECT_EQ(t.names((t.wood.*dating.earliest)()), (std::vector<std::string>{"a", "b", "c"}));
-        EXPECT_EQ(t.names((t.wood.*dating.latest)()), (std::vector<std::string>{"a", "b", "c"}));
-        EXPECT_TRUE(t.wood.loop_detection().empty());
+    // c = b, b = a, a = x, with indices against the chain: the order
+    // comes from the dates alone.
+    TestWood t;
+    bdd c = t.var("c"), b = t.var("b"), a = t.var("a"), x = t.var("x");
+    new Bddexpression("c", &t.wood, c, b, 0, 0);
+    new Bddexpression("b", &t.wood, b, a, 0, 0);
+    new Bddexpression("a", &t.wood, a, x, 0, 0);
+    EXPECT_EQ(t.wood.compute_dates(), 4);
+    EXPECT_EQ(dates(t, {"a", "b", "c"}, {"x", "a", "b", "c"}),
+              (std::vector<long>{1, 2, 3, 3, 2, 1, 0}));
+    EXPECT_EQ(t.names(t.wood.earliest_sort()), (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(t.names(t.wood.latest_sort()), (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_TRUE(t.wood.loop_detection().empty());
 
-        // Dates stay until nb_level is cleared, whatever changes; the
-        // incremental call places what the listed variables reach.
-        t.at("c")->setBddExp(t.m().Bdd_and(b, x));
-        new Bddexpression("d", &t.wood, t.var("d"), c, 0, 0);
-        std::list<long> none, ids = {t.idx("c")};
-        EXPECT_EQ((t.wood.*dating.full)(), 4);
-        EXPECT_EQ((t.wood.*dating.incremental)(none), 4);
-        EXPECT_EQ(t.at("d")->getEarlyDate(), 0);
-        EXPECT_EQ((t.wood.*dating.incremental)(ids), 5);
-        EXPECT_EQ(dates(t, {"d"}, {"c"}), (std::vector<long>{4, 0})); // d is not listed
+    // Dates stay until nb_level is cleared, whatever changes; the
+    // incremental call places what the listed variables reach.
+    t.at("c")->setBddExp(t.m().Bdd_and(b, x));
+    new Bddexpression("d", &t.wood, t.var("d"), c, 0, 0);
+    std::list<long> none, ids = {t.idx("c")};
+    EXPECT_EQ(t.wood.compute_dates(), 4);
+    EXPECT_EQ(t.wood.compute_dates(none), 4);
+    EXPECT_EQ(t.at("d")->getEarlyDate(), 0);
+    EXPECT_EQ(t.wood.compute_dates(ids), 5);
+    EXPECT_EQ(dates(t, {"d"}, {"c"}), (std::vector<long>{4, 0})); // d is not listed
 
-        // Equal dates come out in ascending index.
-        TestWood ties;
-        bdd i = ties.var("i");
-        Bddexpression* q = ties.eq("q", i);
-        Bddexpression* p = ties.eq("p", i);
-        ties.eq("r", ties.m().Bdd_and(q->bdd_var, p->bdd_var));
-        (ties.wood.*dating.full)();
-        EXPECT_EQ(ties.names((ties.wood.*dating.earliest)()), (std::vector<std::string>{"q", "p", "r"}));
-        EXPECT_EQ(ties.names((ties.wood.*dating.latest)()), (std::vector<std::string>{"q", "p", "r"}));
+    // Equal dates come out in ascending index.
+    TestWood ties;
+    bdd i = ties.var("i");
+    Bddexpression* q = ties.eq("q", i);
+    Bddexpression* p = ties.eq("p", i);
+    ties.eq("r", ties.m().Bdd_and(q->bdd_var, p->bdd_var));
+    ties.wood.compute_dates();
+    EXPECT_EQ(ties.names(ties.wood.earliest_sort()), (std::vector<std::string>{"q", "p", "r"}));
+    EXPECT_EQ(ties.names(ties.wood.latest_sort()), (std::vector<std::string>{"q", "p", "r"}));
 
-        // a = b, b = a: the dates climb until the level passes 2 x 2.
-        TestWood cycle;
-        bdd ca = cycle.var("a"), cb = cycle.var("b");
-        new Bddexpression("a", &cycle.wood, ca, cb, 0, 0);
-        new Bddexpression("b", &cycle.wood, cb, ca, 0, 0);
-        EXPECT_EQ((cycle.wood.*dating.full)(), 5);
-        EXPECT_EQ(dates(cycle, {"a", "b"}, {"a", "b"}), (std::vector<long>{4, 3, 2, 1}));
-        EXPECT_EQ(cycle.wood.loop_detection(), (std::list<long>{0, 1}));
-    }
+    // a = b, b = a: the dates climb until the level passes 2 x 2.
+    TestWood cycle;
+    bdd ca = cycle.var("a"), cb = cycle.var("b");
+    new Bddexpression("a", &cycle.wood, ca, cb, 0, 0);
+    new Bddexpression("b", &cycle.wood, cb, ca, 0, 0);
+    EXPECT_EQ(cycle.wood.compute_dates(), 5);
+    EXPECT_EQ(dates(cycle, {"a", "b"}, {"a", "b"}), (std::vector<long>{4, 3, 2, 1}));
+    EXPECT_EQ(cycle.wood.loop_detection(), (std::list<long>{0, 1}));
 }
 
 TEST(WoodDates, SortsListOnlyDatesWithinTheLevels)
@@ -114,11 +95,7 @@ TEST(WoodDates, SortsListOnlyDatesWithinTheLevels)
     t.wood.update_nb_level(2);
     EXPECT_EQ(t.names(t.wood.earliest_sort()), (std::vector<std::string>{"d", "a"}));
     EXPECT_EQ(t.names(t.wood.latest_sort()), (std::vector<std::string>{"b", "d", "a"}));
-    for (long level : {0L, 2L, 8L, -1L}) {
-        t.wood.update_nb_level(level);
-        EXPECT_EQ(t.wood.earliest_sort(), t.wood.earliest_sort_literal()) << level;
-        EXPECT_EQ(t.wood.latest_sort(), t.wood.latest_sort_literal()) << level;
-    }
+    t.wood.update_nb_level(-1);
     EXPECT_TRUE(t.wood.earliest_sort().empty());
 }
 
@@ -138,9 +115,7 @@ TEST(WoodCriticalPaths, CountEquationsAlongTheLongestChain)
         // One more than the early date, and the late date itself.
         long up = t.at(n) ? t.at(n)->getEarlyDate() + 1 : 1;
         EXPECT_EQ(t.wood.up_critical_path(i, 1, 1), up);
-        EXPECT_EQ(t.wood.up_critical_path_literal(i, 1, 1), up);
         EXPECT_EQ(t.wood.down_critical_path(i, 1, 0), t.wood.late_dates[i]);
-        EXPECT_EQ(t.wood.down_critical_path_literal(i, 1, 0), t.wood.late_dates[i]);
     }
     t.at("c")->setW(5); // weights count as they are
     EXPECT_EQ(t.wood.up_critical_path(t.idx("d"), 0, 0), 6);

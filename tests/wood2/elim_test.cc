@@ -22,8 +22,7 @@ TEST(SuppressWires, WireChainCollapsesIntoTheKeptReader)
 {
     // x1 = x0, x2 = not x1, y = x2 and x3, with y the only kept type.
     WoodBuilder b;
-    for (const char* n : {"x0", "x1", "x2", "x3", "y"})
-        b.var(n);
+    b.vars({"x0", "x1", "x2", "x3", "y"});
     b.eq("x1", b.v("x0"));
     b.eq("x2", b.m()->Bdd_not(b.v("x1")));
     b.eq("y", b.m()->Bdd_and(b.v("x2"), b.v("x3")), int(Compilation::SOUTPUT));
@@ -45,8 +44,7 @@ TEST(SuppressWires, WireChainCollapsesIntoTheKeptReader)
 TEST(SuppressWires, WhatStays)
 {
     WoodBuilder b;
-    for (const char* n : {"i", "unread", "kept", "r1", "abs_src", "c", "r2"})
-        b.var(n);
+    b.vars({"i", "unread", "kept", "r1", "abs_src", "c", "r2"});
     // A wire nobody reads stays.
     b.eq("unread", b.v("i"));
     // A wire of a kept type stays.
@@ -79,8 +77,7 @@ TEST(ConstantsPropagation, ConstantIsPushedIntoItsReaders)
     };
     for (Case c : {Case{0, false}, Case{int(Compilation::SOUTPUT), true}}) {
         WoodBuilder b;
-        for (const char* n : {"a", "b", "c"})
-            b.var(n);
+        b.vars({"a", "b", "c"});
         b.eq("a", b.m()->Bdd_one(), c.type_of_a);
         b.eq("b", b.m()->Bdd_and(b.v("a"), b.v("c")), int(Compilation::SOUTPUT));
         std::list<int> keep{int(Compilation::SOUTPUT)};
@@ -100,8 +97,7 @@ TEST(ConstantsPropagation, CascadeAgainstTheSweepOrder)
     // z (index 0) reads y, y reads x, x is false: each constant appears
     // behind the sweep's cursor, and all of them go.
     WoodBuilder b;
-    for (const char* n : {"z", "y", "x", "i"})
-        b.var(n);
+    b.vars({"z", "y", "x", "i"});
     b.eq("z", b.m()->Bdd_or(b.v("y"), b.v("i")), int(Compilation::SOUTPUT));
     b.eq("y", b.m()->Bdd_and(b.v("x"), b.v("i")));
     b.eq("x", b.m()->Bdd_zero());
@@ -117,8 +113,7 @@ TEST(ConstantsPropagation, CascadeAgainstTheSweepOrder)
 TEST(SelfDependance, ReportedBySuppressLocalFatalInUselessLocal)
 {
     auto build = [](WoodBuilder& b) {
-        for (const char* n : {"x", "i", "z"})
-            b.var(n);
+        b.vars({"x", "i", "z"});
         b.eq("x", b.m()->Bdd_and(b.v("x"), b.v("i")));
         b.eq("z", b.m()->Bdd_not(b.v("x")));
     };
@@ -147,8 +142,7 @@ TEST(SelfDependance, ReportedBySuppressLocalFatalInUselessLocal)
 TEST(UselessLocal, DissolvesIntoReadersAndStaysUnread)
 {
     WoodBuilder b;
-    for (const char* n : {"i", "j", "l", "r"})
-        b.var(n);
+    b.vars({"i", "j", "l", "r"});
     b.eq("l", b.m()->Bdd_or(b.v("i"), b.v("j")));
     b.eq("r", b.m()->Bdd_not(b.v("l")));
     b.wood->useless_local(b.index("l"));
@@ -164,8 +158,7 @@ TEST(UselessLocal, DissolvesIntoReadersAndStaysUnread)
 TEST(SuppressLocal, SubstitutesAndCleansTheTables)
 {
     WoodBuilder b;
-    for (const char* n : {"i", "j", "l", "r", "s"})
-        b.var(n);
+    b.vars({"i", "j", "l", "r", "s"});
     b.eq("l", b.m()->Bdd_and(b.v("i"), b.v("j")));
     b.eq("r", b.m()->Bdd_or(b.v("l"), b.v("j")));
     b.eq("s", b.m()->Bdd_not(b.v("l")));
@@ -183,8 +176,7 @@ TEST(SuppressLocal, SubstitutesAndCleansTheTables)
 TEST(Clean, KeepRules)
 {
     WoodBuilder b;
-    for (const char* n : {"read_const", "reader", "kept_const", "lone_const", "lone_eq", "i"})
-        b.var(n);
+    b.vars({"read_const", "reader", "kept_const", "lone_const", "lone_eq", "i"});
     b.eq("read_const", b.m()->Bdd_one());
     b.eq("reader", b.m()->Bdd_and(b.v("read_const"), b.v("i")));
     b.eq("kept_const", b.m()->Bdd_zero());
@@ -214,8 +206,7 @@ TEST(Clean, KeepRules)
 TEST(Reduce, CubeAndQuantifiersKeepTablesInStep)
 {
     WoodBuilder b;
-    for (const char* n : {"a", "c", "x", "y"})
-        b.var(n);
+    b.vars({"a", "c", "x", "y"});
     b.eq("x", b.m()->Bdd_and(b.v("a"), b.v("c")), int(Compilation::SOUTPUT));
     b.eq("y", b.m()->Bdd_or(b.v("x"), b.v("c")), int(Compilation::SOUTPUT));
     b.wood->reduce_expressions(b.v("a"));
@@ -231,8 +222,7 @@ TEST(Reduce, CubeAndQuantifiersKeepTablesInStep)
     EXPECT_TRUE(b.at("y")->dependances.empty());
 
     WoodBuilder f;
-    for (const char* n : {"a", "c", "x"})
-        f.var(n);
+    f.vars({"a", "c", "x"});
     f.eq("x", f.m()->Bdd_or(f.v("a"), f.v("c")));
     f.wood->reduce_expressions_when_var_forgotten_by_forall_op(f.index("c"));
     EXPECT_EQ(f.at("x")->bdd_exp, f.v("a"));
@@ -242,8 +232,7 @@ TEST(Reduce, CubeAndQuantifiersKeepTablesInStep)
 TEST(Propositions, VariableAndAssertion)
 {
     WoodBuilder b;
-    for (const char* n : {"i", "j", "x", "y"})
-        b.var(n);
+    b.vars({"i", "j", "x", "y"});
     EXPECT_EQ(b.wood->reduce_proposition_by_variable(), -1);
     EXPECT_TRUE(b.m()->Bdd_is_one_tautologic(b.wood->reduce_proposition_by_assertion()));
     b.eq("x", b.m()->Bdd_and(b.v("j"), b.v("i")));
@@ -258,8 +247,7 @@ TEST(Propositions, VariableAndAssertion)
 TEST(Shannon, ExpandAndOutOfRange)
 {
     WoodBuilder b;
-    for (const char* n : {"s", "a", "e"})
-        b.var(n);
+    b.vars({"s", "a", "e"});
     Bddexpression* e = b.eq("e", b.m()->Bdd_xor(b.v("s"), b.v("a")));
     long p = 0, n = 0;
     long vars = b.m()->variables_number;
@@ -282,8 +270,7 @@ TEST(LoopBreaking, CycleThroughAFreeVariableFallsApart)
     // x = s ? y : i and y = s ? j : x: a cycle only on paper, since for
     // each value of s one side is cut.
     WoodBuilder b;
-    for (const char* n : {"s", "i", "j", "x", "y"})
-        b.var(n);
+    b.vars({"s", "i", "j", "x", "y"});
     b.eq("x", b.m()->Bdd_ite(b.v("s"), b.v("y"), b.v("i")));
     b.eq("y", b.m()->Bdd_ite(b.v("s"), b.v("j"), b.v("x")));
     int flag = -1;
@@ -293,8 +280,7 @@ TEST(LoopBreaking, CycleThroughAFreeVariableFallsApart)
     EXPECT_TRUE(b.wood->loop_detection().empty());
 
     WoodBuilder c;
-    for (const char* n : {"s", "x", "y"})
-        c.var(n);
+    c.vars({"s", "x", "y"});
     c.eq("x", c.m()->Bdd_and(c.v("s"), c.v("y")));
     c.eq("y", c.v("x"));
     flag = -1;

@@ -24,8 +24,7 @@ TEST(IncludeWoodInstance, OtherManagerAddsVariablesAndTakesTheGreaterLevel)
     WoodBuilder t;
     build_target(t);
     WoodBuilder inst;
-    for (const char* n : {"i", "o", "w", "v"})
-        inst.var(n);
+    inst.vars({"i", "o", "w", "v"});
     inst.eq("o", inst.m()->Bdd_and(inst.v("i"), inst.v("w")), int(Compilation::SOUTPUT));
     inst.eq("w", inst.m()->Bdd_not(inst.v("i")));
     IndexSet deps{0};

@@ -22,8 +22,7 @@ protected:
     }
     void SetUp() override
     {
-        for (const char* n : {"a", "b", "x", "y"})
-            b.var(n);
+        b.vars({"a", "b", "x", "y"});
         b.eq("x", b.m()->Bdd_and(b.v("a"), b.v("b")), int(Compilation::SOUTPUT));
         b.eq("y", b.m()->Bdd_not(b.v("x")));
         b.wood->compute_dates();

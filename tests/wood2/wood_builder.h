@@ -3,6 +3,8 @@
 
 // Small woods for the tests: variables by name, equations by name.
 
+#include <gtest/gtest.h>
+
 #include <map>
 #include <memory>
 #include <regex>
@@ -16,6 +18,11 @@ struct WoodBuilder {
 
     bddpp_manager* m() const { return wood->bdd_manager; }
     bdd var(const std::string& name) { return wood->New_var_last(name); }
+    void vars(std::initializer_list<const char*> names)
+    {
+        for (const char* n : names)
+            var(n);
+    }
     long index(const std::string& name) const { return m()->Index_var_by_name(name); }
     bdd v(const std::string& name) { return m()->Bdd_var_by_name(name); }
     Bddexpression* eq(const std::string& name, const bdd& exp, int type = 0)
@@ -29,6 +36,14 @@ struct WoodBuilder {
 inline std::string without_addresses(const std::string& text)
 {
     return std::regex_replace(text, std::regex("0x[0-9a-f]+"), "@");
+}
+
+// What f wrote on the error stream, addresses left out.
+template <class F> std::string stderr_of(F f)
+{
+    testing::internal::CaptureStderr();
+    f();
+    return without_addresses(testing::internal::GetCapturedStderr());
 }
 
 // Everything a pass may change in the tables, in text: nodes by global id,
