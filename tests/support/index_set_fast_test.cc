@@ -84,8 +84,8 @@ TEST(IndexSetFast, RandomOperationsMatchStdSet)
                     mi = m.erase(mi);
                     ASSERT_EQ(si == s.end(), mi == m.end()) << sc.name;
                     if (mi != m.end()) {
-                    ASSERT_EQ(*si, *mi) << sc.name;
-                }
+                        ASSERT_EQ(*si, *mi) << sc.name;
+                    }
                 }
             } else if (o == sc.inserts + sc.erases) {
                 ASSERT_EQ(s.count(x), m.count(x)) << sc.name;
