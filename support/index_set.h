@@ -172,6 +172,16 @@ public:
         for (; first != last; ++first) append_or_insert(*first);
     }
     void insert(std::initializer_list<long> members) { insert(members.begin(), members.end()); }
+    // The members of the range instead of the set's own, in the room the
+    // set already holds when it is enough.
+    template <class It>
+    void assign(It first, It last)
+    {
+        if (cap_ == kChunked) release();
+        size_ = 0;
+        bump();
+        insert(first, last);
+    }
     size_type erase(long x);
     // Returns the member after the erased one.
     const_iterator erase(const_iterator it);

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <iterator>
 #include <random>
 #include <set>
@@ -51,6 +52,7 @@ TEST(IndexSetFast, RandomOperationsMatchStdSet)
         IndexSet s;
         Model m;
         long next_up = 0;
+        std::size_t peak = 0;
         for (int k = 0; k < sc.prefill; k++) {
             long x = value(rng);
             s.insert(x);
@@ -113,8 +115,17 @@ TEST(IndexSetFast, RandomOperationsMatchStdSet)
                 expect_same(s, m, sc.name, step);
                 ASSERT_TRUE(moved == s && !(moved < s) && !(s < moved)) << sc.name;
             } else if (o == sc.inserts + sc.erases + 2) {
-                // A range insertion from unsorted input.
+                // A range insertion from unsorted input, or an assignment
+                // of most of the members and one more out of order.
                 std::vector<long> more{x, x - 3, x + 5, x};
+                if (step % 40 == 0) {
+                    more.clear();
+                    for (long y : m)
+                        if ((y - x) % 7 != 0) more.push_back(y);
+                    more.push_back(x);
+                    s.assign(more.begin(), more.end());
+                    m.clear();
+                }
                 s.insert(more.begin(), more.end());
                 m.insert(more.begin(), more.end());
             } else if (o == sc.inserts + sc.erases + 3 && step % 97 == 0) {
@@ -122,6 +133,11 @@ TEST(IndexSetFast, RandomOperationsMatchStdSet)
                 m.clear();
             }
             expect_same(s, m, sc.name, step);
+            peak = std::max(peak, s.size());
+        }
+        // The large scenarios must have gone through the chunks.
+        if (sc.range >= 3000) {
+            EXPECT_GT(peak, 2u * IndexSet::kChunk) << sc.name;
         }
     }
 }
