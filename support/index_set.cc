@@ -227,9 +227,17 @@ IndexSet::const_iterator IndexSet::insert(const_iterator hint, long x)
 
 std::pair<IndexSet::const_iterator, bool> IndexSet::insert_chunked(long x)
 {
-    std::uint32_t k = chunk_for(x);
+    // Appends, the commonest insertion into a large set, skip both searches.
+    std::uint32_t k = chunks_.count - 1;
     Chunk* c = chunks_.list[k];
-    long* at = const_cast<long*>(lower(c->data, c->data + c->n, x));
+    long* at;
+    if (c->data[c->n - 1] < x) {
+        at = c->data + c->n;
+    } else {
+        k = chunk_for(x);
+        c = chunks_.list[k];
+        at = const_cast<long*>(lower(c->data, c->data + c->n, x));
+    }
     if (at != c->data + c->n && *at == x) return {make(at, c), false};
     if (c->n == kChunk) {
         // Split: the upper half moves to a new chunk after c. An append at
