@@ -31,7 +31,7 @@ void refresh_support(IndexSet& deps, bddpp_manager* manager, const bdd& f)
     wood_rows::support_indexes(manager, f, indexes);
     if (wood_rows::same_members(deps, indexes))
         return;
-    deps = IndexSet(indexes.begin(), indexes.end());
+    deps.assign(indexes.begin(), indexes.end());
 }
 
 } // namespace

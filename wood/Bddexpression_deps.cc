@@ -82,7 +82,7 @@ bool rebuild_rows(Bddexpressionwood& wood, std::vector<Slot>& deps_start, std::v
                            wood_rows::support_indexes(e->wood->bdd_manager, e->bdd_exp, support);
             if (in_hand) {
                 if (!wood_rows::same_members(e->dependances, support))
-                    e->dependances = IndexSet(support.begin(), support.end());
+                    e->dependances.assign(support.begin(), support.end());
             } else if (e->abstraction == 0) {
                 e->internal_build_dependances();
             }
@@ -115,7 +115,7 @@ bool rebuild_rows(Bddexpressionwood& wood, std::vector<Slot>& deps_start, std::v
         IndexSet& table = wood.amont_table[d];
         if (table.size() == static_cast<std::size_t>(last - first) && std::equal(first, last, table.begin()))
             continue;
-        table = IndexSet(first, last);
+        table.assign(first, last);
     }
     return true;
 }

@@ -124,13 +124,28 @@ IndexSet Bddexpressionwood::repair_readers(const Touched& touched)
         Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
         if (r != nullptr && r->abstraction == 0)
             r->internal_build_dependances();
-        IndexSet check = entry.second;
-        if (r != nullptr)
-            check.insert(r->dependances.begin(), r->dependances.end());
-        for (long x : check) {
+        // Every member of the touched ones and of the dependances, each
+        // once, in one merge of the two ascending sets: no copy of either.
+        static const IndexSet none;
+        const IndexSet& deps = r != nullptr ? r->dependances : none;
+        auto t = entry.second.begin(), t_end = entry.second.end();
+        auto d = deps.begin(), d_end = deps.end();
+        while (t != t_end || d != d_end) {
+            long x;
+            bool read;
+            if (d == d_end || (t != t_end && *t < *d)) {
+                // Below every dependance not yet passed: no dependance.
+                x = *t++;
+                read = false;
+            } else {
+                x = *d++;
+                read = true;
+                if (t != t_end && *t == x)
+                    ++t;
+            }
             if (x < 0 || x >= nb_bdd_vars)
                 continue;
-            if (r != nullptr && r->dependances.count(x) != 0) {
+            if (read) {
                 if (amont_table[x].insert(s).second)
                     gained.insert(x);
             } else {

@@ -1,0 +1,171 @@
+// IndexSet against std::set<long> on random operation sequences: after every
+// step both hold the same members in the same order, forwards and
+// backwards, across the three storages (inline, flat array, chunks).
+
+#include "support/index_set.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iterator>
+#include <random>
+#include <set>
+#include <vector>
+
+namespace {
+
+using Model = std::set<long>;
+
+void expect_same(const IndexSet& s, const Model& m, const char* what, int step)
+{
+    ASSERT_EQ(s.size(), m.size()) << what << " step " << step;
+    ASSERT_EQ(s.empty(), m.empty()) << what << " step " << step;
+    ASSERT_TRUE(std::equal(m.begin(), m.end(), s.begin(), s.end())) << what << " step " << step;
+    ASSERT_TRUE(std::equal(m.rbegin(), m.rend(), s.rbegin(), s.rend())) << what << " step " << step;
+    ASSERT_EQ(std::distance(s.begin(), s.end()), (long)m.size()) << what << " step " << step;
+}
+
+struct Scenario {
+    const char* name;
+    long range;     // values drawn from [-2, range)
+    int inserts;    // weights of the operations
+    int erases;
+    int steps;
+    bool ascending; // inserts mostly at the end, as the tables are built
+    int prefill;    // random members inserted first
+};
+
+const Scenario kScenarios[] = {
+    {"tiny sets around the inline pair", 5, 3, 2, 400, false, 0},
+    {"flat arrays", 120, 3, 2, 3000, false, 0},
+    {"growing past the flat array", 4000, 4, 1, 12000, false, 0},
+    {"shrinking chunked sets", 3000, 1, 4, 12000, false, 2500},
+    {"ascending builds with hints", 1000000, 5, 1, 9000, true, 0},
+};
+
+TEST(IndexSetFast, RandomOperationsMatchStdSet)
+{
+    for (const Scenario& sc : kScenarios) {
+        std::mt19937_64 rng(12345);
+        std::uniform_int_distribution<long> value(-2, sc.range - 1);
+        std::uniform_int_distribution<int> op(0, sc.inserts + sc.erases + 5);
+        IndexSet s;
+        Model m;
+        long next_up = 0;
+        std::size_t peak = 0;
+        for (int k = 0; k < sc.prefill; k++) {
+            long x = value(rng);
+            s.insert(x);
+            m.insert(x);
+        }
+        for (int step = 0; step < sc.steps; step++) {
+            long x = value(rng);
+            int o = op(rng);
+            if (o < sc.inserts) {
+                if (sc.ascending) {
+                    x = next_up += 1 + (long)(rng() % 3);
+                    s.insert(s.end(), x);
+                } else {
+                    auto r = s.insert(x);
+                    ASSERT_EQ(r.second, m.insert(x).second) << sc.name;
+                    ASSERT_EQ(*r.first, x) << sc.name;
+                    continue;
+                }
+                m.insert(x);
+            } else if (o < sc.inserts + sc.erases) {
+                // Erase by value half the time, else by iterator, checking
+                // the member that follows.
+                if (o % 2 == 0 || m.empty()) {
+                    ASSERT_EQ(s.erase(x), m.erase(x)) << sc.name;
+                } else {
+                    auto mi = m.lower_bound(x);
+                    if (mi == m.end()) mi = m.begin();
+                    auto si = s.find(*mi);
+                    ASSERT_TRUE(si != s.end()) << sc.name;
+                    si = s.erase(si);
+                    mi = m.erase(mi);
+                    ASSERT_EQ(si == s.end(), mi == m.end()) << sc.name;
+                    if (mi != m.end()) {
+                        ASSERT_EQ(*si, *mi) << sc.name;
+                    }
+                }
+            } else if (o == sc.inserts + sc.erases) {
+                ASSERT_EQ(s.count(x), m.count(x)) << sc.name;
+                auto sl = s.lower_bound(x);
+                auto ml = m.lower_bound(x);
+                ASSERT_EQ(sl == s.end(), ml == m.end()) << sc.name;
+                if (ml != m.end()) {
+                    ASSERT_EQ(*sl, *ml) << sc.name;
+                }
+                auto su = s.upper_bound(x);
+                auto mu = m.upper_bound(x);
+                ASSERT_EQ(su == s.end(), mu == m.end()) << sc.name;
+                if (mu != m.end()) {
+                    ASSERT_EQ(*su, *mu) << sc.name;
+                }
+            } else if (o == sc.inserts + sc.erases + 1) {
+                // Copies, moves and swaps carry the members whatever the
+                // storage of either side.
+                IndexSet copy(s);
+                IndexSet other{x, x + 7};
+                other = copy;
+                expect_same(other, m, sc.name, step);
+                IndexSet moved(std::move(copy));
+                s.swap(moved);
+                expect_same(s, m, sc.name, step);
+                ASSERT_TRUE(moved == s && !(moved < s) && !(s < moved)) << sc.name;
+            } else if (o == sc.inserts + sc.erases + 2) {
+                // A range insertion from unsorted input, or an assignment
+                // of most of the members and one more out of order.
+                std::vector<long> more{x, x - 3, x + 5, x};
+                if (step % 40 == 0) {
+                    more.clear();
+                    for (long y : m)
+                        if ((y - x) % 7 != 0) more.push_back(y);
+                    more.push_back(x);
+                    s.assign(more.begin(), more.end());
+                    m.clear();
+                }
+                s.insert(more.begin(), more.end());
+                m.insert(more.begin(), more.end());
+            } else if (o == sc.inserts + sc.erases + 3 && step % 97 == 0) {
+                s.clear();
+                m.clear();
+            }
+            expect_same(s, m, sc.name, step);
+            peak = std::max(peak, s.size());
+        }
+        // The large scenarios must have gone through the chunks.
+        if (sc.range >= 3000) {
+            EXPECT_GT(peak, 2u * IndexSet::kChunk) << sc.name;
+        }
+    }
+}
+
+// Walks that filter a set in place with erase(it), the way the passes
+// drop members they no longer want.
+TEST(IndexSetFast, EraseWhileWalkingKeepsTheRest)
+{
+    const struct {
+        long count;
+        long keep_every;
+    } cases[] = {{2, 2}, {3, 1}, {200, 3}, {1500, 2}, {1500, 1000}, {5000, 7}};
+    for (const auto& c : cases) {
+        IndexSet s;
+        Model m;
+        for (long i = 0; i < c.count; i++) {
+            s.insert(s.end(), 3 * i);
+            m.insert(3 * i);
+        }
+        for (auto it = s.begin(); it != s.end();)
+            it = (*it / 3) % c.keep_every == 0 ? std::next(it) : s.erase(it);
+        for (auto it = m.begin(); it != m.end();)
+            it = (*it / 3) % c.keep_every == 0 ? std::next(it) : m.erase(it);
+        expect_same(s, m, "filter", (int)c.count);
+        // The empty set again: a range erase of everything.
+        s.erase(s.begin(), s.end());
+        EXPECT_TRUE(s.empty() && s.begin() == s.end());
+    }
+}
+
+} // namespace
