@@ -80,41 +80,40 @@ void SignalRef::enter(Module* m, Bddexpressionwood* wood)
 
 void SignalRef::addBddIds(long over, long under, Bddexpressionwood* wood)
 {
-    if (ids.count(wood) != 0)
+    if (!ids.insert(wood, std::make_pair(over, under)))
         Compilation::IllegalOperationException("SignalRef::addBddIds: wood already added" + current_name);
-    ids[wood] = std::make_pair(over, under);
 }
 
 long SignalRef::getOverBddId(Bddexpressionwood* wood) const
 {
-    auto it = ids.find(wood);
-    if (it == ids.end())
+    const WoodPairs::Pair* pair = ids.find(wood);
+    if (pair == nullptr)
         Compilation::IllegalOperationException("SignalRef::getOverBddId:unknown wood" + current_name);
-    return it->second.first;
+    return pair->first;
 }
 
 long SignalRef::getUnderBddId(Bddexpressionwood* wood) const
 {
-    auto it = ids.find(wood);
-    if (it == ids.end())
+    const WoodPairs::Pair* pair = ids.find(wood);
+    if (pair == nullptr)
         Compilation::IllegalOperationException("SignalRef::getUnderBddId:unknown wood" + current_name);
-    return it->second.second;
+    return pair->second;
 }
 
 void SignalRef::setOverBddId(long id, Bddexpressionwood* wood)
 {
-    auto it = ids.find(wood);
-    if (it == ids.end())
+    WoodPairs::Pair* pair = ids.find(wood);
+    if (pair == nullptr)
         Compilation::IllegalOperationException("SignalRef::setOverBddId: wood not found");
-    it->second.first = id;
+    pair->first = id;
 }
 
 void SignalRef::setUnderBddId(long id, Bddexpressionwood* wood)
 {
-    auto it = ids.find(wood);
-    if (it == ids.end())
+    WoodPairs::Pair* pair = ids.find(wood);
+    if (pair == nullptr)
         Compilation::IllegalOperationException("SignalRef::setUnderBddId: wood not found");
-    it->second.second = id;
+    pair->second = id;
 }
 
 // ------------------------------------------------------------ SignalManager

@@ -3,6 +3,7 @@
 
 #include <list>
 #include <map>
+#include <memory>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -13,6 +14,53 @@ class Bddexpressionwood;
 class Signal;
 class SignalManager;
 class memorizedSignal;
+
+// A ref's variable pair (over, under) per wood. Nearly every ref lives in
+// one wood only: one pair is held inline, the others in a map made on
+// demand.
+class WoodPairs {
+public:
+    using Pair = std::pair<long, long>;
+    const Pair* find(Bddexpressionwood* wood) const
+    {
+        if (has_first && wood == first_wood)
+            return &first;
+        if (others == nullptr)
+            return nullptr;
+        auto it = others->find(wood);
+        return it == others->end() ? nullptr : &it->second;
+    }
+    Pair* find(Bddexpressionwood* wood) { return const_cast<Pair*>(static_cast<const WoodPairs*>(this)->find(wood)); }
+    // False, and nothing changed, when the wood has a pair already.
+    bool insert(Bddexpressionwood* wood, Pair ids)
+    {
+        if (find(wood) != nullptr)
+            return false;
+        if (!has_first) {
+            has_first = true;
+            first_wood = wood;
+            first = ids;
+            return true;
+        }
+        if (others == nullptr)
+            others = std::make_unique<std::map<Bddexpressionwood*, Pair>>();
+        others->emplace(wood, ids);
+        return true;
+    }
+    void erase(Bddexpressionwood* wood)
+    {
+        if (has_first && wood == first_wood)
+            has_first = false;
+        else if (others != nullptr)
+            others->erase(wood);
+    }
+
+private:
+    Bddexpressionwood* first_wood = nullptr;
+    Pair first{0, 0};
+    bool has_first = false;
+    std::unique_ptr<std::map<Bddexpressionwood*, Pair>> others;
+};
 
 // One occurrence of a signal: its variable pair in each wood where it has
 // one. The current name (internal name, plus "_" and the occurrence when it
@@ -43,7 +91,7 @@ public:
         valued = true;
     }
 
-    bool hasWood(Bddexpressionwood* wood) const { return ids.count(wood) != 0; }
+    bool hasWood(Bddexpressionwood* wood) const { return ids.find(wood) != nullptr; }
     // A wood already present is a fatal error.
     void addBddIds(long over, long under, Bddexpressionwood* wood);
     // An absent wood is a fatal error.
@@ -52,7 +100,6 @@ public:
     void setOverBddId(long id, Bddexpressionwood* wood);
     void setUnderBddId(long id, Bddexpressionwood* wood);
     void removeWood(Bddexpressionwood* wood) { ids.erase(wood); }
-    const std::map<Bddexpressionwood*, std::pair<long, long>>& getIds() const { return ids; }
 
     // Index of the variable of that name in the wood, created at the end of
     // the order if the manager does not know the name.
@@ -68,7 +115,7 @@ private:
     std::string current_name;
     int occurrence = 0;
     std::string type = "pure";
-    std::map<Bddexpressionwood*, std::pair<long, long>> ids;
+    WoodPairs ids;
     bool occurrence_flag = false;
     bool valued = false;
 };
