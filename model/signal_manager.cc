@@ -70,9 +70,19 @@ void SignalRef::enter(Module* m, Bddexpressionwood* wood)
     std::string wire;
     wire.reserve(current_name.size() + 3);
     wire.append("_s_").append(current_name);
-    long over = computeId(wood, wire);
-    wire[1] = 'v';
-    long under = computeId(wood, wire);
+    long over;
+    long under;
+    if (manager->defersWoodTables()) {
+        bddpp_manager* variables = wood->my_bdd_manager();
+        bool created = false;
+        over = variables->Index_var_or_new_last(wire, created);
+        wire[1] = 'v';
+        under = variables->Index_var_or_new_last(wire, created);
+    } else {
+        over = computeId(wood, wire);
+        wire[1] = 'v';
+        under = computeId(wood, wire);
+    }
     addBddIds(over, under, wood);
     manager->addSignalRef(this);
     manager->addSignalRefIdTable(over, under, this, wood);

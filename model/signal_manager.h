@@ -165,12 +165,20 @@ public:
     void duplicate(Bddexpressionwood* from, Bddexpressionwood* to);
     void deleteWood(Bddexpressionwood* wood);
 
+    // While set, the variables of new refs are made in the wood's BDD
+    // manager only, and the wood's own tables are left behind until the
+    // wood's update_bdd_vars: a reader declaring many signals sizes them
+    // once instead of doubling them on the way.
+    void deferWoodTables(bool b) { defer_wood_tables = b; }
+    bool defersWoodTables() const { return defer_wood_tables; }
+
     // Unordered: whoever needs an order sorts.
     const std::unordered_map<std::string, SignalRef*>& getSignalRefs() const { return refs; }
 
 private:
     std::unordered_map<std::string, SignalRef*> refs;
     std::map<Bddexpressionwood*, SignalRefTable*> tables;
+    bool defer_wood_tables = false;
 };
 
 // What a signal reads of the module that lists it. The module layer sits

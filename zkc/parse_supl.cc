@@ -28,6 +28,8 @@ int class_zkc_parser::parse(std::fstream& log_stream, int level, std::string& su
     // being run even if another was built in between.
     pzkc_parser = this;
     int result = zkcparse();
+    // Also after a file that stops before its equations.
+    wood_catch_up();
     log->flush();
     return result;
 }

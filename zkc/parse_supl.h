@@ -204,6 +204,9 @@ public:
     void memorized_line(const std::string& pre, const std::string& actual, const std::string& initial);
     void connexion(const std::string& set, const std::string& reset, const std::string& rtl);
     void equation_count(long count);
+    // The wood's tables catch up with the variables that the declarations
+    // made; from then on every new variable updates them at once.
+    void wood_catch_up();
     void node_line(long id, long var, long then_id, long else_id, long link);
     void bddexpression_convert(Bddexpressionwood* wood, long early, long late, long var, long root, long link,
                                std::list<long>* dependences);

@@ -27,6 +27,8 @@ void class_zkc_parser::module_header(const std::string& name, long reincarnate_n
 {
     module = new Module(name);
     wood = module->getBddWood();
+    if (wood != nullptr && module->getSignalManager() != nullptr)
+        module->getSignalManager()->deferWoodTables(true);
     // Applied to the module at the end of the file.
     reincarnate = reincarnate_number != 0;
     finalised = finalised_number != 0;
@@ -231,8 +233,18 @@ void class_zkc_parser::connexion(const std::string& set, const std::string& rese
 
 // ------------------------------------------------------------ node table
 
+void class_zkc_parser::wood_catch_up()
+{
+    if (module == nullptr || module->getSignalManager() == nullptr || !module->getSignalManager()->defersWoodTables())
+        return;
+    module->getSignalManager()->deferWoodTables(false);
+    if (wood != nullptr)
+        wood->update_bdd_vars();
+}
+
 void class_zkc_parser::equation_count(long count)
 {
+    wood_catch_up();
     node_count = count;
     parsed_nodes_table.clear();
     sparse_nodes.clear();
@@ -427,6 +439,7 @@ void class_zkc_parser::constant_line(const std::string& type, const std::string&
 
 void class_zkc_parser::end_of_file()
 {
+    wood_catch_up();
     if (memorized == nullptr)
         memorized = new std::list<memorizedSignal*>;
     module->setPreSignalList(memorized);
