@@ -207,6 +207,9 @@ public:
     // The wood's tables catch up with the variables that the declarations
     // made; from then on every new variable updates them at once.
     void wood_catch_up();
+    // Drops the node lines and the name indexes of the reading, which the
+    // module does not use.
+    void release_parse_tables();
     void node_line(long id, long var, long then_id, long else_id, long link);
     void bddexpression_convert(Bddexpressionwood* wood, long early, long late, long var, long root, long link,
                                std::list<long>* dependences);

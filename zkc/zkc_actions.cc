@@ -115,9 +115,11 @@ void class_zkc_parser::register_line(const std::string& next_name, const std::st
     // The signals read so far by internal name, the last of a name winning
     // as in a search to the end of the list. Built at the first register
     // line: no signal is declared between the register lines.
-    if (by_internal_name.empty())
+    if (by_internal_name.empty()) {
+        by_internal_name.reserve(signals.size());
         for (Signal* s : signals)
             by_internal_name[s->getInternalName()] = s;
+    }
     Signal* next = nullptr;
     Signal* actual = nullptr;
     auto n = by_internal_name.find(next_name + suffix);
@@ -172,6 +174,7 @@ void class_zkc_parser::end_registers()
 void class_zkc_parser::index_module_signals()
 {
     by_name.clear();
+    by_name.reserve(inputs->size() + outputs->size() + data_signals->size() + locals->size());
     for (std::list<Signal*>* l : {inputs, outputs, data_signals, locals})
         for (Signal* s : *l)
             by_name.emplace(s->getOriginalName(), s);
