@@ -130,8 +130,7 @@ void SignalRef::setUnderBddId(long id, Bddexpressionwood* wood)
 
 SignalRef* SignalManager::getSignalRefByName(const std::string& name) const
 {
-    auto it = refs.find(name);
-    return it == refs.end() ? nullptr : it->second;
+    return refs.find(name);
 }
 
 SignalRef* SignalManager::getSignalRefById(long id, Bddexpressionwood* wood) const
@@ -153,9 +152,10 @@ SignalRef* SignalManager::getSignalRefByOccurrence(Signal* s, int occ) const
 std::list<SignalRef*> SignalManager::getAllSignalRef(Signal* s, Bddexpressionwood* wood) const
 {
     std::vector<SignalRef*> found;
-    for (const auto& entry : refs)
-        if (entry.second->getInternalName() == s->getInternalName() && entry.second->hasWood(wood))
-            found.push_back(entry.second);
+    refs.for_each([&](SignalRef* ref) {
+        if (ref->getInternalName() == s->getInternalName() && ref->hasWood(wood))
+            found.push_back(ref);
+    });
     // The table is hashed; the answer goes by name, the keys being unique.
     std::sort(found.begin(), found.end(),
               [](const SignalRef* a, const SignalRef* b) { return a->getCurrentName() < b->getCurrentName(); });
@@ -170,7 +170,7 @@ SignalRef* SignalManager::getCurrentOccurrence(Signal* s, Bddexpressionwood* woo
 
 void SignalManager::addSignalRef(SignalRef* ref)
 {
-    if (!refs.emplace(ref->getCurrentName(), ref).second)
+    if (refs.insert(ref) != nullptr)
         Compilation::HashTableAddException("SignalManager::addSignalRef", ref->getCurrentName());
 }
 
@@ -210,11 +210,10 @@ void SignalManager::extendSignalRef(long over, long under, SignalRef* ref, Bddex
 
 void SignalManager::duplicate(Bddexpressionwood* from, Bddexpressionwood* to)
 {
-    for (const auto& entry : refs) {
-        SignalRef* ref = entry.second;
+    refs.for_each([&](SignalRef* ref) {
         if (ref->hasWood(from) && !ref->hasWood(to))
             ref->addBddIds(ref->getOverBddId(from), ref->getUnderBddId(from), to);
-    }
+    });
     auto it = tables.find(from);
     if (it != tables.end() && tables.count(to) == 0)
         tables[to] = new SignalRefTable(*it->second);
@@ -222,8 +221,7 @@ void SignalManager::duplicate(Bddexpressionwood* from, Bddexpressionwood* to)
 
 void SignalManager::deleteWood(Bddexpressionwood* wood)
 {
-    for (const auto& entry : refs)
-        entry.second->removeWood(wood);
+    refs.for_each([wood](SignalRef* ref) { ref->removeWood(wood); });
     auto it = tables.find(wood);
     if (it != tables.end()) {
         delete it->second;

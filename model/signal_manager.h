@@ -1,11 +1,12 @@
 #ifndef TARN_MODEL_SIGNAL_MANAGER_H
 #define TARN_MODEL_SIGNAL_MANAGER_H
 
+#include "model/signal_name_index.h"
+
 #include <list>
 #include <map>
 #include <memory>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -141,6 +142,8 @@ private:
 // The refs of one module, by current name and by variable index per wood.
 class SignalManager {
 public:
+    using RefIndex = NameIndex<SignalRef, &SignalRef::getCurrentName>;
+
     SignalManager() = default;
 
     SignalRef* getSignalRefByName(const std::string& name) const;
@@ -173,10 +176,10 @@ public:
     bool defersWoodTables() const { return defer_wood_tables; }
 
     // Unordered: whoever needs an order sorts.
-    const std::unordered_map<std::string, SignalRef*>& getSignalRefs() const { return refs; }
+    const RefIndex& getSignalRefs() const { return refs; }
 
 private:
-    std::unordered_map<std::string, SignalRef*> refs;
+    RefIndex refs;
     std::map<Bddexpressionwood*, SignalRefTable*> tables;
     bool defer_wood_tables = false;
 };

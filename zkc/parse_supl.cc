@@ -45,9 +45,9 @@ void class_zkc_parser::release_parse_tables()
     for (auto& entry : sparse_nodes)
         delete entry.second;
     std::unordered_map<long, parsed_nodes_class*>().swap(sparse_nodes);
-    std::unordered_map<std::string, Signal*>().swap(by_internal_name);
-    std::unordered_map<std::string, Signal*>().swap(by_name);
-    std::unordered_map<std::string, Signal*>().swap(pre_by_internal_name);
+    by_internal_name.release();
+    by_name.release();
+    pre_by_internal_name.release();
 }
 
 int class_zkc_parser::lineno() const { return scanner ? scanner->lineno() : 0; }

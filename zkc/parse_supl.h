@@ -6,6 +6,9 @@
 // global pzkc_parser, which the constructor sets and which keeps pointing at
 // the last parser built.
 
+#include "model/signal.h"
+#include "model/signal_name_index.h"
+
 #include <fstream>
 #include <list>
 #include <map>
@@ -237,9 +240,9 @@ private:
     std::list<Signal*>* take_list();
 
     std::list<Signal*>* current_list = nullptr;  // receives declare_signal
-    std::unordered_map<std::string, Signal*> by_internal_name;  // last signal of each internal name
-    std::unordered_map<std::string, Signal*> by_name;  // Module::getSignal over the four lists
-    std::unordered_map<std::string, Signal*> pre_by_internal_name;  // then the memorised pairs
+    NameIndex<Signal, &Signal::getInternalName> by_internal_name;  // last signal of each internal name
+    NameIndex<Signal, &Signal::getOriginalName> by_name;  // Module::getSignal over the four lists
+    NameIndex<Signal, &Signal::getInternalName> pre_by_internal_name;  // then the memorised pairs
 };
 
 extern class_zkc_parser* pzkc_parser;

@@ -118,20 +118,14 @@ void class_zkc_parser::register_line(const std::string& next_name, const std::st
     if (by_internal_name.empty()) {
         by_internal_name.reserve(signals.size());
         for (Signal* s : signals)
-            by_internal_name[s->getInternalName()] = s;
+            by_internal_name.assign(s);
     }
-    Signal* next = nullptr;
-    Signal* actual = nullptr;
-    auto n = by_internal_name.find(next_name + suffix);
-    if (n != by_internal_name.end()) {
-        next = n->second;
+    Signal* next = by_internal_name.find(next_name + suffix);
+    if (next != nullptr)
         next->setRegister();
-    }
-    auto a = by_internal_name.find(actual_name + suffix);
-    if (a != by_internal_name.end()) {
-        actual = a->second;
+    Signal* actual = by_internal_name.find(actual_name + suffix);
+    if (actual != nullptr)
         actual->setRegister();
-    }
     // The number is taken as a 32-bit value: only above 1 is it refused.
     int initial = static_cast<int>(static_cast<std::int32_t>(initial_number));
     if (initial > 1) {
@@ -173,20 +167,17 @@ void class_zkc_parser::end_registers()
 // signal's internal name. The same answer from two hash maps.
 void class_zkc_parser::index_module_signals()
 {
-    by_name.clear();
+    by_name.release();
     by_name.reserve(inputs->size() + outputs->size() + data_signals->size() + locals->size());
     for (std::list<Signal*>* l : {inputs, outputs, data_signals, locals})
         for (Signal* s : *l)
-            by_name.emplace(s->getOriginalName(), s);
+            by_name.insert(s);
 }
 
 Signal* class_zkc_parser::find_signal(const std::string& name) const
 {
-    auto it = by_name.find(name);
-    if (it != by_name.end())
-        return it->second;
-    auto pre = pre_by_internal_name.find(name);
-    return pre != pre_by_internal_name.end() ? pre->second : nullptr;
+    Signal* s = by_name.find(name);
+    return s != nullptr ? s : pre_by_internal_name.find(name);
 }
 
 // ------------------------------------------------------- memorised pairs
@@ -448,7 +439,7 @@ void class_zkc_parser::end_of_file()
     module->setPreSignalList(memorized);
     for (memorizedSignal* pair : *memorized)
         if (pair->getPre() != nullptr)
-            pre_by_internal_name.emplace(pair->getPre()->getInternalName(), pair->getPre());
+            pre_by_internal_name.insert(pair->getPre());
     module->setReincarnate(reincarnate);
     module->setFinalised(finalised ? 1 : 0);
     if (bindings != nullptr)

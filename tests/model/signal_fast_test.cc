@@ -1,7 +1,8 @@
 // The signal tables' short cuts against their plain forms: the ref kept by a
 // signal against the manager's look-up by name, the inline first entries
-// against std::map, and the reader's deferred wood tables against tables
-// updated at each new variable.
+// against std::map, the name index against std::unordered_map, and the
+// reader's deferred wood tables against tables updated at each new
+// variable.
 
 #include "model/module.h"
 #include "model/signal.h"
@@ -11,8 +12,11 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <memory>
 #include <random>
+#include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -151,6 +155,60 @@ TEST(SignalFast, InlineFirstEntriesBehaveLikeMaps)
                 }
             }
         }
+    }
+}
+
+struct Named {
+    std::string name;
+    const std::string& getName() const { return name; }
+};
+
+TEST(SignalFast, NameIndexAnswersLikeAHashMap)
+{
+    std::mt19937 rng(5);
+    std::vector<std::unique_ptr<Named>> made;
+    for (int round = 0; round < 20; ++round) {
+        NameIndex<Named, &Named::getName> index;
+        std::unordered_map<std::string, Named*> plain;
+        // Few names at first so that they collide, then many so that the
+        // table grows under them.
+        unsigned spread = round % 2 ? 30 : 3000;
+        for (int step = 0; step < 2000; ++step) {
+            made.push_back(std::make_unique<Named>(Named{"n" + std::to_string(rng() % spread)}));
+            Named* item = made.back().get();
+            switch (rng() % 5) {
+            case 0: {
+                // First wins.
+                auto entry = plain.emplace(item->name, item);
+                EXPECT_EQ(index.insert(item), entry.second ? nullptr : entry.first->second);
+                break;
+            }
+            case 1:
+                // Last wins.
+                plain[item->name] = item;
+                index.assign(item);
+                break;
+            case 2:
+                if (rng() % 50 == 0)
+                    index.reserve(rng() % 4000);
+                break;
+            default: {
+                auto it = plain.find(item->name);
+                EXPECT_EQ(index.find(item->name), it == plain.end() ? nullptr : it->second) << item->name;
+                break;
+            }
+            }
+            ASSERT_EQ(index.size(), plain.size());
+        }
+        std::set<Named*> seen;
+        index.for_each([&](Named* n) { seen.insert(n); });
+        std::set<Named*> want;
+        for (const auto& entry : plain)
+            want.insert(entry.second);
+        EXPECT_EQ(seen, want);
+        index.release();
+        EXPECT_EQ(index.find("n1"), nullptr);
+        EXPECT_TRUE(index.empty());
     }
 }
 
