@@ -34,16 +34,24 @@ SignalManager* SignalScope::managerOf(Module* m, const char* where)
 // ---------------------------------------------------------------- SignalRef
 
 SignalRef::SignalRef(std::string original, std::string internal, Module* m, Bddexpressionwood* wood)
-    : original_name(std::move(original)), internal_name(std::move(internal)), current_name(internal_name)
+    : internal_name(std::move(internal))
 {
+    if (original == internal_name)
+        same_original = true;
+    else
+        original_name = std::move(original);
     enter(m, wood);
 }
 
 SignalRef::SignalRef(std::string original, std::string internal, std::string current, int occurrence, Module* m,
                      Bddexpressionwood* wood)
-    : original_name(std::move(original)), internal_name(std::move(internal)), current_name(std::move(current)),
+    : internal_name(std::move(internal)), current_name(std::move(current)),
       occurrence(occurrence), occurrence_flag(true)
 {
+    if (original == internal_name)
+        same_original = true;
+    else
+        original_name = std::move(original);
     enter(m, wood);
 }
 
@@ -64,12 +72,12 @@ void SignalRef::enter(Module* m, Bddexpressionwood* wood)
 {
     SignalManager* manager = SignalScope::managerOf(m, "SignalRef::SignalRef");
     if (wood == nullptr)
-        Compilation::IllegalOperationException("SignalRef::SignalRef: no wood for " + current_name);
+        Compilation::IllegalOperationException("SignalRef::SignalRef: no wood for " + getCurrentName());
     // Over before under: the file format numbers a signal's wires in this
     // order.
     std::string wire;
-    wire.reserve(current_name.size() + 3);
-    wire.append("_s_").append(current_name);
+    wire.reserve(getCurrentName().size() + 3);
+    wire.append("_s_").append(getCurrentName());
     long over;
     long under;
     if (manager->defersWoodTables()) {
@@ -91,14 +99,14 @@ void SignalRef::enter(Module* m, Bddexpressionwood* wood)
 void SignalRef::addBddIds(long over, long under, Bddexpressionwood* wood)
 {
     if (!ids.insert(wood, std::make_pair(over, under)))
-        Compilation::IllegalOperationException("SignalRef::addBddIds: wood already added" + current_name);
+        Compilation::IllegalOperationException("SignalRef::addBddIds: wood already added" + getCurrentName());
 }
 
 long SignalRef::getOverBddId(Bddexpressionwood* wood) const
 {
     const WoodPairs::Pair* pair = ids.find(wood);
     if (pair == nullptr)
-        Compilation::IllegalOperationException("SignalRef::getOverBddId:unknown wood" + current_name);
+        Compilation::IllegalOperationException("SignalRef::getOverBddId:unknown wood" + getCurrentName());
     return pair->first;
 }
 
@@ -106,7 +114,7 @@ long SignalRef::getUnderBddId(Bddexpressionwood* wood) const
 {
     const WoodPairs::Pair* pair = ids.find(wood);
     if (pair == nullptr)
-        Compilation::IllegalOperationException("SignalRef::getUnderBddId:unknown wood" + current_name);
+        Compilation::IllegalOperationException("SignalRef::getUnderBddId:unknown wood" + getCurrentName());
     return pair->second;
 }
 
@@ -124,6 +132,12 @@ void SignalRef::setUnderBddId(long id, Bddexpressionwood* wood)
     if (pair == nullptr)
         Compilation::IllegalOperationException("SignalRef::setUnderBddId: wood not found");
     pair->second = id;
+}
+
+const std::string& SignalRef::pureType()
+{
+    static const std::string pure = "pure";
+    return pure;
 }
 
 // ------------------------------------------------------------ SignalManager

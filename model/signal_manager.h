@@ -77,18 +77,21 @@ public:
     SignalRef(std::string original, std::string internal, std::string current, int occurrence, Module* m,
               Bddexpressionwood* wood);
 
-    const std::string& getOriginalName() const { return original_name; }
+    const std::string& getOriginalName() const { return same_original ? internal_name : original_name; }
     const std::string& getInternalName() const { return internal_name; }
-    const std::string& getCurrentName() const { return current_name; }
+    const std::string& getCurrentName() const { return occurrence_flag ? current_name : internal_name; }
     int getCurrentOccurrence() const { return occurrence; }
     bool isOccurrence() const { return occurrence_flag; }
-    const std::string& getType() const { return type; }
+    const std::string& getType() const { return type != nullptr ? *type : pureType(); }
     bool isValued() const { return valued; }
     void setIsValued(bool b) { valued = b; }
     // Sets the type and marks the ref valued.
     void setValueType(std::string t)
     {
-        type = std::move(t);
+        if (type == nullptr)
+            type = std::make_unique<std::string>(std::move(t));
+        else
+            *type = std::move(t);
         valued = true;
     }
 
@@ -111,11 +114,17 @@ public:
 private:
     void enter(Module* m, Bddexpressionwood* wood);
 
+    static const std::string& pureType();
+
+    // Names are held once: the original only where it differs from the
+    // internal name, the current one only for a further occurrence (for
+    // occurrence 0 it is the internal name), the type only once set.
     std::string original_name;
     std::string internal_name;
     std::string current_name;
+    bool same_original = false;
     int occurrence = 0;
-    std::string type = "pure";
+    std::unique_ptr<std::string> type;
     WoodPairs ids;
     bool occurrence_flag = false;
     bool valued = false;

@@ -37,6 +37,9 @@ void expectRefsFound(Signal* s, Module* m, Bddexpressionwood* wood, const std::s
     EXPECT_EQ(s->getOverBddId(m, wood), current->getOverBddId(wood)) << where;
     EXPECT_EQ(s->getUnderBddId(m, wood), current->getUnderBddId(wood)) << where;
     EXPECT_EQ(s->isValued(m, wood), current->isValued()) << where;
+    std::string name = occ == 0 ? s->getInternalName() : s->getInternalName() + "_" + std::to_string(occ);
+    EXPECT_EQ(current->getCurrentName(), name) << where;
+    EXPECT_EQ(current->getType(), current->isValued() ? "int" : "pure") << where;
     if (s->isLocal() || s->isOutput()) {
         std::vector<long> plain;
         for (int k = 0; k <= occ; k++) {
@@ -59,6 +62,8 @@ TEST(SignalFast, KeptRefsAnswerLikeTheLookUpsByName)
         std::vector<Signal*> signals;
         // One signal per internal name moves on to new occurrences.
         std::vector<Signal*> movers;
+        // The original name of the signal that made each ref.
+        std::map<std::string, std::string> originals;
         for (int step = 0; step < 60; ++step) {
             std::string name = "s" + std::to_string(rng() % 12);
             switch (rng() % 5) {
@@ -68,8 +73,11 @@ TEST(SignalFast, KeptRefsAnswerLikeTheLookUpsByName)
                 std::string internal = rng() % 2 ? name : "s" + std::to_string(rng() % 12);
                 bool first = m.getSignalManager()->getSignalRefByName(internal) == nullptr;
                 Signal* s = new Signal(name, internal, &m, wood);
-                if (first)
+                if (first) {
                     movers.push_back(s);
+                    originals[internal] = name;
+                }
+                EXPECT_EQ(m.getSignalManager()->getSignalRefByName(internal)->getOriginalName(), originals[internal]);
                 if (rng() % 2)
                     s->setLocal();
                 if (rng() % 3 == 0)
