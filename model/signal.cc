@@ -8,28 +8,37 @@
 #include <iostream>
 
 Signal::Signal(std::string name, Module* m, Bddexpressionwood* wood)
-    : original_name(name), internal_name(std::move(name))
+    : internal_name(std::move(name)), same_original(true)
 {
     init(m, wood);
 }
 
 Signal::Signal(std::string name, Module* m, Bddexpressionwood* wood, bool wire)
-    : Expression(wire), original_name(name), internal_name(std::move(name)), wire(wire), register_flag(wire)
+    : Expression(wire), internal_name(std::move(name)), same_original(true), wire(wire), register_flag(wire)
 {
     init(m, wood);
 }
 
 Signal::Signal(std::string original, std::string internal, Module* m, Bddexpressionwood* wood)
-    : original_name(std::move(original)), internal_name(std::move(internal))
+    : internal_name(std::move(internal))
 {
+    keepOriginal(std::move(original));
     init(m, wood);
 }
 
 Signal::Signal(std::string original, std::string internal, Module* m, Bddexpressionwood* wood, bool wire)
-    : Expression(wire), original_name(std::move(original)), internal_name(std::move(internal)), wire(wire),
-      register_flag(wire)
+    : Expression(wire), internal_name(std::move(internal)), wire(wire), register_flag(wire)
 {
+    keepOriginal(std::move(original));
     init(m, wood);
+}
+
+void Signal::keepOriginal(std::string original)
+{
+    if (original == internal_name)
+        same_original = true;
+    else
+        original_name = std::move(original);
 }
 
 void Signal::init(Module* m, Bddexpressionwood* wood)
@@ -39,7 +48,7 @@ void Signal::init(Module* m, Bddexpressionwood* wood)
     // Two signals of one internal name share the ref, and so their wires.
     SignalRef* ref = manager->getSignalRefByName(internal_name);
     if (ref == nullptr)
-        ref = new SignalRef(original_name, internal_name, m, wood);
+        ref = new SignalRef(getOriginalName(), internal_name, m, wood);
     known_manager = manager;
     known_ref = ref;
 }
@@ -272,7 +281,8 @@ static void replaceAt(std::string& name, const std::string& by)
 
 void Signal::ReplaceAtCharacterInAllNames(std::string c)
 {
-    replaceAt(original_name, c);
+    if (!same_original)
+        replaceAt(original_name, c);
     replaceAt(internal_name, c);
     // The kept ref was found by the old name.
     known_manager = nullptr;
@@ -290,7 +300,7 @@ Signal* Signal::newOccurrence(Bddexpressionwood* wood, Module* m)
     current_occurrence[wood] = occ;
     SignalRef* ref = manager->getSignalRefByName(current);
     if (ref == nullptr) {
-        ref = new SignalRef(original_name, internal_name, current, occ, m, wood);
+        ref = new SignalRef(getOriginalName(), internal_name, current, occ, m, wood);
         SignalRef* before =
             previous == 0 ? initialRef(manager) : manager->getSignalRefByOccurrence(this, previous);
         if (before != nullptr && before->isValued())
@@ -316,7 +326,7 @@ static void copyType(const SignalRef* from, SignalRef* to)
 
 Signal* Signal::copyInto(Module* from, Bddexpressionwood* fromWood, Module* to, Bddexpressionwood* toWood)
 {
-    Signal* copy = new Signal(original_name, internal_name, to, toWood);
+    Signal* copy = new Signal(getOriginalName(), internal_name, to, toWood);
     copy->wired = wired;
     copy->local = local;
     copy->input = input;
@@ -339,7 +349,7 @@ Signal* Signal::copyInto(Module* from, Bddexpressionwood* fromWood, Module* to, 
         if (original == nullptr || target->getSignalRefByName(original->getCurrentName()) != nullptr)
             continue;
         SignalRef* ref =
-            new SignalRef(original_name, internal_name, original->getCurrentName(), k, to, toWood);
+            new SignalRef(getOriginalName(), internal_name, original->getCurrentName(), k, to, toWood);
         copyType(original, ref);
     }
     return copy;

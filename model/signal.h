@@ -72,7 +72,7 @@ public:
     Signal(std::string original, std::string internal, Module* m, Bddexpressionwood* wood);
     Signal(std::string original, std::string internal, Module* m, Bddexpressionwood* wood, bool wire);
 
-    const std::string& getOriginalName() const { return original_name; }
+    const std::string& getOriginalName() const { return same_original ? internal_name : original_name; }
     const std::string& getInternalName() const { return internal_name; }
 
     bool isLocal() const { return local; }
@@ -163,14 +163,18 @@ public:
 
 private:
     void init(Module* m, Bddexpressionwood* wood);
+    void keepOriginal(std::string original);
     SignalRef* refOfOccurrence(Module* m, Bddexpressionwood* wood, const char* where);
     // The manager's ref of the internal name, or null. Refs are never taken
     // out of a manager and their names never change, so a ref once found
     // stays the answer for that manager: the last one found is kept.
     SignalRef* initialRef(SignalManager* manager);
 
+    // The original name is held only where it differs from the internal
+    // one.
     std::string original_name;
     std::string internal_name;
+    bool same_original = false;
     bool local = false;
     bool input = false;
     bool output = false;

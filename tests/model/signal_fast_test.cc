@@ -95,6 +95,7 @@ TEST(SignalFast, KeptRefsAnswerLikeTheLookUpsByName)
                 Signal* s = new Signal("r@" + std::to_string(step), &m, wood);
                 expectRefsFound(s, &m, wood, "before renaming");
                 s->ReplaceAtCharacterInAllNames("_");
+                EXPECT_EQ(s->getOriginalName(), s->getInternalName());
                 signals.push_back(s);
                 break;
             }
