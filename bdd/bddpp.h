@@ -644,6 +644,9 @@ private:
     void unindex_name(const std::string& name, long id);
     std::unordered_map<std::string, name_holders> ids_by_current_name;
     bool names_indexed = false;
+    // Until a pass rewrites every name, a variable keeps its creation name
+    // unless renamed since, and the index holds the renamed ones only.
+    bool names_from_creation = true;
     // Bdd_cube_reduce's table of literals by index: 2 everywhere between calls.
     std::vector<int> cube_literals;
     bool cube_literals_busy = false;

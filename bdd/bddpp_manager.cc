@@ -40,6 +40,10 @@ bddpp_manager::bddpp_manager(bddpp_manager* source)
       gc_calls(0), one(nullptr) {
     node_by_id.assign(variables_capacity, nullptr);
     assoc.assign(variables_capacity, nullptr);
+    // The renamed variables' index goes with the names; a full index is
+    // rebuilt on demand.
+    names_from_creation = source->names_from_creation;
+    if (names_from_creation) ids_by_current_name = source->ids_by_current_name;
     map = new bdd_unique_table;
     one = new bdd_node(this, -1, 1, nullptr, nullptr, 1);
     one->references = 1;
@@ -89,7 +93,14 @@ long bddpp_manager::Index_var_or_new_last(const std::string& name, bool& created
 // The variable of a name that id_by_name already holds under the next id.
 bdd_node* bddpp_manager::add_variable(const std::string& name, long index, bool last) {
     long id = variables_number;
-    set_var_name(id, name);
+    if (names_from_creation) {
+        // A creation name is found through id_by_name: only a name given
+        // to the free slot before has to leave the index.
+        if (!ids_by_current_name.empty()) unindex_name(var_names[id], id);
+        var_names[id] = name;
+    } else {
+        set_var_name(id, name);
+    }
     bdd_node* node = new bdd_node(this, id, -1, one, one, next_global_id);
     node_by_id[id] = node;
     next_global_id++;
@@ -271,7 +282,7 @@ void bddpp_manager::unindex_name(const std::string& name, long id) {
 }
 
 void bddpp_manager::set_var_name(long id, const std::string& name) {
-    if (names_indexed) {
+    if (names_indexed || names_from_creation) {
         unindex_name(var_names[id], id);
         index_name(name, id);
     }
@@ -281,11 +292,28 @@ void bddpp_manager::set_var_name(long id, const std::string& name) {
 void bddpp_manager::drop_names_index() {
     ids_by_current_name.clear();
     names_indexed = false;
+    names_from_creation = false;
 }
 
 // The lowest id below variables_number whose current name is `name`, or -1:
 // what a scan of the ids in ascending order finds first.
 long bddpp_manager::lowest_id_named(const std::string& name) {
+    if (names_from_creation) {
+        // The creation holder counts if it still bears the name; a renamed
+        // holder of the name is in the index.
+        long best = -1;
+        auto created = id_by_name.find(name);
+        if (created != id_by_name.end() && created->second < variables_number &&
+            var_names[created->second] == name)
+            best = created->second;
+        if (!ids_by_current_name.empty()) {
+            auto renamed = ids_by_current_name.find(name);
+            if (renamed != ids_by_current_name.end() && renamed->second.lowest < variables_number &&
+                (best < 0 || renamed->second.lowest < best))
+                best = renamed->second.lowest;
+        }
+        return best;
+    }
     if (!names_indexed) {
         ids_by_current_name.reserve(static_cast<std::size_t>(variables_number) + 1);
         // Downward, each id comes below the ones of its name already there.

@@ -8,28 +8,37 @@
 #include <iostream>
 
 Signal::Signal(std::string name, Module* m, Bddexpressionwood* wood)
-    : original_name(name), internal_name(std::move(name))
+    : internal_name(std::move(name)), same_original(true)
 {
     init(m, wood);
 }
 
 Signal::Signal(std::string name, Module* m, Bddexpressionwood* wood, bool wire)
-    : Expression(wire), original_name(name), internal_name(std::move(name)), wire(wire), register_flag(wire)
+    : Expression(wire), internal_name(std::move(name)), same_original(true), wire(wire), register_flag(wire)
 {
     init(m, wood);
 }
 
 Signal::Signal(std::string original, std::string internal, Module* m, Bddexpressionwood* wood)
-    : original_name(std::move(original)), internal_name(std::move(internal))
+    : internal_name(std::move(internal))
 {
+    keepOriginal(std::move(original));
     init(m, wood);
 }
 
 Signal::Signal(std::string original, std::string internal, Module* m, Bddexpressionwood* wood, bool wire)
-    : Expression(wire), original_name(std::move(original)), internal_name(std::move(internal)), wire(wire),
-      register_flag(wire)
+    : Expression(wire), internal_name(std::move(internal)), wire(wire), register_flag(wire)
 {
+    keepOriginal(std::move(original));
     init(m, wood);
+}
+
+void Signal::keepOriginal(std::string original)
+{
+    if (original == internal_name)
+        same_original = true;
+    else
+        original_name = std::move(original);
 }
 
 void Signal::init(Module* m, Bddexpressionwood* wood)
@@ -37,8 +46,24 @@ void Signal::init(Module* m, Bddexpressionwood* wood)
     current_occurrence[wood] = 0;
     SignalManager* manager = SignalScope::managerOf(m, "Signal::Signal");
     // Two signals of one internal name share the ref, and so their wires.
-    if (manager->getSignalRefByName(internal_name) == nullptr)
-        new SignalRef(original_name, internal_name, m, wood);
+    SignalRef* ref = manager->getSignalRefByName(internal_name);
+    if (ref == nullptr)
+        ref = new SignalRef(getOriginalName(), internal_name, m, wood);
+    known_manager = manager;
+    known_ref = ref;
+}
+
+SignalRef* Signal::initialRef(SignalManager* manager)
+{
+    if (manager == known_manager && known_ref != nullptr)
+        return known_ref;
+    SignalRef* ref = manager->getSignalRefByName(internal_name);
+    // A ref not there yet may come later: only a found one is kept.
+    if (ref != nullptr) {
+        known_manager = manager;
+        known_ref = ref;
+    }
+    return ref;
 }
 
 void Signal::setLocal()
@@ -56,13 +81,13 @@ void Signal::setRegister()
 
 int Signal::getCurrentOccurrence(Bddexpressionwood* wood)
 {
-    auto it = current_occurrence.find(wood);
-    if (it == current_occurrence.end()) {
+    const int* occ = current_occurrence.find(wood);
+    if (occ == nullptr) {
         std::cerr << "Signal:getCurrentOccurrence: no current occurrence for the considered wood:" << wood
                   << "  for signal:" << internal_name << std::endl;
         std::exit(1);
     }
-    return it->second;
+    return *occ;
 }
 
 SignalRef* Signal::refOfOccurrence(Module* m, Bddexpressionwood* wood, const char* where)
@@ -72,7 +97,7 @@ SignalRef* Signal::refOfOccurrence(Module* m, Bddexpressionwood* wood, const cha
     SignalManager* manager = SignalScope::managerOf(m, where);
     // An unknown wood starts at occurrence 0.
     int occ = current_occurrence[wood];
-    SignalRef* ref = manager->getSignalRefByOccurrence(this, occ);
+    SignalRef* ref = occ == 0 ? initialRef(manager) : manager->getSignalRefByOccurrence(this, occ);
     if (ref == nullptr)
         Compilation::IllegalOperationException(std::string(where) + ": no ref for signal" + internal_name);
     return ref;
@@ -90,7 +115,7 @@ long Signal::getUnderBddId(Module* m, Bddexpressionwood* wood)
 
 long Signal::getInitialOverBddId(Module* m, Bddexpressionwood* wood)
 {
-    SignalRef* ref = SignalScope::managerOf(m, "Signal::getInitialOverBddId")->getSignalRefByName(internal_name);
+    SignalRef* ref = initialRef(SignalScope::managerOf(m, "Signal::getInitialOverBddId"));
     if (ref == nullptr)
         Compilation::IllegalOperationException("Signal::getInitialOverBddId: no ref for signal" + internal_name);
     return ref->getOverBddId(wood);
@@ -98,7 +123,7 @@ long Signal::getInitialOverBddId(Module* m, Bddexpressionwood* wood)
 
 long Signal::getInitialUnderBddId(Module* m, Bddexpressionwood* wood)
 {
-    SignalRef* ref = SignalScope::managerOf(m, "Signal::getInitialUnderBddId")->getSignalRefByName(internal_name);
+    SignalRef* ref = initialRef(SignalScope::managerOf(m, "Signal::getInitialUnderBddId"));
     if (ref == nullptr)
         Compilation::IllegalOperationException("Signal::getInitialUnderBddId: no ref for signal" + internal_name);
     return ref->getUnderBddId(wood);
@@ -121,7 +146,7 @@ std::list<long> Signal::getAllBddId(Module* m, Bddexpressionwood* wood)
     }
     SignalManager* manager = SignalScope::managerOf(m, "Signal::getAllBddId");
     for (int k = 0; k <= c; k++) {
-        SignalRef* ref = manager->getSignalRefByOccurrence(this, k);
+        SignalRef* ref = k == 0 ? initialRef(manager) : manager->getSignalRefByOccurrence(this, k);
         if (ref == nullptr)
             Compilation::IllegalOperationException(" Signal::getAllBddId: Unknown Signal Ref" + internal_name);
         ids.push_back(ref->getOverBddId(wood));
@@ -164,7 +189,7 @@ SignalRef* Signal::getSignalRef(SignalManager* manager, Bddexpressionwood* wood)
     if (manager == nullptr)
         return nullptr;
     int occ = getCurrentOccurrence(wood);
-    return manager->getSignalRefByOccurrence(this, occ);
+    return occ == 0 ? initialRef(manager) : manager->getSignalRefByOccurrence(this, occ);
 }
 
 bool Signal::isValued(Module* m) { return isValued(m, moduleWood(m, "Signal::isValued")); }
@@ -256,8 +281,12 @@ static void replaceAt(std::string& name, const std::string& by)
 
 void Signal::ReplaceAtCharacterInAllNames(std::string c)
 {
-    replaceAt(original_name, c);
+    if (!same_original)
+        replaceAt(original_name, c);
     replaceAt(internal_name, c);
+    // The kept ref was found by the old name.
+    known_manager = nullptr;
+    known_ref = nullptr;
 }
 
 Signal* Signal::newOccurrence(Bddexpressionwood* wood, Module* m)
@@ -271,8 +300,9 @@ Signal* Signal::newOccurrence(Bddexpressionwood* wood, Module* m)
     current_occurrence[wood] = occ;
     SignalRef* ref = manager->getSignalRefByName(current);
     if (ref == nullptr) {
-        ref = new SignalRef(original_name, internal_name, current, occ, m, wood);
-        SignalRef* before = manager->getSignalRefByOccurrence(this, previous);
+        ref = new SignalRef(getOriginalName(), internal_name, current, occ, m, wood);
+        SignalRef* before =
+            previous == 0 ? initialRef(manager) : manager->getSignalRefByOccurrence(this, previous);
         if (before != nullptr && before->isValued())
             ref->setValueType(before->getType());
         return this;
@@ -296,7 +326,7 @@ static void copyType(const SignalRef* from, SignalRef* to)
 
 Signal* Signal::copyInto(Module* from, Bddexpressionwood* fromWood, Module* to, Bddexpressionwood* toWood)
 {
-    Signal* copy = new Signal(original_name, internal_name, to, toWood);
+    Signal* copy = new Signal(getOriginalName(), internal_name, to, toWood);
     copy->wired = wired;
     copy->local = local;
     copy->input = input;
@@ -307,8 +337,8 @@ Signal* Signal::copyInto(Module* from, Bddexpressionwood* fromWood, Module* to, 
     copy->value = value;
     copy->pre = pre;
     copy->number = number;
-    auto it = current_occurrence.find(fromWood);
-    int occ = it != current_occurrence.end() ? it->second : 0;
+    const int* from_occ = current_occurrence.find(fromWood);
+    int occ = from_occ != nullptr ? *from_occ : 0;
     copy->current_occurrence[toWood] = occ;
 
     SignalManager* source = SignalScope::managerOf(from, "Signal::copyInto");
@@ -319,7 +349,7 @@ Signal* Signal::copyInto(Module* from, Bddexpressionwood* fromWood, Module* to, 
         if (original == nullptr || target->getSignalRefByName(original->getCurrentName()) != nullptr)
             continue;
         SignalRef* ref =
-            new SignalRef(original_name, internal_name, original->getCurrentName(), k, to, toWood);
+            new SignalRef(getOriginalName(), internal_name, original->getCurrentName(), k, to, toWood);
         copyType(original, ref);
     }
     return copy;

@@ -5,6 +5,7 @@
 
 #include <list>
 #include <map>
+#include <memory>
 #include <ostream>
 #include <set>
 #include <string>
@@ -14,6 +15,46 @@ class Bddexpressionwood;
 class EquationTable;
 class SignalManager;
 class SignalRef;
+
+// The current occurrence of a signal per wood. Nearly every signal lives in
+// one wood only: the first wood entered is held inline, the others in a map
+// made on demand. Entries are never removed.
+class OccurrenceTable {
+public:
+    // Null when the wood has no entry.
+    const int* find(Bddexpressionwood* wood) const
+    {
+        if (has_first && wood == first_wood)
+            return &first_occurrence;
+        if (others == nullptr)
+            return nullptr;
+        auto it = others->find(wood);
+        return it == others->end() ? nullptr : &it->second;
+    }
+    // The wood's entry, made at 0 when absent.
+    int& operator[](Bddexpressionwood* wood)
+    {
+        if (has_first && wood == first_wood)
+            return first_occurrence;
+        if (!has_first) {
+            has_first = true;
+            first_wood = wood;
+            first_occurrence = 0;
+            return first_occurrence;
+        }
+        if (others == nullptr)
+            others = std::make_unique<std::map<Bddexpressionwood*, int>>();
+        return (*others)[wood];
+    }
+    bool count(Bddexpressionwood* wood) const { return find(wood) != nullptr; }
+    bool empty() const { return !has_first; }
+
+private:
+    Bddexpressionwood* first_wood = nullptr;
+    int first_occurrence = 0;
+    bool has_first = false;
+    std::unique_ptr<std::map<Bddexpressionwood*, int>> others;
+};
 
 // A named wire pair of a module, possibly valued. The BDD variables belong
 // to the SignalRef of each occurrence, kept by the module's SignalManager;
@@ -31,7 +72,7 @@ public:
     Signal(std::string original, std::string internal, Module* m, Bddexpressionwood* wood);
     Signal(std::string original, std::string internal, Module* m, Bddexpressionwood* wood, bool wire);
 
-    const std::string& getOriginalName() const { return original_name; }
+    const std::string& getOriginalName() const { return same_original ? internal_name : original_name; }
     const std::string& getInternalName() const { return internal_name; }
 
     bool isLocal() const { return local; }
@@ -103,7 +144,12 @@ public:
     // Source compiler's bookkeeping, untouched here.
     long getNumber() const { return number; }
     void setNumber(long n) { number = n; }
-    std::set<Signal*>& getDependenceSet() { return dependences; }
+    std::set<Signal*>& getDependenceSet()
+    {
+        if (dependences == nullptr)
+            dependences = std::make_unique<std::set<Signal*>>();
+        return *dependences;
+    }
 
     bdd getOverBdd(Module* m, Bddexpressionwood* wood) override;
     bdd getUnderBdd(Module* m, Bddexpressionwood* wood) override;
@@ -117,10 +163,18 @@ public:
 
 private:
     void init(Module* m, Bddexpressionwood* wood);
+    void keepOriginal(std::string original);
     SignalRef* refOfOccurrence(Module* m, Bddexpressionwood* wood, const char* where);
+    // The manager's ref of the internal name, or null. Refs are never taken
+    // out of a manager and their names never change, so a ref once found
+    // stays the answer for that manager: the last one found is kept.
+    SignalRef* initialRef(SignalManager* manager);
 
+    // The original name is held only where it differs from the internal
+    // one.
     std::string original_name;
     std::string internal_name;
+    bool same_original = false;
     bool local = false;
     bool input = false;
     bool output = false;
@@ -129,9 +183,11 @@ private:
     bool clock = false;
     bool value = false;
     bool pre = false;
-    std::map<Bddexpressionwood*, int> current_occurrence;
+    OccurrenceTable current_occurrence;
+    SignalManager* known_manager = nullptr;
+    SignalRef* known_ref = nullptr;
     long number = 0;
-    std::set<Signal*> dependences;
+    std::unique_ptr<std::set<Signal*>> dependences;
 };
 
 // A memorised pair: `pre` holds the value that `actual` had at the previous

@@ -34,16 +34,24 @@ SignalManager* SignalScope::managerOf(Module* m, const char* where)
 // ---------------------------------------------------------------- SignalRef
 
 SignalRef::SignalRef(std::string original, std::string internal, Module* m, Bddexpressionwood* wood)
-    : original_name(std::move(original)), internal_name(std::move(internal)), current_name(internal_name)
+    : internal_name(std::move(internal))
 {
+    if (original == internal_name)
+        same_original = true;
+    else
+        original_name = std::move(original);
     enter(m, wood);
 }
 
 SignalRef::SignalRef(std::string original, std::string internal, std::string current, int occurrence, Module* m,
                      Bddexpressionwood* wood)
-    : original_name(std::move(original)), internal_name(std::move(internal)), current_name(std::move(current)),
+    : internal_name(std::move(internal)), current_name(std::move(current)),
       occurrence(occurrence), occurrence_flag(true)
 {
+    if (original == internal_name)
+        same_original = true;
+    else
+        original_name = std::move(original);
     enter(m, wood);
 }
 
@@ -64,15 +72,25 @@ void SignalRef::enter(Module* m, Bddexpressionwood* wood)
 {
     SignalManager* manager = SignalScope::managerOf(m, "SignalRef::SignalRef");
     if (wood == nullptr)
-        Compilation::IllegalOperationException("SignalRef::SignalRef: no wood for " + current_name);
+        Compilation::IllegalOperationException("SignalRef::SignalRef: no wood for " + getCurrentName());
     // Over before under: the file format numbers a signal's wires in this
     // order.
     std::string wire;
-    wire.reserve(current_name.size() + 3);
-    wire.append("_s_").append(current_name);
-    long over = computeId(wood, wire);
-    wire[1] = 'v';
-    long under = computeId(wood, wire);
+    wire.reserve(getCurrentName().size() + 3);
+    wire.append("_s_").append(getCurrentName());
+    long over;
+    long under;
+    if (manager->defersWoodTables()) {
+        bddpp_manager* variables = wood->my_bdd_manager();
+        bool created = false;
+        over = variables->Index_var_or_new_last(wire, created);
+        wire[1] = 'v';
+        under = variables->Index_var_or_new_last(wire, created);
+    } else {
+        over = computeId(wood, wire);
+        wire[1] = 'v';
+        under = computeId(wood, wire);
+    }
     addBddIds(over, under, wood);
     manager->addSignalRef(this);
     manager->addSignalRefIdTable(over, under, this, wood);
@@ -80,49 +98,53 @@ void SignalRef::enter(Module* m, Bddexpressionwood* wood)
 
 void SignalRef::addBddIds(long over, long under, Bddexpressionwood* wood)
 {
-    if (ids.count(wood) != 0)
-        Compilation::IllegalOperationException("SignalRef::addBddIds: wood already added" + current_name);
-    ids[wood] = std::make_pair(over, under);
+    if (!ids.insert(wood, std::make_pair(over, under)))
+        Compilation::IllegalOperationException("SignalRef::addBddIds: wood already added" + getCurrentName());
 }
 
 long SignalRef::getOverBddId(Bddexpressionwood* wood) const
 {
-    auto it = ids.find(wood);
-    if (it == ids.end())
-        Compilation::IllegalOperationException("SignalRef::getOverBddId:unknown wood" + current_name);
-    return it->second.first;
+    const WoodPairs::Pair* pair = ids.find(wood);
+    if (pair == nullptr)
+        Compilation::IllegalOperationException("SignalRef::getOverBddId:unknown wood" + getCurrentName());
+    return pair->first;
 }
 
 long SignalRef::getUnderBddId(Bddexpressionwood* wood) const
 {
-    auto it = ids.find(wood);
-    if (it == ids.end())
-        Compilation::IllegalOperationException("SignalRef::getUnderBddId:unknown wood" + current_name);
-    return it->second.second;
+    const WoodPairs::Pair* pair = ids.find(wood);
+    if (pair == nullptr)
+        Compilation::IllegalOperationException("SignalRef::getUnderBddId:unknown wood" + getCurrentName());
+    return pair->second;
 }
 
 void SignalRef::setOverBddId(long id, Bddexpressionwood* wood)
 {
-    auto it = ids.find(wood);
-    if (it == ids.end())
+    WoodPairs::Pair* pair = ids.find(wood);
+    if (pair == nullptr)
         Compilation::IllegalOperationException("SignalRef::setOverBddId: wood not found");
-    it->second.first = id;
+    pair->first = id;
 }
 
 void SignalRef::setUnderBddId(long id, Bddexpressionwood* wood)
 {
-    auto it = ids.find(wood);
-    if (it == ids.end())
+    WoodPairs::Pair* pair = ids.find(wood);
+    if (pair == nullptr)
         Compilation::IllegalOperationException("SignalRef::setUnderBddId: wood not found");
-    it->second.second = id;
+    pair->second = id;
+}
+
+const std::string& SignalRef::pureType()
+{
+    static const std::string pure = "pure";
+    return pure;
 }
 
 // ------------------------------------------------------------ SignalManager
 
 SignalRef* SignalManager::getSignalRefByName(const std::string& name) const
 {
-    auto it = refs.find(name);
-    return it == refs.end() ? nullptr : it->second;
+    return refs.find(name);
 }
 
 SignalRef* SignalManager::getSignalRefById(long id, Bddexpressionwood* wood) const
@@ -144,9 +166,10 @@ SignalRef* SignalManager::getSignalRefByOccurrence(Signal* s, int occ) const
 std::list<SignalRef*> SignalManager::getAllSignalRef(Signal* s, Bddexpressionwood* wood) const
 {
     std::vector<SignalRef*> found;
-    for (const auto& entry : refs)
-        if (entry.second->getInternalName() == s->getInternalName() && entry.second->hasWood(wood))
-            found.push_back(entry.second);
+    refs.for_each([&](SignalRef* ref) {
+        if (ref->getInternalName() == s->getInternalName() && ref->hasWood(wood))
+            found.push_back(ref);
+    });
     // The table is hashed; the answer goes by name, the keys being unique.
     std::sort(found.begin(), found.end(),
               [](const SignalRef* a, const SignalRef* b) { return a->getCurrentName() < b->getCurrentName(); });
@@ -161,7 +184,7 @@ SignalRef* SignalManager::getCurrentOccurrence(Signal* s, Bddexpressionwood* woo
 
 void SignalManager::addSignalRef(SignalRef* ref)
 {
-    if (!refs.emplace(ref->getCurrentName(), ref).second)
+    if (refs.insert(ref) != nullptr)
         Compilation::HashTableAddException("SignalManager::addSignalRef", ref->getCurrentName());
 }
 
@@ -201,11 +224,10 @@ void SignalManager::extendSignalRef(long over, long under, SignalRef* ref, Bddex
 
 void SignalManager::duplicate(Bddexpressionwood* from, Bddexpressionwood* to)
 {
-    for (const auto& entry : refs) {
-        SignalRef* ref = entry.second;
+    refs.for_each([&](SignalRef* ref) {
         if (ref->hasWood(from) && !ref->hasWood(to))
             ref->addBddIds(ref->getOverBddId(from), ref->getUnderBddId(from), to);
-    }
+    });
     auto it = tables.find(from);
     if (it != tables.end() && tables.count(to) == 0)
         tables[to] = new SignalRefTable(*it->second);
@@ -213,8 +235,7 @@ void SignalManager::duplicate(Bddexpressionwood* from, Bddexpressionwood* to)
 
 void SignalManager::deleteWood(Bddexpressionwood* wood)
 {
-    for (const auto& entry : refs)
-        entry.second->removeWood(wood);
+    refs.for_each([wood](SignalRef* ref) { ref->removeWood(wood); });
     auto it = tables.find(wood);
     if (it != tables.end()) {
         delete it->second;

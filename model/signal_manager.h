@@ -1,10 +1,12 @@
 #ifndef TARN_MODEL_SIGNAL_MANAGER_H
 #define TARN_MODEL_SIGNAL_MANAGER_H
 
+#include "model/signal_name_index.h"
+
 #include <list>
 #include <map>
+#include <memory>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -13,6 +15,53 @@ class Bddexpressionwood;
 class Signal;
 class SignalManager;
 class memorizedSignal;
+
+// A ref's variable pair (over, under) per wood. Nearly every ref lives in
+// one wood only: one pair is held inline, the others in a map made on
+// demand.
+class WoodPairs {
+public:
+    using Pair = std::pair<long, long>;
+    const Pair* find(Bddexpressionwood* wood) const
+    {
+        if (has_first && wood == first_wood)
+            return &first;
+        if (others == nullptr)
+            return nullptr;
+        auto it = others->find(wood);
+        return it == others->end() ? nullptr : &it->second;
+    }
+    Pair* find(Bddexpressionwood* wood) { return const_cast<Pair*>(static_cast<const WoodPairs*>(this)->find(wood)); }
+    // False, and nothing changed, when the wood has a pair already.
+    bool insert(Bddexpressionwood* wood, Pair ids)
+    {
+        if (find(wood) != nullptr)
+            return false;
+        if (!has_first) {
+            has_first = true;
+            first_wood = wood;
+            first = ids;
+            return true;
+        }
+        if (others == nullptr)
+            others = std::make_unique<std::map<Bddexpressionwood*, Pair>>();
+        others->emplace(wood, ids);
+        return true;
+    }
+    void erase(Bddexpressionwood* wood)
+    {
+        if (has_first && wood == first_wood)
+            has_first = false;
+        else if (others != nullptr)
+            others->erase(wood);
+    }
+
+private:
+    Bddexpressionwood* first_wood = nullptr;
+    Pair first{0, 0};
+    bool has_first = false;
+    std::unique_ptr<std::map<Bddexpressionwood*, Pair>> others;
+};
 
 // One occurrence of a signal: its variable pair in each wood where it has
 // one. The current name (internal name, plus "_" and the occurrence when it
@@ -28,22 +77,25 @@ public:
     SignalRef(std::string original, std::string internal, std::string current, int occurrence, Module* m,
               Bddexpressionwood* wood);
 
-    const std::string& getOriginalName() const { return original_name; }
+    const std::string& getOriginalName() const { return same_original ? internal_name : original_name; }
     const std::string& getInternalName() const { return internal_name; }
-    const std::string& getCurrentName() const { return current_name; }
+    const std::string& getCurrentName() const { return occurrence_flag ? current_name : internal_name; }
     int getCurrentOccurrence() const { return occurrence; }
     bool isOccurrence() const { return occurrence_flag; }
-    const std::string& getType() const { return type; }
+    const std::string& getType() const { return type != nullptr ? *type : pureType(); }
     bool isValued() const { return valued; }
     void setIsValued(bool b) { valued = b; }
     // Sets the type and marks the ref valued.
     void setValueType(std::string t)
     {
-        type = std::move(t);
+        if (type == nullptr)
+            type = std::make_unique<std::string>(std::move(t));
+        else
+            *type = std::move(t);
         valued = true;
     }
 
-    bool hasWood(Bddexpressionwood* wood) const { return ids.count(wood) != 0; }
+    bool hasWood(Bddexpressionwood* wood) const { return ids.find(wood) != nullptr; }
     // A wood already present is a fatal error.
     void addBddIds(long over, long under, Bddexpressionwood* wood);
     // An absent wood is a fatal error.
@@ -52,7 +104,6 @@ public:
     void setOverBddId(long id, Bddexpressionwood* wood);
     void setUnderBddId(long id, Bddexpressionwood* wood);
     void removeWood(Bddexpressionwood* wood) { ids.erase(wood); }
-    const std::map<Bddexpressionwood*, std::pair<long, long>>& getIds() const { return ids; }
 
     // Index of the variable of that name in the wood, created at the end of
     // the order if the manager does not know the name.
@@ -63,12 +114,18 @@ public:
 private:
     void enter(Module* m, Bddexpressionwood* wood);
 
+    static const std::string& pureType();
+
+    // Names are held once: the original only where it differs from the
+    // internal name, the current one only for a further occurrence (for
+    // occurrence 0 it is the internal name), the type only once set.
     std::string original_name;
     std::string internal_name;
     std::string current_name;
+    bool same_original = false;
     int occurrence = 0;
-    std::string type = "pure";
-    std::map<Bddexpressionwood*, std::pair<long, long>> ids;
+    std::unique_ptr<std::string> type;
+    WoodPairs ids;
     bool occurrence_flag = false;
     bool valued = false;
 };
@@ -94,6 +151,8 @@ private:
 // The refs of one module, by current name and by variable index per wood.
 class SignalManager {
 public:
+    using RefIndex = NameIndex<SignalRef, &SignalRef::getCurrentName>;
+
     SignalManager() = default;
 
     SignalRef* getSignalRefByName(const std::string& name) const;
@@ -118,12 +177,20 @@ public:
     void duplicate(Bddexpressionwood* from, Bddexpressionwood* to);
     void deleteWood(Bddexpressionwood* wood);
 
+    // While set, the variables of new refs are made in the wood's BDD
+    // manager only, and the wood's own tables are left behind until the
+    // wood's update_bdd_vars: a reader declaring many signals sizes them
+    // once instead of doubling them on the way.
+    void deferWoodTables(bool b) { defer_wood_tables = b; }
+    bool defersWoodTables() const { return defer_wood_tables; }
+
     // Unordered: whoever needs an order sorts.
-    const std::unordered_map<std::string, SignalRef*>& getSignalRefs() const { return refs; }
+    const RefIndex& getSignalRefs() const { return refs; }
 
 private:
-    std::unordered_map<std::string, SignalRef*> refs;
+    RefIndex refs;
     std::map<Bddexpressionwood*, SignalRefTable*> tables;
+    bool defer_wood_tables = false;
 };
 
 // What a signal reads of the module that lists it. The module layer sits

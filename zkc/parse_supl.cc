@@ -28,8 +28,26 @@ int class_zkc_parser::parse(std::fstream& log_stream, int level, std::string& su
     // being run even if another was built in between.
     pzkc_parser = this;
     int result = zkcparse();
+    // Also after a file that stops before its equations.
+    wood_catch_up();
+    // Finalisation is next and needs the room; the built nodes keep the
+    // references that their lines took.
+    release_parse_tables();
     log->flush();
     return result;
+}
+
+void class_zkc_parser::release_parse_tables()
+{
+    for (parsed_nodes_class* line : parsed_nodes_table)
+        delete line;
+    std::vector<parsed_nodes_class*>().swap(parsed_nodes_table);
+    for (auto& entry : sparse_nodes)
+        delete entry.second;
+    std::unordered_map<long, parsed_nodes_class*>().swap(sparse_nodes);
+    by_internal_name.release();
+    by_name.release();
+    pre_by_internal_name.release();
 }
 
 int class_zkc_parser::lineno() const { return scanner ? scanner->lineno() : 0; }

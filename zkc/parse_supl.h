@@ -6,6 +6,9 @@
 // global pzkc_parser, which the constructor sets and which keeps pointing at
 // the last parser built.
 
+#include "model/signal.h"
+#include "model/signal_name_index.h"
+
 #include <fstream>
 #include <list>
 #include <map>
@@ -204,6 +207,12 @@ public:
     void memorized_line(const std::string& pre, const std::string& actual, const std::string& initial);
     void connexion(const std::string& set, const std::string& reset, const std::string& rtl);
     void equation_count(long count);
+    // The wood's tables catch up with the variables that the declarations
+    // made; from then on every new variable updates them at once.
+    void wood_catch_up();
+    // Drops the node lines and the name indexes of the reading, which the
+    // module does not use.
+    void release_parse_tables();
     void node_line(long id, long var, long then_id, long else_id, long link);
     void bddexpression_convert(Bddexpressionwood* wood, long early, long late, long var, long root, long link,
                                std::list<long>* dependences);
@@ -231,9 +240,9 @@ private:
     std::list<Signal*>* take_list();
 
     std::list<Signal*>* current_list = nullptr;  // receives declare_signal
-    std::unordered_map<std::string, Signal*> by_internal_name;  // last signal of each internal name
-    std::unordered_map<std::string, Signal*> by_name;  // Module::getSignal over the four lists
-    std::unordered_map<std::string, Signal*> pre_by_internal_name;  // then the memorised pairs
+    NameIndex<Signal, &Signal::getInternalName> by_internal_name;  // last signal of each internal name
+    NameIndex<Signal, &Signal::getOriginalName> by_name;  // Module::getSignal over the four lists
+    NameIndex<Signal, &Signal::getInternalName> pre_by_internal_name;  // then the memorised pairs
 };
 
 extern class_zkc_parser* pzkc_parser;

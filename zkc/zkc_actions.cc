@@ -27,6 +27,8 @@ void class_zkc_parser::module_header(const std::string& name, long reincarnate_n
 {
     module = new Module(name);
     wood = module->getBddWood();
+    if (wood != nullptr && module->getSignalManager() != nullptr)
+        module->getSignalManager()->deferWoodTables(true);
     // Applied to the module at the end of the file.
     reincarnate = reincarnate_number != 0;
     finalised = finalised_number != 0;
@@ -113,21 +115,17 @@ void class_zkc_parser::register_line(const std::string& next_name, const std::st
     // The signals read so far by internal name, the last of a name winning
     // as in a search to the end of the list. Built at the first register
     // line: no signal is declared between the register lines.
-    if (by_internal_name.empty())
+    if (by_internal_name.empty()) {
+        by_internal_name.reserve(signals.size());
         for (Signal* s : signals)
-            by_internal_name[s->getInternalName()] = s;
-    Signal* next = nullptr;
-    Signal* actual = nullptr;
-    auto n = by_internal_name.find(next_name + suffix);
-    if (n != by_internal_name.end()) {
-        next = n->second;
+            by_internal_name.assign(s);
+    }
+    Signal* next = by_internal_name.find(next_name + suffix);
+    if (next != nullptr)
         next->setRegister();
-    }
-    auto a = by_internal_name.find(actual_name + suffix);
-    if (a != by_internal_name.end()) {
-        actual = a->second;
+    Signal* actual = by_internal_name.find(actual_name + suffix);
+    if (actual != nullptr)
         actual->setRegister();
-    }
     // The number is taken as a 32-bit value: only above 1 is it refused.
     int initial = static_cast<int>(static_cast<std::int32_t>(initial_number));
     if (initial > 1) {
@@ -169,19 +167,17 @@ void class_zkc_parser::end_registers()
 // signal's internal name. The same answer from two hash maps.
 void class_zkc_parser::index_module_signals()
 {
-    by_name.clear();
+    by_name.release();
+    by_name.reserve(inputs->size() + outputs->size() + data_signals->size() + locals->size());
     for (std::list<Signal*>* l : {inputs, outputs, data_signals, locals})
         for (Signal* s : *l)
-            by_name.emplace(s->getOriginalName(), s);
+            by_name.insert(s);
 }
 
 Signal* class_zkc_parser::find_signal(const std::string& name) const
 {
-    auto it = by_name.find(name);
-    if (it != by_name.end())
-        return it->second;
-    auto pre = pre_by_internal_name.find(name);
-    return pre != pre_by_internal_name.end() ? pre->second : nullptr;
+    Signal* s = by_name.find(name);
+    return s != nullptr ? s : pre_by_internal_name.find(name);
 }
 
 // ------------------------------------------------------- memorised pairs
@@ -231,8 +227,18 @@ void class_zkc_parser::connexion(const std::string& set, const std::string& rese
 
 // ------------------------------------------------------------ node table
 
+void class_zkc_parser::wood_catch_up()
+{
+    if (module == nullptr || module->getSignalManager() == nullptr || !module->getSignalManager()->defersWoodTables())
+        return;
+    module->getSignalManager()->deferWoodTables(false);
+    if (wood != nullptr)
+        wood->update_bdd_vars();
+}
+
 void class_zkc_parser::equation_count(long count)
 {
+    wood_catch_up();
     node_count = count;
     parsed_nodes_table.clear();
     sparse_nodes.clear();
@@ -427,12 +433,13 @@ void class_zkc_parser::constant_line(const std::string& type, const std::string&
 
 void class_zkc_parser::end_of_file()
 {
+    wood_catch_up();
     if (memorized == nullptr)
         memorized = new std::list<memorizedSignal*>;
     module->setPreSignalList(memorized);
     for (memorizedSignal* pair : *memorized)
         if (pair->getPre() != nullptr)
-            pre_by_internal_name.emplace(pair->getPre()->getInternalName(), pair->getPre());
+            pre_by_internal_name.insert(pair->getPre());
     module->setReincarnate(reincarnate);
     module->setFinalised(finalised ? 1 : 0);
     if (bindings != nullptr)

@@ -85,8 +85,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // expressions are small and left.
     if (Module* m = parser->module) {
         delete m->getBddWood();
-        for (auto& entry : m->getSignalManager()->getSignalRefs())
-            delete entry.second;
+        m->getSignalManager()->getSignalRefs().for_each([](SignalRef* ref) { delete ref; });
         delete m->getSignalManager();
     }
     for (Signal* s : parser->signals)
