@@ -2,6 +2,7 @@
 #define TARN_MODEL_SIGNAL_H
 
 #include "model/expression.h"
+#include "model/wood_map.h"
 
 #include <list>
 #include <map>
@@ -16,45 +17,8 @@ class EquationTable;
 class SignalManager;
 class SignalRef;
 
-// The current occurrence of a signal per wood. Nearly every signal lives in
-// one wood only: the first wood entered is held inline, the others in a map
-// made on demand. Entries are never removed.
-class OccurrenceTable {
-public:
-    // Null when the wood has no entry.
-    const int* find(Bddexpressionwood* wood) const
-    {
-        if (has_first && wood == first_wood)
-            return &first_occurrence;
-        if (others == nullptr)
-            return nullptr;
-        auto it = others->find(wood);
-        return it == others->end() ? nullptr : &it->second;
-    }
-    // The wood's entry, made at 0 when absent.
-    int& operator[](Bddexpressionwood* wood)
-    {
-        if (has_first && wood == first_wood)
-            return first_occurrence;
-        if (!has_first) {
-            has_first = true;
-            first_wood = wood;
-            first_occurrence = 0;
-            return first_occurrence;
-        }
-        if (others == nullptr)
-            others = std::make_unique<std::map<Bddexpressionwood*, int>>();
-        return (*others)[wood];
-    }
-    bool count(Bddexpressionwood* wood) const { return find(wood) != nullptr; }
-    bool empty() const { return !has_first; }
-
-private:
-    Bddexpressionwood* first_wood = nullptr;
-    int first_occurrence = 0;
-    bool has_first = false;
-    std::unique_ptr<std::map<Bddexpressionwood*, int>> others;
-};
+// The current occurrence of a signal per wood; entries are never removed.
+using OccurrenceTable = WoodMap<int>;
 
 // A named wire pair of a module, possibly valued. The BDD variables belong
 // to the SignalRef of each occurrence, kept by the module's SignalManager;

@@ -104,7 +104,7 @@ void SignalRef::addBddIds(long over, long under, Bddexpressionwood* wood)
 
 long SignalRef::getOverBddId(Bddexpressionwood* wood) const
 {
-    const WoodPairs::Pair* pair = ids.find(wood);
+    const WoodPairs::Value* pair = ids.find(wood);
     if (pair == nullptr)
         Compilation::IllegalOperationException("SignalRef::getOverBddId:unknown wood" + getCurrentName());
     return pair->first;
@@ -112,7 +112,7 @@ long SignalRef::getOverBddId(Bddexpressionwood* wood) const
 
 long SignalRef::getUnderBddId(Bddexpressionwood* wood) const
 {
-    const WoodPairs::Pair* pair = ids.find(wood);
+    const WoodPairs::Value* pair = ids.find(wood);
     if (pair == nullptr)
         Compilation::IllegalOperationException("SignalRef::getUnderBddId:unknown wood" + getCurrentName());
     return pair->second;
@@ -120,7 +120,7 @@ long SignalRef::getUnderBddId(Bddexpressionwood* wood) const
 
 void SignalRef::setOverBddId(long id, Bddexpressionwood* wood)
 {
-    WoodPairs::Pair* pair = ids.find(wood);
+    WoodPairs::Value* pair = ids.find(wood);
     if (pair == nullptr)
         Compilation::IllegalOperationException("SignalRef::setOverBddId: wood not found");
     pair->first = id;
@@ -128,7 +128,7 @@ void SignalRef::setOverBddId(long id, Bddexpressionwood* wood)
 
 void SignalRef::setUnderBddId(long id, Bddexpressionwood* wood)
 {
-    WoodPairs::Pair* pair = ids.find(wood);
+    WoodPairs::Value* pair = ids.find(wood);
     if (pair == nullptr)
         Compilation::IllegalOperationException("SignalRef::setUnderBddId: wood not found");
     pair->second = id;

@@ -2,6 +2,7 @@
 #define TARN_MODEL_SIGNAL_MANAGER_H
 
 #include "model/signal_name_index.h"
+#include "model/wood_map.h"
 
 #include <list>
 #include <map>
@@ -16,52 +17,8 @@ class Signal;
 class SignalManager;
 class memorizedSignal;
 
-// A ref's variable pair (over, under) per wood. Nearly every ref lives in
-// one wood only: one pair is held inline, the others in a map made on
-// demand.
-class WoodPairs {
-public:
-    using Pair = std::pair<long, long>;
-    const Pair* find(Bddexpressionwood* wood) const
-    {
-        if (has_first && wood == first_wood)
-            return &first;
-        if (others == nullptr)
-            return nullptr;
-        auto it = others->find(wood);
-        return it == others->end() ? nullptr : &it->second;
-    }
-    Pair* find(Bddexpressionwood* wood) { return const_cast<Pair*>(static_cast<const WoodPairs*>(this)->find(wood)); }
-    // False, and nothing changed, when the wood has a pair already.
-    bool insert(Bddexpressionwood* wood, Pair ids)
-    {
-        if (find(wood) != nullptr)
-            return false;
-        if (!has_first) {
-            has_first = true;
-            first_wood = wood;
-            first = ids;
-            return true;
-        }
-        if (others == nullptr)
-            others = std::make_unique<std::map<Bddexpressionwood*, Pair>>();
-        others->emplace(wood, ids);
-        return true;
-    }
-    void erase(Bddexpressionwood* wood)
-    {
-        if (has_first && wood == first_wood)
-            has_first = false;
-        else if (others != nullptr)
-            others->erase(wood);
-    }
-
-private:
-    Bddexpressionwood* first_wood = nullptr;
-    Pair first{0, 0};
-    bool has_first = false;
-    std::unique_ptr<std::map<Bddexpressionwood*, Pair>> others;
-};
+// A ref's variable pair (over, under) per wood.
+using WoodPairs = WoodMap<std::pair<long, long>>;
 
 // One occurrence of a signal: its variable pair in each wood where it has
 // one. The current name (internal name, plus "_" and the occurrence when it

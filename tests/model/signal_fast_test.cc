@@ -127,7 +127,7 @@ TEST(SignalFast, InlineFirstEntriesBehaveLikeMaps)
         OccurrenceTable occurrences;
         std::map<Bddexpressionwood*, int> plainOccurrences;
         WoodPairs pairs;
-        std::map<Bddexpressionwood*, WoodPairs::Pair> plainPairs;
+        std::map<Bddexpressionwood*, WoodPairs::Value> plainPairs;
         for (int step = 0; step < 40; ++step) {
             Bddexpressionwood* w = woods[rng() % woods.size()];
             long v = static_cast<long>(rng() % 100);
@@ -141,7 +141,7 @@ TEST(SignalFast, InlineFirstEntriesBehaveLikeMaps)
                 EXPECT_EQ(occurrences[w], plainOccurrences[w]);
                 break;
             case 2:
-                EXPECT_EQ(pairs.insert(w, {v, v + 1}), plainPairs.emplace(w, WoodPairs::Pair{v, v + 1}).second);
+                EXPECT_EQ(pairs.insert(w, {v, v + 1}), plainPairs.emplace(w, WoodPairs::Value{v, v + 1}).second);
                 break;
             default:
                 pairs.erase(w);
@@ -157,7 +157,7 @@ TEST(SignalFast, InlineFirstEntriesBehaveLikeMaps)
                     EXPECT_EQ(*got, o->second);
                 }
                 auto p = plainPairs.find(probe);
-                const WoodPairs::Pair* pair = pairs.find(probe);
+                const WoodPairs::Value* pair = pairs.find(probe);
                 ASSERT_EQ(pair != nullptr, p != plainPairs.end());
                 if (pair != nullptr) {
                     EXPECT_EQ(*pair, p->second);
