@@ -8,6 +8,10 @@
 
 #include <sys/mman.h>
 
+#ifndef MADV_POPULATE_WRITE
+#define MADV_POPULATE_WRITE 23
+#endif
+
 #include <cstdint>
 #include <cstring>
 #include <map>
@@ -110,10 +114,12 @@ TEST(TarnHeap, PopulatingKeepsContentsAndToleratesVanishedBlocks) {
         p[i] = static_cast<unsigned char>(i / 4096 + 1);
     tarn_prefault::populate_in_background(p + 1, kBytes - 1);
     tarn_prefault::drain();
-    // The odd pages, never written, are present now, and still zero.
+    // The odd pages, never written, are present now (where the kernel can
+    // populate: elsewhere only the speed-up is lost), and still zero.
+    bool kernel_populates = madvise(p, 4096, MADV_POPULATE_WRITE) == 0;
     std::vector<unsigned char> present(kBytes / 4096);
     ASSERT_EQ(mincore(p, kBytes, present.data()), 0);
-    for (std::size_t k = 0; k < present.size(); ++k)
+    for (std::size_t k = 0; kernel_populates && k < present.size(); ++k)
         EXPECT_TRUE(present[k] & 1) << "page " << k << " not made present";
     for (std::size_t i = 0; i < kBytes; i += 4096) {
         ASSERT_EQ(p[i], i % (2 * 4096) == 0 ? static_cast<unsigned char>(i / 4096 + 1) : 0);
