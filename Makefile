@@ -4,7 +4,7 @@ BUILD ?= build
 JOBS  ?= $(shell nproc 2>/dev/null || echo 2)
 ALL_TARGETS = -doc -esterel -lustre -nusmv -blif -c -csharp -vhdl -altera -systemc -qsr -valued_simul
 
-.PHONY: deps build demo test bench clean
+.PHONY: deps build demo test test-long bench clean
 
 deps:
 	bash scripts/install-deps
@@ -24,7 +24,11 @@ demo: build
 	done
 
 test: build
-	cd $(BUILD) && env -u DISPLAY ctest --output-on-failure -j $(JOBS) --timeout 600
+	cd $(BUILD) && env -u DISPLAY ctest --output-on-failure -j $(JOBS) --timeout 600 -LE long
+
+# The sweeps of many random modules through the slow consumers.
+test-long: build
+	cd $(BUILD) && env -u DISPLAY ctest --output-on-failure -j $(JOBS) --timeout 3000 -L long
 
 bench: build
 	@for b in $(BUILD)/bench/*_bench; do [ -x $$b ] && $$b; done
