@@ -103,7 +103,8 @@ struct tarn_target {
 //   ENCAPSULATEDQSR_put(out).
 // A null generator is one this build does not have yet.
 const tarn_target targets[] = {
-    {"mosk simulator", &tarn_flags::valuedSimulFlag, nullptr, {{"/mosk_", ".cc"}, {"", nullptr}}, nullptr, nullptr},
+    {"mosk simulator", &tarn_flags::valuedSimulFlag, nullptr, {{"/mosk_", ".cc"}, {"", nullptr}},
+     [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->SIMUL_ZKC_put(*files[0]); }, nullptr},
     {"documentation", &tarn_flags::docFlag, nullptr, {{"/", ".doc"}, {"", nullptr}}, nullptr, nullptr},
     {"Esterel", &tarn_flags::esterelFlag, nullptr, {{"/", ".strl"}, {"", nullptr}}, nullptr, nullptr},
     {"Lustre", &tarn_flags::lustreFlag, nullptr, {{"/", ".lus"}, {"", nullptr}}, nullptr, nullptr},
@@ -115,7 +116,8 @@ const tarn_target targets[] = {
      [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->C_put(*files[0], *files[1]); }, nullptr},
     {"C#", &tarn_flags::csharpFlag, nullptr, {{"/", ".cs"}, {"", nullptr}}, nullptr, nullptr},
     {"VHDL", &tarn_flags::vhdlFlag, &tarn_flags::alteraFlag, {{"/", ".vhd"}, {"", nullptr}}, nullptr, nullptr},
-    {"SystemC", &tarn_flags::systemcFlag, nullptr, {{"/", "_sc.cc"}, {"/", "_sc.h"}}, nullptr, nullptr},
+    {"SystemC", &tarn_flags::systemcFlag, nullptr, {{"/", "_sc.cc"}, {"/", "_sc.h"}},
+     [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->SYSTEMC_put(*files[0], *files[1]); }, nullptr},
     {"encapsulated qsr", &tarn_flags::qsrFlag, nullptr, {{"/", "_encapsulated.qsr"}, {"", nullptr}}, nullptr, nullptr},
 };
 

@@ -194,6 +194,12 @@ public:
     // `nodeArray`, with value assignments of abstract and clocked bindings.
     // Names in `outputs` are assigned through their pointer.
     void C_put_equation(std::ostream& os, const std::string& nodeArray, const std::set<std::string>& outputs);
+    // SystemC unit: the C unit's functions without memorised signals, values
+    // assigned by binding after the equations; code file `c`, header `h`.
+    void SYSTEMC_put(std::ostream& c, std::ostream& h);
+    // The simulator's data server: a C++ program that links the user's data
+    // functions, starts the simulator and answers its requests on a socket.
+    void SIMUL_ZKC_put(std::ostream& os);
     // ---- end generators ----
 
     // Class-wide settings of the source compiler and the simulator.

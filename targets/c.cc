@@ -1,22 +1,27 @@
 // C target: a header and a code file for one module, not reentrant. The
 // state lies in file-scope variables; one call of <m>_automaton is one
-// reaction, inputs by value, outputs through pointers.
+// reaction, inputs by value, outputs through pointers. The frame pieces
+// that the SystemC unit shares are in namespace cframe (targets/c_frame.h).
 
 #include "model/module.h"
 
 #include "data/data.h"
 #include "model/module_bindings.h"
+#include "targets/c_frame.h"
 #include "targets/formats.h"
 #include "wood/Bddexpression.h"
 
+#include <iostream>
 #include <ostream>
 #include <sstream>
 
+namespace cframe {
+
 namespace {
 
-// The parameter list of <m>_automaton goes to both files; they differ in
-// the blanks behind a later input's comma.
-struct Parameters {
+// The parameter list goes to both files; they differ in the blanks behind a
+// later input's comma.
+struct ParameterText {
     std::ostringstream code, header;
     bool first = true;
 
@@ -38,7 +43,168 @@ struct Parameters {
     }
 };
 
+long outputOver(Module* m, Signal* s, Dialect dialect)
+{
+    return dialect == Dialect::c ? s->getInitialOverBddId(m, m->getBddWood())
+                                     : s->getOverBddId(m, m->getBddWood());
+}
+
+long outputUnder(Module* m, Signal* s, Dialect dialect)
+{
+    return dialect == Dialect::c ? s->getInitialUnderBddId(m, m->getBddWood())
+                                     : s->getUnderBddId(m, m->getBddWood());
+}
+
+// A port without variable leaves no trace.
+bool absent(long over, Dialect dialect)
+{
+    return over == -1 || (dialect == Dialect::systemc && over == -2);
+}
+
 } // namespace
+
+void put_methods(std::ostream& h)
+{
+    if (Compilation::GDataMethodTable != nullptr)
+        Compilation::GDataMethodTable->C_put(h);
+}
+
+void put_constants(Module* m, std::ostream& c, std::ostream& h, bool trace)
+{
+    if (Compilation::GDataConstantTable == nullptr)
+        return;
+    std::list<ConstantDecl*>* constants = Compilation::GDataConstantTable->getConstantList();
+    if (constants == nullptr)
+        return;
+    for (ConstantDecl* k : *constants) {
+        if (k == nullptr)
+            continue;
+        if (trace)
+            std::cerr << k->getName() << std::endl;
+        std::ostream& os = k->getValueTable() == nullptr ? h : c;
+        k->C_put(os, m);
+        os << "\n";
+    }
+}
+
+void put_state(Module* m, std::ostream& c, const std::vector<regclass*>& regs)
+{
+    if (regs.empty())
+        return;
+    c << "/* global state variables */\n"
+      << "int ";
+    bool first = true;
+    for (regclass* r : regs) {
+        c << (first ? "" : ",\n    ") << r->actual_var()->getOverName(m);
+        first = false;
+    }
+    c << ";\n\n";
+}
+
+void put_register_resets(Module* m, std::ostream& c, const std::vector<regclass*>& regs)
+{
+    for (regclass* r : regs)
+        c << "  " << r->actual_var()->getOverName(m) << "= " << (r->is_initialy_true() ? 1 : 0) << ";\n";
+}
+
+void put_register_refresh(Module* m, std::ostream& c, const std::vector<regclass*>& regs)
+{
+    for (regclass* r : regs)
+        c << "  " << r->actual_var()->getOverName(m) << "= " << r->next_var()->getOverName(m) << ";\n";
+}
+
+Parameters parameters(Module* m, Dialect dialect)
+{
+    Bddexpressionwood* wood = m->getBddWood();
+    bool finalised = m->getFinalised() != 0;
+    ParameterText text;
+    Parameters result;
+    if (m->getInputSignalList() != nullptr)
+        for (Signal* s : *m->getInputSignalList()) {
+            long over = s->getOverBddId(m, wood);
+            if (absent(over, dialect) || m->getBinding(s->getOriginalName()) != nullptr)
+                continue;
+            std::string var = wood->Name_var_by_index(over);
+            text.presence("int", var, ", int ", ", int  ");
+            if (s->isValued(m))
+                text.value(", " + s->getValueType(m) + " " + var + "_val");
+            if (!finalised) {
+                long under = s->getUnderBddId(m, wood);
+                if (under != -1)
+                    text.presence("int", wood->Name_var_by_index(under), ", int ", ", int  ");
+            }
+        }
+    if (m->getOutputSignalList() != nullptr)
+        for (Signal* s : *m->getOutputSignalList()) {
+            long over = outputOver(m, s, dialect);
+            if (absent(over, dialect) || m->getBinding(s->getOriginalName()) != nullptr)
+                continue;
+            std::string var = wood->Name_var_by_index(over);
+            text.presence("int*", var, ", int*", ", int*");
+            if (s->isValued(m))
+                text.value(", " + s->getValueType(m) + "* " + var + "_val");
+            result.outputNames.insert(var);
+            if (!finalised) {
+                long under = outputUnder(m, s, dialect);
+                if (under != -1) {
+                    std::string uvar = wood->Name_var_by_index(under);
+                    text.presence("int*", uvar, ", int*", ", int*");
+                    result.outputNames.insert(uvar);
+                }
+            }
+        }
+    result.code = text.code.str();
+    result.header = text.header.str();
+    return result;
+}
+
+IndexSet local_variables(Module* m, const std::vector<regclass*>& regs, const std::vector<memorizedSignal*>& pres,
+                         Dialect dialect)
+{
+    Bddexpressionwood* wood = m->getBddWood();
+    IndexSet used = wood->Set_of_index_used_variables();
+    if (m->getInputSignalList() != nullptr)
+        for (Signal* s : *m->getInputSignalList())
+            if (s->getOverBddId(m, wood) != -1)
+                used.erase(s->getInitialOverBddId(m, wood));
+    for (memorizedSignal* pair : pres)
+        if (pair->getPre()->getOverBddId(m, wood) != -1)
+            used.erase(pair->getPre()->getInitialOverBddId(m, wood));
+    for (regclass* r : regs)
+        used.erase(r->actual_var()->getOverBddId(m, wood));
+    if (m->getOutputSignalList() != nullptr)
+        for (Signal* s : *m->getOutputSignalList()) {
+            used.erase(outputOver(m, s, dialect));
+            if (m->getFinalised() == 0)
+                used.erase(outputUnder(m, s, dialect));
+        }
+    return used;
+}
+
+void put_locals(Module* m, std::ostream& c, const IndexSet& variables)
+{
+    for (long index : variables)
+        c << "  int " << m->getBddWood()->Name_var_by_index(index) << ";\n";
+}
+
+std::vector<Signal*> unbound_valued_locals(Module* m)
+{
+    std::vector<Signal*> result;
+    if (m->getLocalSignalList() != nullptr)
+        for (Signal* s : *m->getLocalSignalList())
+            if (s->isValued(m) && m->getBinding(s->getName(m)) == nullptr)
+                result.push_back(s);
+    return result;
+}
+
+std::string put_node_array(Module* m, std::ostream& c)
+{
+    std::string nodeArray = m->getName() + "_node";
+    c << "  int " << nodeArray << "[" << m->getBddWood()->my_bdd_manager()->Bdd_total_size() << "];\n";
+    return nodeArray;
+}
+
+} // namespace cframe
 
 void Module::C_put(std::ostream& c, std::ostream& h)
 {
@@ -50,23 +216,13 @@ void Module::C_put(std::ostream& c, std::ostream& h)
                 h << "#include \"C_data_user_" << type.first << ".h\"\n";
         Compilation::GDataTypeTable->C_put(h);
     }
-    if (Compilation::GDataMethodTable != nullptr)
-        Compilation::GDataMethodTable->C_put(h);
+    cframe::put_methods(h);
 
     c << "#include \"" << name << ".h\"\n"
       << "#define false 0\n"
       << "#define true (!false)\n"
       << "\n";
-    // External constants are the user's: declared in the header only.
-    if (Compilation::GDataConstantTable != nullptr)
-        if (std::list<ConstantDecl*>* constants = Compilation::GDataConstantTable->getConstantList())
-            for (ConstantDecl* k : *constants) {
-                if (k == nullptr)
-                    continue;
-                std::ostream& os = k->getValueTable() == nullptr ? h : c;
-                k->C_put(os, this);
-                os << "\n";
-            }
+    cframe::put_constants(this, c, h, false);
 
     if (wood == nullptr || wood->my_bdd_manager() == nullptr) {
         h << "#endif\n";
@@ -78,17 +234,7 @@ void Module::C_put(std::ostream& c, std::ostream& h)
     bool hasRegisters = !regs.empty();
     bool hasPre = !pres.empty();
 
-    if (hasRegisters) {
-        // One declaration, a name per line aligned under the first.
-        c << "/* global state variables */\n"
-          << "int ";
-        bool first = true;
-        for (regclass* r : regs) {
-            c << (first ? "" : ",\n    ") << r->actual_var()->getOverName(this);
-            first = false;
-        }
-        c << ";\n\n";
-    }
+    cframe::put_state(this, c, regs);
     if (hasPre) {
         c << "/* global pre variables */\n";
         for (memorizedSignal* pair : pres) {
@@ -104,8 +250,7 @@ void Module::C_put(std::ostream& c, std::ostream& h)
     c << "void " << name << "_reset_automaton()" << "{\n";
     if (hasRegisters) {
         c << "  /* global state variables initialisation */\n";
-        for (regclass* r : regs)
-            c << "  " << r->actual_var()->getOverName(this) << "= " << (r->is_initialy_true() ? 1 : 0) << ";\n";
+        cframe::put_register_resets(this, c, regs);
     }
     if (hasPre) {
         c << "  /* pre variables initialisation */\n";
@@ -122,82 +267,22 @@ void Module::C_put(std::ostream& c, std::ostream& h)
     }
     c << "}\n\n";
 
-    // Parameters: inputs, then outputs; a bound port is computed inside.
-    Parameters params;
-    std::set<std::string> outputNames;
-    if (inputs != nullptr)
-        for (Signal* s : *inputs) {
-            long over = s->getOverBddId(this, wood);
-            if (over == -1 || getBinding(s->getOriginalName()) != nullptr)
-                continue;
-            std::string var = wood->Name_var_by_index(over);
-            params.presence("int", var, ", int ", ", int  ");
-            if (s->isValued(this))
-                params.value(", " + s->getValueType(this) + " " + var + "_val");
-            if (!finalised) {
-                long under = s->getUnderBddId(this, wood);
-                if (under != -1)
-                    params.presence("int", wood->Name_var_by_index(under), ", int ", ", int  ");
-            }
-        }
-    if (outputs != nullptr)
-        for (Signal* s : *outputs) {
-            long over = s->getInitialOverBddId(this, wood);
-            if (over == -1 || getBinding(s->getOriginalName()) != nullptr)
-                continue;
-            std::string var = wood->Name_var_by_index(over);
-            params.presence("int*", var, ", int*", ", int*");
-            if (s->isValued(this))
-                params.value(", " + s->getValueType(this) + "* " + var + "_val");
-            outputNames.insert(var);
-            if (!finalised) {
-                long under = s->getInitialUnderBddId(this, wood);
-                if (under != -1) {
-                    std::string uvar = wood->Name_var_by_index(under);
-                    params.presence("int*", uvar, ", int*", ", int*");
-                    outputNames.insert(uvar);
-                }
-            }
-        }
-
+    cframe::Parameters params = cframe::parameters(this, cframe::Dialect::c);
     h << "extern void " << name << "_reset_automaton();\n"
-      << "extern void " << name << "_automaton(" << params.header.str() << ");\n"
+      << "extern void " << name << "_automaton(" << params.header << ");\n"
       << "#endif\n";
 
-    c << "void " << name << "_automaton(" << params.code.str() << ")\n"
+    c << "void " << name << "_automaton(" << params.code << ")\n"
       << "{\n";
 
-    // Locals: every variable of the wood that no parameter, pre copy or
-    // state variable already declares.
-    IndexSet locals_used = wood->Set_of_index_used_variables();
-    if (inputs != nullptr)
-        for (Signal* s : *inputs)
-            if (s->getOverBddId(this, wood) != -1)
-                locals_used.erase(s->getInitialOverBddId(this, wood));
-    for (memorizedSignal* pair : pres)
-            if (pair->getPre()->getOverBddId(this, wood) != -1)
-                locals_used.erase(pair->getPre()->getInitialOverBddId(this, wood));
-    for (regclass* r : regs)
-            locals_used.erase(r->actual_var()->getOverBddId(this, wood));
-    if (outputs != nullptr)
-        for (Signal* s : *outputs) {
-            locals_used.erase(s->getInitialOverBddId(this, wood));
-            if (!finalised)
-                locals_used.erase(s->getInitialUnderBddId(this, wood));
-        }
-    for (long index : locals_used)
-        c << "  int " << wood->Name_var_by_index(index) << ";\n";
+    cframe::put_locals(this, c, cframe::local_variables(this, regs, pres, cframe::Dialect::c));
+    for (Signal* s : cframe::unbound_valued_locals(this)) {
+        std::string type = s->getValueType(this);
+        c << "  " << type << " " << wood->Name_var_by_index(s->getInitialOverBddId(this, wood)) << "_val = copy_"
+          << type << "(zero_" << type << ");\n";
+    }
 
-    if (locals != nullptr)
-        for (Signal* s : *locals)
-            if (s->isValued(this) && getBinding(s->getName(this)) == nullptr) {
-                std::string type = s->getValueType(this);
-                c << "  " << type << " " << wood->Name_var_by_index(s->getInitialOverBddId(this, wood))
-                  << "_val = copy_" << type << "(zero_" << type << ");\n";
-            }
-
-    std::string nodeArray = name + "_node";
-    c << "  int " << nodeArray << "[" << wood->my_bdd_manager()->Bdd_total_size() << "];\n";
+    std::string nodeArray = cframe::put_node_array(this, c);
 
     if (outputs != nullptr)
         for (Signal* s : *outputs)
@@ -243,7 +328,7 @@ void Module::C_put(std::ostream& c, std::ostream& h)
         }
 
     c << "  " << " /* outputs computing */\n";
-    C_put_equation(c, nodeArray, outputNames);
+    C_put_equation(c, nodeArray, params.outputNames);
 
     // An output clock that did not fire carries its type's zero.
     for (const auto& entry : outputClockBindings(this)) {
@@ -260,8 +345,7 @@ void Module::C_put(std::ostream& c, std::ostream& h)
 
     if (hasRegisters) {
         c << "\n  /* refresh registers */\n";
-        for (regclass* r : regs)
-            c << "  " << r->actual_var()->getOverName(this) << "= " << r->next_var()->getOverName(this) << ";\n";
+        cframe::put_register_refresh(this, c, regs);
         c << "\n";
     }
     if (hasPre) {
