@@ -1,0 +1,210 @@
+// The SystemC unit as g++ and libsystemc take it: every bundled example and
+// five generated modules compile (or fail exactly as their text says) and,
+// run inside sc_main on random traces, give the outputs of the module's C
+// wherever the unit defines them; a valued module follows its C value for
+// value.
+
+#include "tests/consumers/systemc_wrapper.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace {
+
+using namespace systemc_wrapper;
+
+struct example_case {
+    const char* name;
+    bool refused;                       // g++ refuses the literal text
+    std::set<std::string> undefined;    // outputs that read a memorised signal
+};
+
+TEST(SystemCConsumer, PureExamplesFollowTheirCWhereDefined)
+{
+    if (!have_systemc())
+        GTEST_SKIP() << "libsystemc-dev is not installed";
+    // toggle and watchdog read an output's pointer in the node of its under
+    // wire; blink's w is pre n and shift's q reads pre d, which this unit
+    // declares and never loads.
+    const example_case cases[] = {
+        {"toggle", true, {}},
+        {"blink", false, {"w"}},
+        {"shift", false, {"q"}},
+        {"watchdog", true, {}},
+    };
+    for (const example_case& x : cases) {
+        SCOPED_TRACE(x.name);
+        scratch_dir s;
+        ASSERT_EQ(run(std::string("cp '" TARN_SOURCE_DIR "/examples/") + x.name + ".zkc' '" + s.path + "'"), 0);
+        sc_run r = compare_with_c(s, x.name, 21);
+        EXPECT_EQ(r.refused, x.refused);
+        EXPECT_EQ(r.undefined_outputs, x.undefined);
+    }
+}
+
+TEST(SystemCConsumer, GeneratedModulesFollowTheirC)
+{
+    if (!have_systemc())
+        GTEST_SKIP() << "libsystemc-dev is not installed";
+    std::size_t compared = 0, undefined = 0;
+    for (int seed = 1; seed <= 5; ++seed) {
+        std::string name = "gen" + std::to_string(seed);
+        SCOPED_TRACE(name);
+        scratch_dir s;
+        ASSERT_EQ(run(zkcgen + " " + std::to_string(60 + 40 * seed) + " " + std::to_string(seed) + " " + name +
+                      " > '" + s.path + "/" + name + ".zkc'"),
+                  0);
+        sc_run r = compare_with_c(s, name, 200 + seed);
+        compared += r.compared;
+        undefined += r.undefined_outputs.size();
+    }
+    EXPECT_GT(compared, 10u);
+    EXPECT_LT(undefined, compared);
+}
+
+// Valued examples keep their memorised values in the pre copies that this
+// unit never declares, and accumulator binds its outputs, which are then
+// no parameters though their equations assign them: g++ finds exactly
+// those names undeclared.
+TEST(SystemCConsumer, ValuedExamplesReadWhatTheUnitNeverDeclares)
+{
+    const struct {
+        const char* file;
+        const char* module;
+        std::set<std::string> undeclared;
+    } cases[] = {
+        {"peak", "peak", {"pre_best_val"}},
+        {"sum", "sum", {"pre_total_val"}},
+        {"accumulator", "accu", {"total", "level", "pre_total_val"}},
+    };
+    for (const auto& x : cases) {
+        SCOPED_TRACE(x.file);
+        scratch_dir s;
+        ASSERT_EQ(run(std::string("cp '" TARN_SOURCE_DIR "/examples/") + x.file + ".zkc' '" + s.path + "'"), 0);
+        ASSERT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " " + x.file + ".zkc -systemc > out.txt 2>&1"),
+                  0);
+        // The code includes the header by the module's name.
+        run("cd '" + s.path + "' && cp " + x.file + "_sc.h " + x.module + "_sc.h 2> /dev/null");
+        run("cd '" + s.path + "' && cp " + x.file + "_sc.cc " + x.module + "_sc.cc 2> /dev/null");
+        s.write(std::string(x.module) + "_typedecl.h", "typedef int integer;\n#define sup_integer(a, b) ((a) > (b))\n");
+        compiled c = compile_unit(s, x.module);
+        EXPECT_NE(c.status, 0);
+        EXPECT_EQ(undeclared(c.errors), x.undeclared) << c.errors;
+        EXPECT_EQ(error_messages(c.errors).size(), x.undeclared.size()) << c.errors;
+    }
+}
+
+// A valued input, a valued output whose clock has two bindings (a method
+// call on the input's value, a constant), no memorised signal:
+// y = x or z, y_val = twice(x_val) when x, else k when z.
+const char* twice_zkc = R"(module: twice 0 0
+input: x : integer z ;
+output: y : integer ;
+local: f1 f2 ;
+connexion: SETtwice RESETtwice RTLtwice;
+equation_def:
+5
+0: 0:1:2,1
+1: -1:-3:-3,1
+2: 2:1:1,-1
+3: 0:1:1,-1
+4: 0:1:2,-1
+expressions:
+1 1 4:0,1,(0 2 )
+1 1 5:0,-1,(0 2 )
+1 1 6:3,1,(0 )
+1 1 7:3,-1,(0 )
+1 1 8:4,-1,(0 2 )
+1 1 9:4,1,(0 2 )
+end:
+binding:
+   (6, 7): value: 0 clock: (4, 5);
+   (8, 9): value: 1 clock: (4, 5);
+end:
+evaltable:
+   0: %0(2);
+   1: $0;
+   2: %%14(0, 1);
+end:
+data:
+type:
+integer;
+method:
+integer twice(integer);
+constant:
+integer k :c= "7" :default= "7";
+end:
+)";
+
+// One reaction per line "x x_val z"; the output's value slot holds -1
+// before each reaction, so that what the reaction leaves there shows.
+const char* twice_reaction = R"(  int x, xv, z, y; integer yv = -1;
+  if (std::fscanf(in, "%d %d %d", &x, &xv, &z) != 3) return false;
+  twice_automaton(x, xv, z, &y, &yv);
+  std::fprintf(out, "%d %d\n", y != 0, yv);
+  return true;
+)";
+
+TEST(SystemCConsumer, ValuedModuleFollowsItsCValueForValue)
+{
+    if (!have_systemc())
+        GTEST_SKIP() << "libsystemc-dev is not installed";
+    scratch_dir s;
+    s.write("twice.zkc", twice_zkc);
+    ASSERT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " twice.zkc -c -systemc > out.txt 2> err.txt"), 0);
+    // Each constant's name is traced on the error stream.
+    EXPECT_NE(read_file(s.path + "/err.txt").find("\nk\n"), std::string::npos) << read_file(s.path + "/err.txt");
+    const char* user = "const integer zero_integer = 0;\ninteger twice(integer v) { return 2 * v; }\n";
+    s.write("twice_typedecl.h", "typedef int integer;\n");
+    s.write("C_data_user_integer.h", "typedef int integer;\n#define copy_integer(x) (x)\n#define copy_pure(x) (x)\n");
+    s.write("user_sc.cc", std::string("#include \"twice_sc.h\"\n") + user);
+    s.write("user.c", std::string("#include \"twice.h\"\n") + user);
+    s.write("driver.c", "#include <stdio.h>\n#include \"twice.h\"\nint main(void)\n{\n"
+                        "  int x, xv, z, y; integer yv;\n  twice_reset_automaton();\n"
+                        "  while (scanf(\"%d %d %d\", &x, &xv, &z) == 3) {\n    yv = -1;\n"
+                        "    twice_automaton(x, xv, z, &y, &yv);\n    printf(\"%d %d\\n\", y != 0, yv);\n  }\n"
+                        "  return 0;\n}\n");
+    compiled unit = compile_unit(s, "twice");
+    ASSERT_EQ(unit.status, 0) << unit.errors;
+    ASSERT_EQ(run("cd '" + s.path + "' && gcc " + cflags + " -o driver driver.c user.c twice.c 2> gcc.txt"), 0)
+        << read_file(s.path + "/gcc.txt");
+
+    std::mt19937 rng(3);
+    std::ostringstream in;
+    for (int step = 0; step < 40; ++step)
+        in << rng() % 2 << " " << rng() % 50 << " " << rng() % 2 << "\n";
+    s.write("trace.txt", in.str());
+    ASSERT_EQ(run("cd '" + s.path + "' && timeout 10 ./driver < trace.txt > c_out.txt"), 0);
+    std::string adapter = std::string("#include <cstdio>\n#include \"twice_sc.h\"\n"
+                                      "void sc_reset_module() { twice_reset_automaton(); }\n"
+                                      "bool sc_react(std::FILE* in, std::FILE* out)\n{\n") +
+                          twice_reaction + "}\n";
+    std::string sc = simulate(s, "twice", adapter, in.str(), "user_sc.cc");
+
+    std::istringstream c_lines(read_file(s.path + "/c_out.txt")), sc_lines(sc), trace_lines(in.str());
+    int present = 0, absent = 0;
+    for (int step = 0; step < 40; ++step) {
+        int x, xv, z, cy, cv, sy, sv;
+        trace_lines >> x >> xv >> z;
+        ASSERT_TRUE(c_lines >> cy >> cv) << step;
+        ASSERT_TRUE(sc_lines >> sy >> sv) << step;
+        EXPECT_EQ(cy, x || z) << step;
+        EXPECT_EQ(sy, cy) << step;
+        if (cy) {
+            EXPECT_EQ(cv, x ? 2 * xv : 7) << step;
+            EXPECT_EQ(sv, cv) << step;
+            ++present;
+        } else {
+            // Without its clock C writes the type's zero; this unit leaves
+            // the value untouched.
+            EXPECT_EQ(cv, 0) << step;
+            EXPECT_EQ(sv, -1) << step;
+            ++absent;
+        }
+    }
+    EXPECT_GT(present, 5);
+    EXPECT_GT(absent, 5);
+}
+
+} // namespace

@@ -1,0 +1,303 @@
+// The SystemC unit compiled with g++ against libsystemc and run inside
+// sc_main: one wrapper, built once per test process, reacts on each rising
+// edge of a clock through a small per-module adapter that calls
+// <m>_automaton on the next line of a trace. Also the reading of the
+// unit's text that tells which outputs a reaction leaves undefined.
+#ifndef TARN_TESTS_CONSUMERS_SYSTEMC_WRAPPER_H
+#define TARN_TESTS_CONSUMERS_SYSTEMC_WRAPPER_H
+
+#include "tests/consumers/c_reference.h"
+#include "tests/tarn_process.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+#include <memory>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace systemc_wrapper {
+
+using namespace c_reference;
+
+inline bool have_systemc() { return run("test -f /usr/include/systemc.h") == 0; }
+
+// The SystemC side, the same for every module: a reactor sensitive to the
+// clock's rising edge that stops the simulation at the end of the trace.
+inline const char* wrapper_text = R"(#include <systemc.h>
+#include <cstdio>
+
+void sc_reset_module();
+bool sc_react(std::FILE* in, std::FILE* out);
+
+SC_MODULE(reactor)
+{
+    sc_in<bool> clk;
+    std::FILE* in = nullptr;
+    std::FILE* out = nullptr;
+    SC_CTOR(reactor)
+    {
+        SC_METHOD(react);
+        sensitive << clk.pos();
+        dont_initialize();
+    }
+    void react()
+    {
+        if (!sc_react(in, out))
+            sc_stop();
+    }
+};
+
+int sc_main(int argc, char* argv[])
+{
+    if (argc != 3)
+        return 2;
+    sc_clock clk("clk", 10, SC_NS);
+    reactor r("r");
+    r.clk(clk);
+    r.in = std::fopen(argv[1], "r");
+    r.out = std::fopen(argv[2], "w");
+    if (r.in == nullptr || r.out == nullptr)
+        return 2;
+    sc_reset_module();
+    sc_start();
+    std::fclose(r.out);
+    return 0;
+}
+)";
+
+// The wrapper's object, compiled at the first call.
+inline std::string wrapper_object()
+{
+    static std::unique_ptr<scratch_dir> dir;
+    static std::string object;
+    if (dir == nullptr) {
+        dir = std::make_unique<scratch_dir>();
+        dir->write("wrapper.cc", wrapper_text);
+        if (run("cd '" + dir->path + "' && g++ -c wrapper.cc -o wrapper.o 2> gxx.txt") == 0)
+            object = dir->path + "/wrapper.o";
+        else
+            ADD_FAILURE() << "the SystemC wrapper does not compile\n" << read_file(dir->path + "/gxx.txt");
+    }
+    return object;
+}
+
+// The adapter of a pure module: inputs and outputs as int, one line of the
+// trace per reaction, the outputs' presence written on one line.
+inline std::string pure_adapter(const std::string& module, const std::vector<std::string>& inputs,
+                                const std::vector<std::string>& outputs)
+{
+    std::ostringstream a;
+    a << "#include <cstdio>\n#include \"" << module << "_sc.h\"\n"
+      << "void sc_reset_module() { " << module << "_reset_automaton(); }\n"
+      << "bool sc_react(std::FILE* in, std::FILE* out)\n{\n"
+      << "  int i[" << inputs.size() + 1 << "], o[" << outputs.size() + 1 << "];\n";
+    for (std::size_t k = 0; k < inputs.size(); ++k)
+        a << "  if (std::fscanf(in, \"%d\", &i[" << k << "]) != 1) return false;\n";
+    if (inputs.empty())
+        a << "  int go; if (std::fscanf(in, \"%d\", &go) != 1) return false;\n";
+    for (std::size_t k = 0; k < outputs.size(); ++k)
+        a << "  o[" << k << "] = 0;\n";
+    a << "  " << module << "_automaton(";
+    for (std::size_t k = 0; k < inputs.size(); ++k)
+        a << (k ? ", " : "") << "i[" << k << "]";
+    for (std::size_t k = 0; k < outputs.size(); ++k)
+        a << (k || !inputs.empty() ? ", " : "") << "&o[" << k << "]";
+    a << ");\n";
+    for (std::size_t k = 0; k < outputs.size(); ++k)
+        a << "  std::fprintf(out, \"%d \", o[" << k << "] != 0);\n";
+    a << "  std::fprintf(out, \"\\n\");\n  return true;\n}\n";
+    return a.str();
+}
+
+struct compiled {
+    int status;
+    std::string errors;
+};
+
+// g++ on <m>_sc.cc alone, in the C locale so that messages quote plainly.
+inline compiled compile_unit(const scratch_dir& s, const std::string& module, const std::string& flags = "")
+{
+    int status = run("cd '" + s.path + "' && LC_ALL=C g++ " + flags + " -c " + module + "_sc.cc -o " + module +
+                     "_sc.o 2> gxx.txt");
+    return {status, read_file(s.path + "/gxx.txt")};
+}
+
+// The "error:" messages of g++, without their place.
+inline std::vector<std::string> error_messages(const std::string& errors)
+{
+    std::vector<std::string> messages;
+    std::istringstream lines(errors);
+    std::string line;
+    while (std::getline(lines, line)) {
+        std::size_t at = line.find(" error: ");
+        if (at != std::string::npos)
+            messages.push_back(line.substr(at + 8));
+    }
+    return messages;
+}
+
+// The names g++ finds undeclared.
+inline std::set<std::string> undeclared(const std::string& errors)
+{
+    std::set<std::string> names;
+    std::smatch m;
+    for (const std::string& e : error_messages(errors))
+        if (std::regex_search(e, m, std::regex("'(\\w+)' was not declared in this scope")))
+            names.insert(m[1]);
+    return names;
+}
+
+// The nodes of an output's under wire read the output's pointer as an int.
+// C only warns of it; C++ refuses the conversion, which -fpermissive turns
+// back into a warning. True when that is the unit's only fault (and then
+// its object is built with -fpermissive).
+inline bool compile_with_known_fault(const scratch_dir& s, const std::string& module, bool* refused)
+{
+    compiled plain = compile_unit(s, module);
+    *refused = plain.status != 0;
+    if (plain.status == 0)
+        return true;
+    std::vector<std::string> messages = error_messages(plain.errors);
+    EXPECT_FALSE(messages.empty()) << plain.errors;
+    for (const std::string& e : messages)
+        EXPECT_EQ(e, "invalid conversion from 'int*' to 'int' [-fpermissive]") << plain.errors;
+    compiled permissive = compile_unit(s, module, "-fpermissive");
+    EXPECT_EQ(permissive.status, 0) << permissive.errors;
+    return permissive.status == 0 && !messages.empty();
+}
+
+// Links the unit's object, the adapter and the wrapper, and runs the
+// simulation on `trace_text`; the lines written by the adapter.
+inline std::string simulate(const scratch_dir& s, const std::string& module, const std::string& adapter,
+                            const std::string& trace_text, const std::string& user_files = "")
+{
+    std::string wrapper = wrapper_object();
+    if (wrapper.empty())
+        return "";
+    s.write("adapter.cc", adapter);
+    s.write("sc_trace.txt", trace_text);
+    int built = run("cd '" + s.path + "' && LC_ALL=C g++ -o sc_sim adapter.cc " + module + "_sc.o " + user_files +
+                    " '" + wrapper + "' -lsystemc 2> link.txt");
+    EXPECT_EQ(built, 0) << read_file(s.path + "/link.txt");
+    if (built != 0)
+        return "";
+    int status = run("cd '" + s.path +
+                     "' && SYSTEMC_DISABLE_COPYRIGHT_MESSAGE=1 timeout 30 ./sc_sim sc_trace.txt sc_out.txt"
+                     " > sc_log.txt 2>&1");
+    EXPECT_EQ(status, 0) << read_file(s.path + "/sc_log.txt");
+    return read_file(s.path + "/sc_out.txt");
+}
+
+inline std::string trace_text(const trace& t, bool no_inputs)
+{
+    std::ostringstream in;
+    for (const auto& step : t) {
+        for (int v : step)
+            in << v << " ";
+        in << (no_inputs ? "1" : "") << "\n";
+    }
+    return in.str();
+}
+
+inline port_values read_values(const std::string& text, const std::vector<std::string>& outputs)
+{
+    port_values values;
+    std::istringstream lines(text);
+    for (int step = 0; step < steps; ++step)
+        for (const std::string& o : outputs) {
+            int v = -1;
+            lines >> v;
+            values[o].push_back(v);
+        }
+    return values;
+}
+
+// What a reaction may leave undefined: a local of <m>_automaton that no
+// statement of the unit assigns (the pre copy of a memorised signal, which
+// this unit never loads), and every slot, variable, register state and
+// output assigned from one of those, through any number of reactions.
+inline std::set<std::string> unset_readers(const std::string& unit)
+{
+    std::set<std::string> declared, assigned, unset;
+    std::vector<std::pair<std::string, std::vector<std::string>>> assignments;
+    std::regex declaration("^  int (\\w+);$");
+    std::regex assignment("^\\s*\\*?(\\w+(?:\\[\\d+\\])?)\\s*= (.*);$");
+    std::regex token("[A-Za-z_]\\w*(?:\\[\\d+\\])?");
+    std::istringstream lines(unit);
+    std::string line;
+    std::smatch m;
+    while (std::getline(lines, line)) {
+        if (std::regex_match(line, m, declaration)) {
+            declared.insert(m[1]);
+        } else if (std::regex_match(line, m, assignment)) {
+            assigned.insert(m[1]);
+            std::vector<std::string> reads;
+            std::string rhs = m[2];
+            for (auto t = std::sregex_iterator(rhs.begin(), rhs.end(), token); t != std::sregex_iterator(); ++t)
+                reads.push_back(t->str());
+            assignments.push_back({m[1], reads});
+        }
+    }
+    for (const std::string& d : declared)
+        if (assigned.count(d) == 0)
+            unset.insert(d);
+    for (bool grew = true; grew;) {
+        grew = false;
+        for (const auto& a : assignments)
+            if (unset.count(a.first) == 0)
+                for (const std::string& r : a.second)
+                    if (unset.count(r) != 0) {
+                        unset.insert(a.first);
+                        grew = true;
+                        break;
+                    }
+    }
+    return unset;
+}
+
+struct sc_run {
+    std::set<std::string> undefined_outputs; // outputs left out of the comparison
+    std::size_t compared = 0;                // outputs compared with the C
+    bool refused = false;                    // plain g++ refused the unit
+};
+
+// A pure module already in `s` (file <module>.zkc): its C and its SystemC
+// unit written by tarn, both run on one random trace; every output that the
+// SystemC reaction defines must equal the C's at every step.
+inline sc_run compare_with_c(const scratch_dir& s, const std::string& module, unsigned trace_seed)
+{
+    sc_run result;
+    EXPECT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " " + module + ".zkc -c -systemc > /dev/null 2>&1"),
+              0);
+    std::vector<std::string> inputs, outputs, sc_inputs, sc_outputs;
+    EXPECT_TRUE(read_prototype(read_file(s.path + "/" + module + ".h"), module, inputs, outputs));
+    EXPECT_TRUE(read_prototype(read_file(s.path + "/" + module + "_sc.h"), module, sc_inputs, sc_outputs));
+    EXPECT_EQ(sc_inputs, inputs);
+    EXPECT_EQ(sc_outputs, outputs);
+    if (!compile_with_known_fault(s, module, &result.refused))
+        return result;
+    trace t = random_trace(inputs.size(), trace_seed);
+    port_values c = run_c(s, module, inputs, outputs, t);
+    port_values sc = read_values(simulate(s, module, pure_adapter(module, inputs, outputs),
+                                          trace_text(t, inputs.empty())),
+                                 outputs);
+    std::set<std::string> unset = unset_readers(read_file(s.path + "/" + module + "_sc.cc"));
+    for (const std::string& o : outputs) {
+        if (unset.count(o) != 0) {
+            result.undefined_outputs.insert(o);
+            continue;
+        }
+        EXPECT_EQ(sc[o], c[o]) << "output " << o;
+        ++result.compared;
+    }
+    return result;
+}
+
+} // namespace systemc_wrapper
+
+#endif
