@@ -1,0 +1,353 @@
+// The simulator's data server as g++ builds it and as the simulator talks
+// to it: the mosk_<m>.cc of every valued example (and of a module with a
+// boolean type, and of one without data) compiles against user headers
+// written here and, started with a stand-in simulator first on its PATH,
+// answers each request of that stand-in over loopback as its text says,
+// then ends with status 0 once the stand-in closes the connexion.
+
+#include "data/data.h"
+#include "model/compilation.h"
+#include "tests/consumers/c_reference.h"
+#include "tests/tarn_process.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using c_reference::run;
+using c_reference::tarn;
+
+// The stand-in simulator: started by the server as "mosk <application>
+// <host> <port> &", it connects to 127.0.0.1 on that port, sends each line
+// of requests.txt as one request and writes the reply (or "<no reply>"
+// after a second) as one line of mosk_log.txt, then closes.
+const char* stand_in = R"(#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+int main(int argc, char** argv)
+{
+    alarm(20);
+    std::FILE* log = std::fopen("mosk_log.txt", "w");
+    if (log == nullptr || argc != 4)
+        return 1;
+    std::fprintf(log, "application %s\n", argv[1]);
+    int fd = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in server{};
+    server.sin_family = AF_INET;
+    server.sin_port = htons(std::atoi(argv[3]));
+    inet_pton(AF_INET, "127.0.0.1", &server.sin_addr);
+    if (connect(fd, reinterpret_cast<sockaddr*>(&server), sizeof server) != 0) {
+        std::fprintf(log, "no connexion\n");
+        return 1;
+    }
+    std::ifstream requests("requests.txt");
+    std::string request;
+    while (std::getline(requests, request)) {
+        send(fd, request.data(), request.size(), 0);
+        pollfd ready{fd, POLLIN, 0};
+        std::string reply = "<no reply>";
+        if (poll(&ready, 1, 1000) > 0) {
+            char buffer[2048];
+            long n = recv(fd, buffer, sizeof buffer, 0);
+            reply = n > 0 ? std::string(buffer, n) : "<closed>";
+        }
+        std::fprintf(log, "%s\n", reply.c_str());
+    }
+    std::fprintf(log, "closed\n");
+    std::fclose(log);
+    close(fd);
+    return 0;
+}
+)";
+
+// What every user of type integer writes: a check, both conversions.
+const char* integer_user = R"(#include <cstdlib>
+#include <string>
+typedef long integer;
+inline bool check_integer(const std::string& s)
+{
+    char* end = nullptr;
+    std::strtol(s.c_str(), &end, 10);
+    return !s.empty() && *end == '\0';
+}
+inline integer string_to_integer(const std::string& s) { return std::strtol(s.c_str(), nullptr, 10); }
+inline std::string integer_to_string(integer v) { return std::to_string(v); }
+)";
+
+// The user of type bool: string_to_bool is the server's own.
+const char* bool_user = R"(#include <string>
+inline bool check_bool(const std::string& s) { return s == "true" || s == "false"; }
+inline std::string bool_to_string(bool b) { return b ? "true" : "false"; }
+)";
+
+using exchange = std::pair<std::string, std::string>; // request, reply
+
+struct server_case {
+    std::string file, module;
+    std::vector<std::pair<std::string, std::string>> user_headers; // type, text
+    std::vector<exchange> exchanges;
+};
+
+// The stand-in, built at the first call.
+std::string stand_in_binary()
+{
+    static std::unique_ptr<scratch_dir> dir;
+    static std::string binary;
+    if (dir == nullptr) {
+        dir = std::make_unique<scratch_dir>();
+        dir->write("mosk.cc", stand_in);
+        if (run("cd '" + dir->path + "' && g++ -o mosk mosk.cc 2> gxx.txt") == 0)
+            binary = dir->path + "/mosk";
+        else
+            ADD_FAILURE() << read_file(dir->path + "/gxx.txt");
+    }
+    return binary;
+}
+
+// Writes the server, builds it and runs it with the stand-in first on its
+// PATH; the stand-in's log is returned.
+std::string serve(const scratch_dir& s, const server_case& x, const std::string& zkc_text = "")
+{
+    if (zkc_text.empty())
+        EXPECT_EQ(run("cp '" TARN_SOURCE_DIR "/examples/" + x.file + ".zkc' '" + s.path + "'"), 0);
+    else
+        s.write(x.file + ".zkc", zkc_text);
+    EXPECT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " " + x.file + ".zkc -valued_simul > tarn.txt 2>&1"),
+              0);
+    EXPECT_NE(read_file(s.path + "/tarn.txt").find("generation of ./mosk_" + x.file + ".cc\n"), std::string::npos);
+    for (const auto& h : x.user_headers)
+        s.write("mosk_data_user_" + h.first + ".h", h.second);
+    std::string mosk = stand_in_binary();
+    int built = run("cd '" + s.path + "' && LC_ALL=C g++ -Wall -o server mosk_" + x.file +
+                    ".cc 2> server_gxx.txt && cp '" + mosk + "' mosk");
+    EXPECT_EQ(built, 0) << read_file(s.path + "/server_gxx.txt");
+    if (built != 0 || mosk.empty())
+        return "";
+    std::string requests;
+    for (const exchange& e : x.exchanges)
+        requests += e.first + "\n";
+    s.write("requests.txt", requests);
+    // The server ends when the stand-in closes; a hung one is stopped.
+    int status = run("cd '" + s.path + "' && PATH='" + s.path + "':\"$PATH\" timeout 30 ./server > server_out.txt "
+                     "2> server_err.txt");
+    EXPECT_EQ(status, 0) << read_file(s.path + "/server_err.txt");
+    return read_file(s.path + "/mosk_log.txt");
+}
+
+void check_replies(const scratch_dir& s, const server_case& x)
+{
+    SCOPED_TRACE(x.file);
+    std::string log = serve(s, x);
+    // Over integers the text builds without a warning.
+    EXPECT_EQ(read_file(s.path + "/server_gxx.txt"), "");
+    std::string expected = "application " + x.module + ".zkc\n";
+    for (const exchange& e : x.exchanges)
+        expected += e.second + "\n";
+    expected += "closed\n";
+    EXPECT_EQ(log, expected);
+}
+
+// Requests on integer values that every server of such a module answers.
+std::vector<exchange> integer_operators()
+{
+    return {
+        {"BOP,3,integer, + ,4,integer,", "7"},
+        {"BOP,9,integer, - ,4,integer,", "5"},
+        {"BOP,9,integer, * ,4,integer,", "36"},
+        {"BOP,9,integer, / ,4,integer,", "2"},
+        {"BOP,3,integer, == ,3,integer,", "true"},
+        {"BOP,3,integer, != ,3,integer,", "false"},
+        {"BOP,3,integer, < ,4,integer,", "true"},
+        {"BOP,4,integer, <= ,4,integer,", "true"},
+        {"BOP,3,integer, > ,4,integer,", "false"},
+        {"BOP,3,integer, >= ,4,integer,", "false"},
+        // Operands of two types, an unknown type, a value that fails its
+        // check, an unknown operator.
+        {"BOP,3,integer, + ,4,real,", "--"},
+        {"BOP,3,real, + ,4,real,", "--"},
+        {"BOP,3,integer, + ,four,integer,", "--"},
+        {"BOP,3,integer, % ,4,integer,", "--"},
+        // Without its final comma the right type is lost: the types differ.
+        {"BOP,3,integer, + ,4,integer", "--"},
+        // The conjunction reads the type field for its left operand.
+        {"BOP,1,integer, && ,1,integer,", "false"},
+        {"BOP,1,integer, | ,1,integer,", "false"},
+        // The negation comes back as text; the boolean negation of a value
+        // that is not "true" is true.
+        {"UOP, -,5,integer,", " -5"},
+        {"UOP, !,5,integer,", "true"},
+        {"UOP, ~,5,integer,", "--"},
+        {"UOP, -,five,integer,", "--"},
+    };
+}
+
+std::vector<exchange> operators_and(std::vector<exchange> more)
+{
+    std::vector<exchange> all = integer_operators();
+    all.insert(all.end(), more.begin(), more.end());
+    return all;
+}
+
+TEST(DataServer, ValuedExamplesAnswerTheStandInSimulator)
+{
+    std::string add_sat = "inline integer add_sat(integer a, integer b, integer l) { return a + b > l ? l : a + b; }\n";
+    const server_case cases[] = {
+        {"accumulator",
+         "accu",
+         {{"integer", std::string(integer_user) + add_sat + "const integer limit = 100;\n"}},
+         operators_and({
+             {"MC,add_sat,60,30,100,", "90"},
+             {"MC,add_sat,60,50,100,", "100"},
+             {"MC,add_sat,60,x,100,", "--"},
+             // The last argument is lost with its comma.
+             {"MC,add_sat,60,30,100", "--"},
+             {"CONST,limit,", "100"},
+         })},
+        {"sum",
+         "sum",
+         {{"integer", std::string(integer_user) + add_sat}},
+         operators_and({
+             {"MC,add_sat,1,2,100,", "3"},
+             // limit has its value in the module: the server has no branch
+             // for it and sends nothing.
+             {"CONST,limit,", "<no reply>"},
+             {"MC,add_sat,1,2,", "--"},
+         })},
+        {"peak",
+         "peak",
+         {{"integer", std::string(integer_user) + "inline integer bump(integer a, integer b) { return a + b; }\n"
+                                                  "const integer offset = 1000;\n"}},
+         operators_and({
+             {"MC,bump,5,-8,", "-3"},
+             {"CONST,offset,", "1000"},
+             {"CONST,offset", "<no reply>"},
+         })},
+    };
+    for (const server_case& x : cases) {
+        scratch_dir s;
+        check_replies(s, x);
+    }
+}
+
+// A boolean type shows the two operators whose operands are read as the
+// text stands; methods and external constants of two types.
+TEST(DataServer, BooleanOperatorsAsTheSimulatorReadsThem)
+{
+    server_case x{"flags",
+                  "flags",
+                  {{"bool", bool_user},
+                   {"integer", std::string(integer_user) + "inline bool odd(integer v) { return v % 2 != 0; }\n"
+                                                          "inline integer pick(bool b, integer t, integer e) "
+                                                          "{ return b ? t : e; }\n"
+                                                          "const bool yes = true;\nconst integer many = 12;\n"}},
+                  {
+                      {"BOP,true,bool, && ,true,bool,", "false"},
+                      {"BOP,true,bool, | ,false,bool,", "true"},
+                      {"BOP,false,bool, | ,false,bool,", "false"},
+                      {"BOP,true,bool, == ,true,bool,", "true"},
+                      {"BOP,true,bool, + ,true,bool,", "true"},
+                      {"BOP,true,bool, == ,maybe,bool,", "--"},
+                      {"UOP, !,true,bool,", "false"},
+                      {"UOP, !,maybe,bool,", "--"},
+                      {"MC,odd,3,", "true"},
+                      {"MC,odd,true,", "--"},
+                      {"MC,pick,false,1,2,", "2"},
+                      {"MC,pick,1,1,2,", "--"},
+                      {"CONST,yes,", "true"},
+                      {"CONST,many,", "12"},
+                  }};
+    scratch_dir s;
+    std::string log = serve(s, x,
+                            "module: flags 0 0 connexion: S R T; equation_def: 0 expressions: end:\n"
+                            "data: type: bool; integer;\n"
+                            "method: bool odd(integer); integer pick(bool, integer, integer);\n"
+                            "constant: bool yes; integer many;\nend:\n");
+    std::string expected = "application flags.zkc\n";
+    for (const exchange& e : x.exchanges)
+        expected += e.second + "\n";
+    EXPECT_EQ(log, expected + "closed\n");
+}
+
+// Without types every check fails; the server still builds without any
+// user header and answers "--".
+TEST(DataServer, ModuleWithoutDataRefusesEveryOperation)
+{
+    scratch_dir s;
+    server_case x{"toggle", "toggle", {}, {{"BOP,3,integer, + ,4,integer,", "--"}, {"UOP, !,true,bool,", "--"}}};
+    check_replies(s, x);
+    std::string text = read_file(s.path + "/mosk_toggle.cc");
+    EXPECT_EQ(text.find("mosk_data_user_"), std::string::npos);
+    EXPECT_EQ(text.find("METHOD CALL"), std::string::npos);
+    EXPECT_EQ(text.find("//CONSTANTS"), std::string::npos);
+}
+
+// The requests that the data layer makes when the simulator evaluates a
+// value, answered by a server: a constant the module leaves to the user,
+// a method call on it, a comparison and a negation.
+TEST(DataServer, RequestsOfTheDataLayerAreUnderstood)
+{
+    DataTypeTable types;
+    types.addType("integer");
+    DataMethodTable methods;
+    methods.addMethod(new MethodDecl(new std::string("integer"), new std::string("bump"),
+                                     new std::list<std::string>{"integer", "integer"}));
+    DataConstantTable constants;
+    constants.addConstant(new ConstantDecl("integer", "offset"));
+    Compilation::GDataTypeTable = &types;
+    Compilation::GDataMethodTable = &methods;
+    Compilation::GDataConstantTable = &constants;
+
+    // Each request is answered as the server below must answer it, so that
+    // the next request carries the value.
+    std::vector<exchange> asked;
+    std::function<std::string(const std::string&)> ask = [&](const std::string& request) {
+        static const std::vector<exchange> answers = {
+            {"CONST,offset,", "1000"},
+            {"MC,bump,5,1000,", "1005"},
+            {"BOP,1005,integer, > ,7,integer,", "true"},
+            {"UOP, -,1005,integer,", " -1005"},
+        };
+        for (const exchange& a : answers)
+            if (a.first == request) {
+                asked.push_back(a);
+                return a.second;
+            }
+        asked.push_back({request, "?"});
+        return std::string("?");
+    };
+    auto* call = new DataMethodCall(
+        0, new std::list<DataExpr*>{new DataValue("5", "integer"), new DataConstant(constants.getConstantIndex("offset"))});
+    call->setType("integer");
+    DataBinaryOp compare(DataExpr::Sup, call, new DataValue("7", "integer"));
+    compare.MOSK_put(nullptr, nullptr, ask);
+    DataUnaryOp negate(DataExpr::Uminus, call);
+    negate.MOSK_put(nullptr, nullptr, ask);
+    Compilation::GDataTypeTable = nullptr;
+    Compilation::GDataMethodTable = nullptr;
+    Compilation::GDataConstantTable = nullptr;
+
+    ASSERT_EQ(asked.size(), 6u);
+    server_case x{"peak", "peak",
+                  {{"integer", std::string(integer_user) +
+                                   "inline integer bump(integer a, integer b) { return a + b; }\n"
+                                   "const integer offset = 1000;\n"}},
+                  asked};
+    scratch_dir s;
+    check_replies(s, x);
+}
+
+} // namespace
