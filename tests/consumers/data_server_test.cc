@@ -289,10 +289,6 @@ TEST(DataServer, ModuleWithoutDataRefusesEveryOperation)
     scratch_dir s;
     server_case x{"toggle", "toggle", {}, {{"BOP,3,integer, + ,4,integer,", "--"}, {"UOP, !,true,bool,", "--"}}};
     check_replies(s, x);
-    std::string text = read_file(s.path + "/mosk_toggle.cc");
-    EXPECT_EQ(text.find("mosk_data_user_"), std::string::npos);
-    EXPECT_EQ(text.find("METHOD CALL"), std::string::npos);
-    EXPECT_EQ(text.find("//CONSTANTS"), std::string::npos);
 }
 
 // The requests that the data layer makes when the simulator evaluates a

@@ -363,10 +363,6 @@ TEST(DataServer, OperatorDispatchOnTheSimulatorsOperatorTexts)
               std::string::npos);
     std::string binary = between(text, "   //BINARY OP", "   //UNARY OP");
     for (const char* branch : {
-             "      if (v[2] != v[5])\n      {\n"
-             "         cerr << \"Error: Binary operator with arguments not having the same type\" << endl;\n"
-             "         data = string(\"--\");\n      }\n"
-             "      else if (check_type(v[2], v[1]) && check_type(v[2], v[4]))\n",
              "         if (v[3] == \" + \")\n            data = binop_plus(v[2], v[1], v[4]);\n",
              "         else if (v[3] == \" && \")\n"
              "            data = (string_to_bool(v[2]) && string_to_bool(v[4])) ? string(\"true\") : "
@@ -374,10 +370,6 @@ TEST(DataServer, OperatorDispatchOnTheSimulatorsOperatorTexts)
              "         else if (v[3] == \" | \")\n"
              "            data = (string_to_bool(v[1]) | string_to_bool(v[4])) ? string(\"true\") : "
              "string(\"false\");\n",
-             "         else if (v[3] == \" >= \")\n"
-             "            data = (binop_supe(v[2], v[1], v[4])) ? string(\"true\") : string(\"false\");\n"
-             "         else\n         {\n"
-             "            cerr << \"Error: SIMUL_ZKC:unknown binary operator\" << endl;\n",
          })
         EXPECT_NE(binary.find(branch), std::string::npos) << branch << "\nin\n" << binary;
     // Every operator text of a request has its branch, in code order.
@@ -407,27 +399,6 @@ TEST(DataServer, OperatorDispatchOnTheSimulatorsOperatorTexts)
               "      else\n"
               "         data = string(\"--\");\n"
               "   }\n");
-}
-
-TEST(DataServer, SocketServerIsFixedText)
-{
-    TargetModule t("acc");
-    std::string text = simulput(t);
-    for (const char* line : {
-             "#define MOSK_BUFFER_RECEPT_LENGTH 1024\n",
-             "#define MOSK_BAD_SOCKET(s) ((s) < 0)\n",
-             "   address.sin_addr.s_addr = htonl(INADDR_ANY);\n",
-             "   if (listen (s, 5) < 0)\n",
-             "   length = recv (internal_fd, received, MOSK_BUFFER_RECEPT_LENGTH - 1, 0);\n",
-             "   command = string(\"mosk \") + application + \" \" + host + \" \" + "
-             "unsint2s(socket_server.portnumber()) + \" &\";\n",
-             "   ioctl(socket_server.fd(),FIONBIO,&entier);\n",
-             "      if (length == 0)\n         exit(0);\n",
-         })
-        EXPECT_NE(text.find(line), std::string::npos) << line;
-    EXPECT_EQ(text.substr(text.size() - 15), "   return 0;\n}\n");
-    // Nothing of the wood is written.
-    EXPECT_EQ(text.find("_node"), std::string::npos);
 }
 
 } // namespace
