@@ -5,6 +5,7 @@
 #include "support/Stringpp.h"
 #include "support/g_time.h"
 #include "zkc/parse_supl.h"
+#include "zkc/zkc_input.h"
 #include "zkc/zkc_scanner.h"
 
 #include <cstring>
@@ -203,7 +204,8 @@ Module* parse(const std::string& file, std::string& suffix, bool* parsed_ok)
     std::fstream log(log_name, std::ios::out | std::ios::trunc);
     Module* result = nullptr;
     bool ok = false;
-    if (input.good()) {
+    if (input.good() && zkc_is_readable_file(file)) {
+        zkc_log_keeper keeper(log);
         // Everything the scanner echoes lands in the log.
         parser->scanner = new zkcFlexLexer(&input, &log);
         if (parser->parse(log, 1, suffix) != 0) {
