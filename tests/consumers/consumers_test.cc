@@ -260,7 +260,7 @@ TEST(Consumers, PureExamplesAndGeneratedModulesAgreeInCAndBlif)
 // read back through its pre, a method and constants: the C compiles
 // against a user header for the data type and follows the module's
 // meaning, total = add_sat(pre total, inc, limit) whenever inc is present,
-// the type's zero otherwise. (accumulator binds its outputs themselves:
+// the type's zero otherwise. (accu binds its outputs themselves:
 // a bound output is no parameter of the reaction, yet its equation still
 // assigns it, so that C cannot compile by its rules and is left out.)
 TEST(Consumers, ValuedExampleCompilesAgainstUserHeadersAndCounts)
