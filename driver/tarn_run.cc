@@ -272,6 +272,19 @@ bool tarn_vhdl_post_pass(const std::string& vhdl_path, const tarn_vhdl_generator
     return true;
 }
 
+void tarn_generate_every_target(Module* module, const tarn_flags& flags, std::ofstream& sink)
+{
+    for (const tarn_target& t : targets) {
+        std::ofstream* files[2] = {&sink, &sink};
+        if (t.vhdl_put != nullptr) {
+            std::ifstream libs;
+            t.vhdl_put(module, flags, sink, libs);
+        } else if (t.put != nullptr) {
+            t.put(module, flags, files);
+        }
+    }
+}
+
 int tarn_run(const std::string& input_name, const tarn_flags& flags)
 {
     // Processor time of this process only: time in the panel is not counted.
