@@ -14,6 +14,7 @@
 #include "wood/Bddexpression.h"
 
 #include <list>
+#include <map>
 #include <ostream>
 #include <string>
 #include <vector>
