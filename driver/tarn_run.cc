@@ -108,7 +108,8 @@ struct tarn_target {
 // A null generator is one this build does not have yet.
 const tarn_target targets[] = {
     {"mosk simulator", &tarn_flags::valuedSimulFlag, nullptr, {{"/mosk_", ".cc"}, {"", nullptr}}, nullptr, nullptr},
-    {"documentation", &tarn_flags::docFlag, nullptr, {{"/", ".doc"}, {"", nullptr}}, nullptr, nullptr},
+    {"documentation", &tarn_flags::docFlag, nullptr, {{"/", ".doc"}, {"", nullptr}},
+     [](Module* m, const tarn_flags& f, std::ofstream* files[2]) { m->DOC_put(*files[0], f.templateFlag); }, nullptr},
     {"Esterel", &tarn_flags::esterelFlag, nullptr, {{"/", ".strl"}, {"", nullptr}}, nullptr, nullptr},
     {"Lustre", &tarn_flags::lustreFlag, nullptr, {{"/", ".lus"}, {"", nullptr}}, nullptr, nullptr},
     {"NuSMV", &tarn_flags::nusmvFlag, nullptr, {{"/", ".smv"}, {"", nullptr}}, nullptr, nullptr},
@@ -120,7 +121,8 @@ const tarn_target targets[] = {
     {"C#", &tarn_flags::csharpFlag, nullptr, {{"/", ".cs"}, {"", nullptr}}, nullptr, nullptr},
     {"VHDL", &tarn_flags::vhdlFlag, &tarn_flags::alteraFlag, {{"/", ".vhd"}, {"", nullptr}}, nullptr, nullptr},
     {"SystemC", &tarn_flags::systemcFlag, nullptr, {{"/", "_sc.cc"}, {"/", "_sc.h"}}, nullptr, nullptr},
-    {"encapsulated qsr", &tarn_flags::qsrFlag, nullptr, {{"/", "_encapsulated.qsr"}, {"", nullptr}}, nullptr, nullptr},
+    {"encapsulated qsr", &tarn_flags::qsrFlag, nullptr, {{"/", "_encapsulated.qsr"}, {"", nullptr}},
+     [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->ENCAPSULATEDQSR_put(*files[0]); }, nullptr},
 };
 
 bool requested(const tarn_target& t, const tarn_flags& flags)

@@ -194,6 +194,13 @@ public:
     // `nodeArray`, with value assignments of abstract and clocked bindings.
     // Names in `outputs` are assigned through their pointer.
     void C_put_equation(std::ostream& os, const std::string& nodeArray, const std::set<std::string>& outputs);
+    // Readable listing of the module: state, interface, memorisations, the
+    // definitions in the NuSMV node form, bindings and data tables. The int
+    // is not read. Nothing without a wood.
+    void DOC_put(std::ostream& os, int);
+    // The interface for the quasar tools: one item per input and output
+    // wire with its type or ": pure". Nothing without a wood.
+    void ENCAPSULATEDQSR_put(std::ostream& os);
     // ---- end generators ----
 
     // Class-wide settings of the source compiler and the simulator.
