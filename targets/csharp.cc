@@ -268,7 +268,7 @@ void Module::CSharp_put_equation(std::ostream& os, const std::string& nodeArray,
         os << "\n\n";
         // A clock that is no output takes the value when the bound signal
         // holds and its type's zero otherwise, in its own presence only.
-        DataBinding* binding = formats::bindingOfPresence(this, index);
+        DataBinding* binding = formats::clockedBinding(this, index);
         if (binding == nullptr || binding->getClock() == nullptr || binding->getClock()->isOutput())
             continue;
         Signal* clock = binding->getClock();

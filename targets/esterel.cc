@@ -141,7 +141,7 @@ void Module::ESTEREL_put_equation(std::ostream& os, const std::string&, const st
             // one emits itself, unless it is valued and so has no value
             // to emit.
             SignalRef* ref = signal_manager->getSignalRefById(index, wood);
-            DataBinding* binding = ref != nullptr ? getBinding(ref->getCurrentName()) : nullptr;
+            DataBinding* binding = formats::clockedBinding(this, index);
             bool clocked = binding != nullptr && binding->getClock() != nullptr;
             if (clocked || (binding == nullptr && (ref == nullptr || !ref->isValued()))) {
                 if (!first)

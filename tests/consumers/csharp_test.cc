@@ -226,7 +226,7 @@ TEST(CSharpConsumer, EveryExampleCompilesOrFailsAsItsTextSays)
         std::string file, module, zkc, errors;
     };
     const row rows[] = {
-        {"accumulator", "accu", example("accumulator"), publicprivate_accu},
+        {"accu", "accu", example("accu"), publicprivate_accu},
         {"blink", "blink", example("blink"), ""},
         {"peak", "peak", example("peak"), publicprivate_peak},
         {"shift", "shift", example("shift"), ""},

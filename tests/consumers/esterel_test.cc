@@ -247,7 +247,7 @@ std::set<rule> expect_names_declared_once(const std::string& module, const std::
 TEST(EsterelNames, EveryExampleDeclaresEachNameOnce)
 {
     std::set<rule> seen = expect_names_declared_once("m", worked_module_text);
-    for (const char* name : {"accumulator", "blink", "peak", "shift", "sum", "toggle", "watchdog"}) {
+    for (const char* name : {"accu", "blink", "peak", "shift", "sum", "toggle", "watchdog"}) {
         std::string zkc = read_file(std::string(TARN_SOURCE_DIR "/examples/") + name + ".zkc");
         std::smatch m;
         ASSERT_TRUE(std::regex_search(zkc, m, std::regex("module:\\s*(\\w+)")));
