@@ -58,7 +58,7 @@ long outputUnder(Module* m, Signal* s, Dialect dialect)
 // A port without variable leaves no trace.
 bool absent(long over, Dialect dialect)
 {
-    return over == -1 || (dialect == Dialect::systemc && over == -2);
+    return dialect == Dialect::c ? over == -1 : formats::absentOver(over);
 }
 
 } // namespace
@@ -301,8 +301,8 @@ void Module::C_put(std::ostream& c, std::ostream& h)
                 std::string type = pre->getValueType(this);
                 c << "  " << type << " " << p << "_val= copy_" << type << "(" << name << "_" << p << "_val);\n";
             }
+            c << "\n";
         }
-        c << "\n";
     }
 
     // An absent valued input reads as its type's zero.
@@ -381,9 +381,9 @@ void Module::C_put_equation(std::ostream& os, const std::string& nodeArray, cons
         }
         e->put_c(os, nodeArray, outputs);
         os << "\n";
-        // A clock receives the value as soon as the presence of the bound
-        // signal, its guard, is known.
-        DataBinding* binding = formats::bindingOfPresence(this, index);
+        // A clock receives the value after each equation that its bound
+        // signal keeps, guarded by that equation's variable.
+        DataBinding* binding = formats::clockedBinding(this, index);
         if (binding == nullptr || binding->getClock() == nullptr)
             continue;
         Signal* clock = binding->getClock();

@@ -206,7 +206,7 @@ TEST(DataServer, ValuedExamplesAnswerTheStandInSimulator)
 {
     std::string add_sat = "inline integer add_sat(integer a, integer b, integer l) { return a + b > l ? l : a + b; }\n";
     const server_case cases[] = {
-        {"accumulator",
+        {"accu",
          "accu",
          {{"integer", std::string(integer_user) + add_sat + "const integer limit = 100;\n"}},
          operators_and({

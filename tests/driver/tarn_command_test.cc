@@ -135,26 +135,27 @@ TEST_F(TarnCommand, TargetsComeInTheirFixedOrder)
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.err,
               "parsing terminated\n"
-              "tarn: documentation generation is not available in this build\n"
-              "tarn: Esterel generation is not available in this build\n"
               "tarn: Lustre generation is not available in this build\n"
               "tarn: NuSMV generation is not available in this build\n"
-              "tarn: C# generation is not available in this build\n"
-              "tarn: VHDL generation is not available in this build\n"
-              "tarn: encapsulated qsr generation is not available in this build\n");
-    // Each file is written once, in that order, even with -c given twice.
+              "tarn: VHDL generation is not available in this build\n");
+    // Each target is written once, in the driver's order, even with -c given twice.
     EXPECT_EQ(r.out.rfind("generation of ./m.log\n"
                           "generation of ./mosk_m.cc\n"
+                          "generation of ./m.doc\n"
+                          "generation of ./m.strl\n"
                           "generation of ./m.blif\n"
                           "generation of ./m.c\n"
                           "generation of ./m.h\n"
+                          "generation of ./m.cs\n"
                           "generation of ./m_sc.cc\n"
                           "generation of ./m_sc.h\n"
+                          "generation of ./m_encapsulated.qsr\n"
                           "compilation finished in ",
                           0),
               0u)
         << r.out;
-    EXPECT_TRUE(only_files({"m.zkc", "m.zkc.log", "mosk_m.cc", "m.blif", "m.c", "m.h", "m_sc.cc", "m_sc.h"}));
+    EXPECT_TRUE(only_files({"m.zkc", "m.zkc.log", "mosk_m.cc", "m.doc", "m.strl", "m.blif", "m.c", "m.h", "m.cs",
+                            "m_sc.cc", "m_sc.h", "m_encapsulated.qsr"}));
 
     tarn_output altera = tarn({"m.zkc", "-altera"});
     EXPECT_EQ(altera.err, "parsing terminated\ntarn: VHDL generation is not available in this build\n");
