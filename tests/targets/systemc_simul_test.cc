@@ -136,8 +136,8 @@ TEST(SystemC, TypesAreTheUsersAndConstantsAreTraced)
                           "bool_t, integer;\n"
                           "*/\n"
                           "#include \"m_typedecl.h\"\n"
-                          "extern const bool_t zero_bool_t;\n"
-                          "extern const integer zero_integer;\n"
+                          "extern const bool_t zero_bool_t;"
+                          "extern const integer zero_integer;"
                           "extern integer add(integer, integer);\n\n"
                           "extern const integer limit;\n"
                           "extern void m_reset_automaton();\n"
@@ -162,7 +162,7 @@ TEST(SystemC, BindingsByClockAfterTheEquations)
     Signal* s2 = t.local("s2");
     Signal* u = t.local("u");
     Signal* v = t.valued(t.local("v"));
-    Signal* l = t.valued(t.local("l"));
+    t.valued(t.local("l"));
     t.m.addSignalBinding(new DataValue("42", "integer"), s, k);
     t.m.addSignalBinding(new DataValue("45", "integer"), s2, k);
     t.m.addSignalBinding(new DataValue("43", "integer"), u, c);
