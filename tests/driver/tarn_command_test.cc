@@ -105,17 +105,6 @@ TEST_F(TarnCommand, UnknownOptionStopsBeforeReading)
     EXPECT_TRUE(only_files({"m.zkc"}));  // not even the log
 }
 
-TEST_F(TarnCommand, FewerThanThreeArgumentsIsThePanelsRoad)
-{
-    for (const std::vector<std::string>& args : {std::vector<std::string>{}, {"m.zkc"}, {"-c"}}) {
-        tarn_output r = tarn(args);
-        EXPECT_EQ(r.status, 1);
-        EXPECT_EQ(r.out, "");
-        EXPECT_EQ(r.err, "tarn: the front panel is not available in this build\n");
-    }
-    EXPECT_TRUE(only_files({"m.zkc"}));
-}
-
 TEST_F(TarnCommand, ValidFileWithoutTargets)
 {
     tarn_output r = tarn({"m.zkc", "-no_suppress_wires"});
