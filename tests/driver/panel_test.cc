@@ -37,12 +37,14 @@ bool wait_until(double seconds, const std::function<bool()>& done)
 }
 
 // An Xvfb of our own on the first free display, which it picks and tells
-// us through -displayfd; stopped at the end of the scope.
+// us through -displayfd; stopped at the end of the scope. By default it
+// does not reset when its last client leaves, so that the short-lived
+// connections of the X tools cannot catch it in the middle of a reset.
 struct virtual_display {
     pid_t pid = -1;
     std::string name;  // ":N"
 
-    virtual_display()
+    explicit virtual_display(bool resets = false)
     {
         int fds[2];
         if (pipe(fds) != 0)
@@ -55,7 +57,7 @@ struct virtual_display {
             dup2(null, 2);
             std::string fd = std::to_string(fds[1]);
             execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "1024x768x24", "-nolisten",
-                   "tcp", "-noreset", static_cast<char*>(nullptr));
+                   "tcp", resets ? static_cast<char*>(nullptr) : "-noreset", static_cast<char*>(nullptr));
             _exit(127);
         }
         close(fds[1]);
@@ -437,6 +439,23 @@ TEST_F(Panel, NameWithoutSuffixStaysChosen)
     ASSERT_EQ(tarn.wait_exit(), 0) << tarn.err();
     EXPECT_EQ(generation_lines(tarn.out()), std::vector<std::string>{"generation of ./m.log"});
     EXPECT_TRUE(std::ifstream(dir + "/m.zkc.log").good());
+}
+
+// A server resets when its last client leaves: the panel must reach it
+// through one connection, not a probe closed before FLTK connects. Seen
+// from a fresh server each time, with no other client; the message of a
+// name without ".zkc" comes once the window is up.
+TEST(PanelDisplay, OneConnectionToAServerThatResets)
+{
+    scratch_dir scratch;
+    for (int i = 0; i < 8; ++i) {
+        virtual_display display(true);
+        ASSERT_FALSE(display.name.empty()) << "Xvfb did not start";
+        panel_process tarn(scratch.path, display.name, {"m"});
+        const std::string expected = "ERROR IN LOADING FILE:\nm\n";
+        wait_until(10, [&] { return tarn.err().size() >= expected.size() || !tarn.running(); });
+        EXPECT_EQ(tarn.err(), expected) << i;
+    }
 }
 
 // Without a display, one line and status 1, whatever the panel was given.
