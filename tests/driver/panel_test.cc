@@ -448,7 +448,7 @@ TEST_F(Panel, NameWithoutSuffixStaysChosen)
 TEST(PanelDisplay, OneConnectionToAServerThatResets)
 {
     scratch_dir scratch;
-    for (int i = 0; i < 8; ++i) {
+    for (int i = 0; i < 6; ++i) {
         virtual_display display(true);
         ASSERT_FALSE(display.name.empty()) << "Xvfb did not start";
         panel_process tarn(scratch.path, display.name, {"m"});
