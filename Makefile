@@ -4,7 +4,11 @@ BUILD ?= build
 JOBS  ?= $(shell nproc 2>/dev/null || echo 2)
 ALL_TARGETS = -doc -esterel -lustre -nusmv -blif -c -csharp -vhdl -altera -systemc -qsr -valued_simul
 
-.PHONY: deps build demo test test-long bench clean
+.PHONY: deps build demo test test-long test-sanitize release bench clean
+
+# The executables a user runs; `make release` builds them alone in an
+# optimised configuration of their own.
+EXECUTABLES ?= tarn
 
 deps:
 	bash scripts/install-deps
@@ -30,8 +34,22 @@ test: build
 test-long: build
 	cd $(BUILD) && env -u DISPLAY ctest --output-on-failure -j $(JOBS) --timeout 3000 -L long
 
+# The whole suite built with the address and undefined-behaviour
+# sanitizers, any report fatal. Objects that live until the process ends
+# are by design, so leaks are not looked for.
+test-sanitize: deps
+	cmake -S . -B $(BUILD)-sanitize -DCMAKE_BUILD_TYPE=Debug -DTARN_SANITIZE=ON
+	cmake --build $(BUILD)-sanitize -j $(JOBS)
+	cd $(BUILD)-sanitize && env -u DISPLAY ASAN_OPTIONS=detect_leaks=0:abort_on_error=0 \
+	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+	  ctest --output-on-failure -j $(JOBS) --timeout 1200 -LE long
+
+release: deps
+	cmake -S . -B $(BUILD)-release -DCMAKE_BUILD_TYPE=Release
+	cmake --build $(BUILD)-release -j $(JOBS) $(addprefix --target ,$(EXECUTABLES))
+
 bench: build
 	@for b in $(BUILD)/bench/*_bench; do [ -x $$b ] && $$b; done
 
 clean:
-	rm -rf $(BUILD) out
+	rm -rf $(BUILD) $(BUILD)-release $(BUILD)-sanitize out

@@ -15,12 +15,12 @@ std::string varName(Module* m, long index)
     return m->getBddWood()->Name_var_by_index(index);
 }
 
-DataBinding* bindingOfPresence(Module* m, long index)
+DataBinding* clockedBinding(Module* m, long index)
 {
     if (m->getDataTable() == nullptr || m->getDataTable()->empty())
         return nullptr;
     SignalRef* ref = m->getSignalManager()->getSignalRefById(index, m->getBddWood());
-    if (ref == nullptr || ref->getOverBddId(m->getBddWood()) != index)
+    if (ref == nullptr)
         return nullptr;
     return m->getBinding(ref->getCurrentName());
 }
