@@ -191,7 +191,7 @@ void Module::LUSTRE_put_equation(std::ostream& os, const std::string& n, const s
         }
         e->put_lustre_arrayless(os, n);
         os << "\n";
-        DataBinding* binding = formats::bindingOfPresence(this, index);
+        DataBinding* binding = formats::clockedBinding(this, index);
         if (binding != nullptr && binding->getClock() != nullptr)
             clocks.insert(binding->getClock());
     }

@@ -47,7 +47,7 @@ TEST(NusmvLustre, EveryExampleDefinesWhatItReads)
 {
     namespace rule = smv_lustre_rule;
     const std::map<std::string, std::set<std::string>> expected = {
-        {"accumulator", {rule::memorised, rule::output_under, rule::input_clock, rule::output_value, rule::method,
+        {"accu", {rule::memorised, rule::output_under, rule::input_clock, rule::output_value, rule::method,
                          rule::zero, rule::external}},
         {"blink", {rule::memorised, rule::output_under}},
         {"peak", {rule::memorised, rule::output_under, rule::abstract, rule::method, rule::zero, rule::external}},
