@@ -138,14 +138,15 @@ TEST_F(TarnCommand, TargetsComeInTheirFixedOrder)
               "tarn: mosk simulator generation is not available in this build\n"
               "tarn: documentation generation is not available in this build\n"
               "tarn: Esterel generation is not available in this build\n"
-              "tarn: Lustre generation is not available in this build\n"
-              "tarn: NuSMV generation is not available in this build\n"
               "tarn: C# generation is not available in this build\n"
               "tarn: VHDL generation is not available in this build\n"
               "tarn: SystemC generation is not available in this build\n"
               "tarn: encapsulated qsr generation is not available in this build\n");
-    // BLIF and C are written once each, in that order, even with -c given twice.
+    // Lustre, NuSMV, BLIF and C are written once each, in that order, even
+    // with -c given twice.
     EXPECT_EQ(r.out.rfind("generation of ./m.log\n"
+                          "generation of ./m.lus\n"
+                          "generation of ./m.smv\n"
                           "generation of ./m.blif\n"
                           "generation of ./m.c\n"
                           "generation of ./m.h\n"
@@ -153,7 +154,7 @@ TEST_F(TarnCommand, TargetsComeInTheirFixedOrder)
                           0),
               0u)
         << r.out;
-    EXPECT_TRUE(only_files({"m.zkc", "m.zkc.log", "m.blif", "m.c", "m.h"}));
+    EXPECT_TRUE(only_files({"m.zkc", "m.zkc.log", "m.lus", "m.smv", "m.blif", "m.c", "m.h"}));
 
     tarn_output altera = tarn({"m.zkc", "-altera"});
     EXPECT_EQ(altera.err, "parsing terminated\ntarn: VHDL generation is not available in this build\n");
