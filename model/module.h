@@ -205,6 +205,13 @@ public:
     // The variables of the wood that no port declares: every used variable
     // but the inputs' over wires (pre signals kept) and the outputs' wires.
     std::set<long> get_really_used_wood_variables();
+    // Readable listing of the module: state, interface, memorisations, the
+    // definitions in the NuSMV node form, bindings and data tables. The int
+    // is not read. Nothing without a wood.
+    void DOC_put(std::ostream& os, int);
+    // The interface for the quasar tools: one item per input and output
+    // wire with its type or ": pure". Nothing without a wood.
+    void ENCAPSULATEDQSR_put(std::ostream& os);
     // ---- end generators ----
 
     // Class-wide settings of the source compiler and the simulator.

@@ -38,6 +38,10 @@ std::string memorisedSource(Module* m, memorizedSignal* pair, const std::string&
 std::vector<regclass*> registers(Module* m);
 std::vector<memorizedSignal*> memorised(Module* m);
 
+// The data tables as far as they exist: "data type:" and the type names,
+// the methods, and the constants that have no value table.
+void putDataTables(Module* m, std::ostream& os);
+
 // A warning through the message dialog and on the error stream; the run
 // goes on.
 void warn(const std::string& text);
