@@ -13,7 +13,7 @@ INSTALLED   ?= tarn
 # Examples whose C cannot compile by the generation rules (see the README).
 C_LITERAL_FAILURES = accu
 
-.PHONY: all deps configure executables build demo test test-long test-sanitize release bench install uninstall clean
+.PHONY: all deps configure executables build demo test test-long test-sanitize fuzz release bench install uninstall clean
 
 all: executables
 
@@ -71,6 +71,23 @@ test-sanitize: deps
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  ctest --output-on-failure -j $(JOBS) --timeout 1200 -LE long
 
+# Every fuzz target of the tree (a fuzz/ folder beside each reader) for
+# FUZZ_TIME seconds each, from the corpus kept beside it; what is found
+# lands in $(BUILD)-fuzz/runs/<target>/.
+FUZZ_TIME ?= 60
+fuzz: deps
+	CC=clang CXX=clang++ cmake -S . -B $(BUILD)-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTARN_FUZZ=ON
+	cmake --build $(BUILD)-fuzz -j $(JOBS) $$(cmake --build $(BUILD)-fuzz --target help | sed -n 's/^\.\.\. \([a-z_]*_fuzz\)$$/--target \1/p')
+	@set -e; for f in $(BUILD)-fuzz/fuzz/*/*_fuzz; do \
+	  name=$$(basename $$f); src=$$(basename $$(dirname $$f))/fuzz; \
+	  run=$(BUILD)-fuzz/runs/$$name; mkdir -p $$run/corpus; \
+	  cp -n $$src/corpus/* $$run/corpus/ 2>/dev/null || true; \
+	  dict=""; for d in $$src/*.dict; do [ -f $$d ] && dict="-dict=$$d"; done; \
+	  echo "== $$name for $(FUZZ_TIME) s"; \
+	  ( cd $$run && ASAN_OPTIONS=detect_leaks=0 $(CURDIR)/$$f corpus $$(echo $$dict | sed 's|=|=$(CURDIR)/|') \
+	      -max_total_time=$(FUZZ_TIME) -timeout=10 -rss_limit_mb=4096 -print_final_stats=1 ) 2>&1 | tail -15; \
+	done
+
 release: deps
 	cmake -S . -B $(BUILD)-release -DCMAKE_BUILD_TYPE=Release
 	cmake --build $(BUILD)-release -j $(JOBS) $(addprefix --target ,$(EXECUTABLES))
@@ -93,4 +110,4 @@ uninstall:
 	done
 
 clean:
-	rm -rf $(BUILD) $(BUILD)-release $(BUILD)-sanitize out
+	rm -rf $(BUILD) $(BUILD)-release $(BUILD)-sanitize $(BUILD)-fuzz out
