@@ -1,6 +1,6 @@
 #include "driver/tarn_run.h"
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 
 #include <cstring>
 #include <iostream>

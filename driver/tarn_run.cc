@@ -1,6 +1,6 @@
 #include "driver/tarn_run.h"
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
 #include "support/Stringpp.h"
 #include "support/g_time.h"

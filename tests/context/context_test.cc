@@ -1,4 +1,4 @@
-#include "model/compilation.h"
+#include "context/compilation.h"
 
 #include <gtest/gtest.h>
 

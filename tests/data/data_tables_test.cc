@@ -1,5 +1,5 @@
 #include "data/data.h"
-#include "model/compilation.h"
+#include "context/compilation.h"
 
 #include <gtest/gtest.h>
 

@@ -5,8 +5,8 @@
 // variable.
 
 #include "model/module.h"
-#include "model/signal.h"
-#include "model/signal_manager.h"
+#include "signals/signal.h"
+#include "signals/signal_manager.h"
 #include "wood/Bddexpression.h"
 
 #include <gtest/gtest.h>

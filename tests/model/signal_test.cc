@@ -1,6 +1,6 @@
 #include "model/module.h"
-#include "model/signal.h"
-#include "model/signal_manager.h"
+#include "signals/signal.h"
+#include "signals/signal_manager.h"
 #include "wood/Bddexpression.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 #include "tests/reader/reader_support.h"
 
 #include "data/data.h"
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
-#include "model/signal.h"
+#include "signals/signal.h"
 #include "wood/Bddexpression.h"
 #include "zkc/parse_supl.h"
 

@@ -1,6 +1,6 @@
 #include "tests/reader/reader_support.h"
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 
 #include <gtest/gtest.h>
 

@@ -2,9 +2,9 @@
 #include "tests/worked_module.h"
 
 #include "bdd/bddpp.h"
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
-#include "model/signal.h"
+#include "signals/signal.h"
 #include "wood/Bddexpression.h"
 #include "zkc/parse_supl.h"
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "tests/wood2/wood_builder.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <map>
 #include <string>
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "tests/wood2/wood_builder.h"
 
 namespace {

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "tests/wood2/wood_builder.h"
 #include "wood/flat_graph.h"
 

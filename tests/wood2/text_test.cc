@@ -3,7 +3,7 @@
 #include <sstream>
 #include <string>
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "tests/wood2/wood_builder.h"
 
 // The small wood of these golden texts: inputs a, b (indices 0, 1);

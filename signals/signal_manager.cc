@@ -1,7 +1,7 @@
-#include "model/signal_manager.h"
+#include "signals/signal_manager.h"
 
-#include "model/compilation.h"
-#include "model/signal.h"
+#include "context/compilation.h"
+#include "signals/signal.h"
 #include "wood/Bddexpression.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-#ifndef TARN_MODEL_EXPRESSION_H
-#define TARN_MODEL_EXPRESSION_H
+#ifndef TARN_SIGNALS_EXPRESSION_H
+#define TARN_SIGNALS_EXPRESSION_H
 
 #include "bdd/bddpp.h"
 

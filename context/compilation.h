@@ -1,5 +1,5 @@
-#ifndef TARN_MODEL_COMPILATION_H
-#define TARN_MODEL_COMPILATION_H
+#ifndef TARN_CONTEXT_COMPILATION_H
+#define TARN_CONTEXT_COMPILATION_H
 
 #include <list>
 #include <map>

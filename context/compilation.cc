@@ -1,6 +1,6 @@
-#include "model/compilation.h"
+#include "context/compilation.h"
 
-#include "model/messages.h"
+#include "context/messages.h"
 
 #include <cstdlib>
 #include <iostream>

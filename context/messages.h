@@ -1,5 +1,5 @@
-#ifndef TARN_MODEL_MESSAGES_H
-#define TARN_MODEL_MESSAGES_H
+#ifndef TARN_CONTEXT_MESSAGES_H
+#define TARN_CONTEXT_MESSAGES_H
 
 #include <string>
 

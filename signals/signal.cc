@@ -1,7 +1,7 @@
-#include "model/signal.h"
+#include "signals/signal.h"
 
-#include "model/compilation.h"
-#include "model/signal_manager.h"
+#include "context/compilation.h"
+#include "signals/signal_manager.h"
 #include "wood/Bddexpression.h"
 
 #include <cstdlib>

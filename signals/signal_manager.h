@@ -1,8 +1,8 @@
-#ifndef TARN_MODEL_SIGNAL_MANAGER_H
-#define TARN_MODEL_SIGNAL_MANAGER_H
+#ifndef TARN_SIGNALS_SIGNAL_MANAGER_H
+#define TARN_SIGNALS_SIGNAL_MANAGER_H
 
-#include "model/signal_name_index.h"
-#include "model/wood_map.h"
+#include "signals/signal_name_index.h"
+#include "signals/wood_map.h"
 
 #include <list>
 #include <map>

@@ -1,5 +1,5 @@
-#ifndef TARN_MODEL_WOOD_MAP_H
-#define TARN_MODEL_WOOD_MAP_H
+#ifndef TARN_SIGNALS_WOOD_MAP_H
+#define TARN_SIGNALS_WOOD_MAP_H
 
 #include <map>
 #include <memory>

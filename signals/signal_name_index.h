@@ -1,5 +1,5 @@
-#ifndef TARN_MODEL_SIGNAL_NAME_INDEX_H
-#define TARN_MODEL_SIGNAL_NAME_INDEX_H
+#ifndef TARN_SIGNALS_SIGNAL_NAME_INDEX_H
+#define TARN_SIGNALS_SIGNAL_NAME_INDEX_H
 
 #include <cstddef>
 #include <functional>

@@ -1,7 +1,7 @@
 // The expression root that Signal derives from.
-#include "model/expression.h"
+#include "signals/expression.h"
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "wood/Bddexpression.h"
 
 Expression* (*Expression::newOrExpression)(Expression*, Expression*) = nullptr;

@@ -1,4 +1,4 @@
-#include "model/messages.h"
+#include "context/messages.h"
 
 #include <FL/Fl.H>
 #include <FL/fl_ask.H>
