@@ -1,3 +1,6 @@
+// The boolean expression parser: precedence, words, priorities, the
+// refusals with their texts, and nesting against the parser's stack.
+
 #include "bdd/bddpp.h"
 #include "bdd/parse_exp_bdd.h"
 

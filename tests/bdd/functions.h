@@ -1,5 +1,5 @@
-#ifndef TARN_TESTS_BDD_MORE_FUNCTIONS_H
-#define TARN_TESTS_BDD_MORE_FUNCTIONS_H
+#ifndef TARN_TESTS_BDD_FUNCTIONS_H
+#define TARN_TESTS_BDD_FUNCTIONS_H
 
 // Functions of four variables a, b, c, d (indexes 0 to 3) given by their
 // truth tables, and an evaluator that reads a diagram straight from its

@@ -1,6 +1,10 @@
+// The transformations (quantifiers, cofactors, compositions, covers,
+// implicants, associations) against truth tables computed from the
+// function's own table, with their small cases and reports.
+
 #include "bdd/bddpp.h"
 
-#include "functions.h"
+#include "tests/bdd/functions.h"
 
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// Diagrams carried into other managers (by index map, by name, into a
+// copy) and deep diagrams: no walk may keep a call frame per variable.
+
 #include "bdd/bddpp.h"
 
 #include <gtest/gtest.h>
@@ -157,6 +160,19 @@ TEST(DeepInput, WalksDoNotUseTheCallStack)
         EXPECT_EQ(named.variables_number, n);
         EXPECT_EQ(named.Bdd_size(h), n + 1);
 
+        // Two chains of alternating variables: their and, the or of their
+        // negations, the support, the collection of all but the variables.
+        bdd even = m.Bdd_one(), odd = m.Bdd_one();
+        for (long i = n - 1; i >= 0; --i) {
+            bdd& chain = i % 2 ? odd : even;
+            chain = m.Bdd_and(v[i], chain);
+        }
+        bdd all = m.Bdd_and(even, odd);
+        EXPECT_EQ(all, f);
+        EXPECT_TRUE(m.Bdd_is_cube(all) && m.Bdd_is_correct(all));
+        EXPECT_EQ(all.node()->depends().size(), static_cast<std::size_t>(n));
+        EXPECT_EQ(m.Bdd_or(m.Bdd_not(even), m.Bdd_not(odd)), m.Bdd_not(all));
+
         std::ostringstream out;
         m.Bdd_global_clear_marks();
         m.Print_node_for_eval(" || ", " && ", "!", "", "", "", "0", ";", "t", out, f.node());
@@ -165,5 +181,10 @@ TEST(DeepInput, WalksDoNotUseTheCallStack)
         std::list<bdd> functions{f};
         m.Print_bdds_list_by_nodes_list(out, functions);
         EXPECT_GT(out.str().size(), static_cast<std::size_t>(n));
+
+        functions.clear();
+        f = e = composed = even = odd = all = bdd();
+        m.Bdd_gc();
+        EXPECT_EQ(m.map->size(), static_cast<std::size_t>(n));
     });
 }
