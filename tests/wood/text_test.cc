@@ -1,10 +1,13 @@
+// Golden texts of a small wood: statistics, stream forms, documentation,
+// the compiled-module section and the dependance summary.
+
 #include <gtest/gtest.h>
 
 #include <sstream>
 #include <string>
 
 #include "context/compilation.h"
-#include "tests/wood2/wood_builder.h"
+#include "tests/wood/wood_builder.h"
 
 // The small wood of these golden texts: inputs a, b (indices 0, 1);
 // x = a and b (an output), y = not x; dated by compute_dates, so x has

@@ -1,10 +1,13 @@
+// A wood included into another: by renaming table or by suffix, with its
+// own manager or the target's, and the renamings that are missing.
+
 #include <gtest/gtest.h>
 
 #include <map>
 #include <string>
 
 #include "context/compilation.h"
-#include "tests/wood2/wood_builder.h"
+#include "tests/wood/wood_builder.h"
 
 namespace {
 

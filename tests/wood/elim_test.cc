@@ -1,3 +1,7 @@
+// The passes that take equations out of the wood (wires, constants, locals,
+// clean, restriction, loop breaking) on small woods, and on chains as long
+// as a big module's.
+
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -5,7 +9,7 @@
 #include <vector>
 
 #include "context/compilation.h"
-#include "tests/wood2/wood_builder.h"
+#include "tests/wood/wood_builder.h"
 
 namespace {
 
@@ -289,8 +293,8 @@ TEST(LoopBreaking, CycleThroughAFreeVariableFallsApart)
 }
 
 // A chain a1 = x, a2 = a1, ... as long as a big module's: nothing in the
-// passes may recurse along it, and the fast local elimination must not
-// sweep the wood once per variable.
+// dating, the walks or the passes may recurse along it, and the fast local
+// elimination must not sweep the wood once per variable.
 class LongChain : public testing::Test {
 protected:
     static constexpr long length = 1000000;
@@ -315,6 +319,37 @@ protected:
         EXPECT_EQ(b.wood->amont_table[0], (IndexSet{length}));
     }
 };
+
+TEST_F(LongChain, DatesSortsAndWalks)
+{
+    const long n = length;
+    Bddexpressionwood& wood = *b.wood;
+    EXPECT_EQ(wood.compute_dates(), n + 1);
+    EXPECT_EQ(wood.exp_table[n]->getEarlyDate(), n);
+    EXPECT_EQ((std::vector<long>{wood.late_dates[0], wood.late_dates[1]}), (std::vector<long>{n, n - 1}));
+    std::list<long> order = wood.earliest_sort();
+    ASSERT_EQ((long)order.size(), n);
+    EXPECT_EQ(order.front(), 1);
+    EXPECT_EQ(order.back(), n);
+    EXPECT_EQ(wood.latest_sort().front(), 1);
+    EXPECT_TRUE(wood.loop_detection().empty());
+    std::vector<long> up, down;
+    EXPECT_TRUE(wood.memo_critical_paths(1, up, down));
+    EXPECT_EQ(up[n], n);
+    EXPECT_EQ(down[0], n);
+    EXPECT_EQ(wood.down_critical_path(0, 1, 0), n);
+    EXPECT_EQ(wood.up_critical_path(n, 1, 1), n + 1);
+    IndexSet empty;
+    EXPECT_EQ((long)wood.up_dependances(n, 1, empty).size(), n);
+
+    // The literal early propagation on a chain is linear: it runs too.
+    wood.update_nb_level(0);
+    for (long k = 1; k <= n; k++)
+        wood.exp_table[k]->early_date = 0;
+    wood.early_propagation(1, 1);
+    EXPECT_EQ(wood.exp_table[n]->getEarlyDate(), n);
+    EXPECT_EQ(wood.Nb_level(), n + 1);
+}
 
 TEST_F(LongChain, SuppressWires)
 {

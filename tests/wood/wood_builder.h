@@ -1,5 +1,5 @@
-#ifndef TARN_TESTS_WOOD2_WOOD_BUILDER_H
-#define TARN_TESTS_WOOD2_WOOD_BUILDER_H
+#ifndef TARN_TESTS_WOOD_WOOD_BUILDER_H
+#define TARN_TESTS_WOOD_WOOD_BUILDER_H
 
 // Small woods for the tests: variables by name, equations by name.
 
