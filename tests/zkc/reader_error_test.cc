@@ -1,4 +1,7 @@
-#include "tests/reader/reader_support.h"
+// Inputs the reader refuses: each ends the run with its message and
+// status 1, none crashes.
+
+#include "tests/zkc/reader_support.h"
 
 #include "context/compilation.h"
 

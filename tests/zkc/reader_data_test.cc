@@ -1,4 +1,7 @@
-#include "tests/reader/reader_support.h"
+// The reader's data sections: global tables shared across files through
+// each file's numbers, bindings, evaluation forms, module files.
+
+#include "tests/zkc/reader_support.h"
 
 #include "data/data.h"
 #include "context/compilation.h"

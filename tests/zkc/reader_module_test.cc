@@ -1,4 +1,8 @@
-#include "tests/reader/reader_support.h"
+// The reader's module sections: signals and their variables, header flags,
+// registers, memorised pairs, node tables, and inputs far larger than a
+// recursive build could take.
+
+#include "tests/zkc/reader_support.h"
 #include "tests/worked_module.h"
 
 #include "bdd/bddpp.h"
