@@ -1,3 +1,6 @@
+// Finalisation and clean-up of whole modules: the closed equations, the
+// boot register, retyping, dropped registers, dates and names.
+
 #include "tests/module_builder.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,7 @@
+// Signals and their wires: variable order, shared refs, kind codes,
+// occurrences, registers and memorised pairs, the expression root, and
+// the refusals of misuse.
+
 #include "model/module.h"
 #include "signals/signal.h"
 #include "signals/signal_manager.h"
