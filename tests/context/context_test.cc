@@ -1,3 +1,6 @@
+// The compilation context: status codes, name builders and the fatal
+// functions' text and status.
+
 #include "context/compilation.h"
 
 #include <gtest/gtest.h>

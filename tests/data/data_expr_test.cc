@@ -1,3 +1,6 @@
+// Data expressions: types, type errors, every target form, operator
+// texts, the simulator form and deep nesting.
+
 #include "data/data.h"
 #include "context/compilation.h"
 

@@ -1,3 +1,6 @@
+// The data tables: types, methods and constants, their numbering, texts
+// per target, and the refusals of double declarations.
+
 #include "data/data.h"
 #include "context/compilation.h"
 
