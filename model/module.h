@@ -194,6 +194,26 @@ public:
     // `nodeArray`, with value assignments of abstract and clocked bindings.
     // Names in `outputs` are assigned through their pointer.
     void C_put_equation(std::ostream& os, const std::string& nodeArray, const std::set<std::string>& outputs);
+    // Readable listing of the module: state, interface, memorisations, the
+    // definitions in the NuSMV node form, bindings and data tables. The int
+    // is not read. Nothing without a wood.
+    void DOC_put(std::ostream& os, int);
+    // The interface for the quasar tools: one item per input and output
+    // wire with its type or ": pure". Nothing without a wood.
+    void ENCAPSULATEDQSR_put(std::ostream& os);
+    // Esterel module; the int goes to the sums of products of the equations.
+    void ESTEREL_put(std::ostream& os, int level);
+    // The equations as branches of a parallel, each a present test over a
+    // sum of products; abstract equations as assignments.
+    void ESTEREL_put_equation(std::ostream& os, const std::string& nodeArray, const std::set<std::string>& outputs,
+                              int level);
+    // C# component: one class whose reaction reads and writes serialised
+    // event lists.
+    void CSharp_put(std::ostream& os);
+    // The reaction's equations in earliest order over the bool array
+    // `nodeArray`, each led by `indent` blanks, with the values of abstract
+    // equations and of clocks that are not outputs.
+    void CSharp_put_equation(std::ostream& os, const std::string& nodeArray, int indent);
     // ---- end generators ----
 
     // Class-wide settings of the source compiler and the simulator.

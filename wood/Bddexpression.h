@@ -179,6 +179,10 @@ public:
     // The equation as C statements over the node array `array`; a variable
     // in `outputs` is written through its pointer. No line end at the end.
     void put_c(std::ostream& out, const std::string& array, const std::set<std::string>& outputs);
+    // The equation as C# statements over the bool array `array`: `indent`
+    // blanks, then the node lines each led by `indent` blanks, then the
+    // assignment of the variable. No line end at the end.
+    void put_csharp(std::ostream& out, const std::string& array, int indent);
     // ---- end targets ----
 };
 

@@ -1,5 +1,5 @@
 // Equations as target text: the one rule shared by every target that
-// prints node by node, and the BLIF and C words for it.
+// prints node by node, and the BLIF, C and C# words for it.
 //
 // Marks are cleared once per pass (earliest_equations) and never between
 // equations: a node printer marks what it writes, so a node shared by two
@@ -90,6 +90,30 @@ private:
     const std::set<std::string>& outputs;
 };
 
+// C# statements over one bool array; the true terminal is "!false". The
+// nodes are led by `indent`, the plain copy and the root by nothing: the
+// caller's lead stands before the first line.
+class CSharpForm : public EquationForm {
+public:
+    CSharpForm(const std::string& array, const std::string& indent) : array(array), indent(indent) {}
+    void copy(std::ostream& out, const std::string& var, const std::string& x) const override
+    {
+        out << var << "= " << x << ";";
+    }
+    void nodes(std::ostream& out, bddpp_manager* manager, bdd_node* root) const override
+    {
+        manager->Print_node_for_eval(" || ", " && ", "!", "", "", "", "false", ";", indent, array, out, root);
+    }
+    void root(std::ostream& out, const std::string& var, long root, bool negated) const override
+    {
+        out << var << "= " << (negated ? "!" : "") << array << "[" << root << "];";
+    }
+
+private:
+    const std::string& array;
+    const std::string& indent;
+};
+
 } // namespace
 
 void Bddexpression::put_blif(std::ostream& out, const std::string& prefix)
@@ -100,6 +124,13 @@ void Bddexpression::put_blif(std::ostream& out, const std::string& prefix)
 void Bddexpression::put_c(std::ostream& out, const std::string& array, const std::set<std::string>& outputs)
 {
     put_equation(out, CForm(array, outputs));
+}
+
+void Bddexpression::put_csharp(std::ostream& out, const std::string& array, int indent)
+{
+    std::string lead(indent > 0 ? indent : 0, ' ');
+    out << lead;
+    put_equation(out, CSharpForm(array, lead));
 }
 
 void Bddexpressionwood::Put_blif(std::ostream& out, const std::string& prefix)
