@@ -1,7 +1,7 @@
 #include "driver/tarn_run.h"
 #include "driver/wintarn_interface.h"
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 
 #include <cstring>
 #include <iostream>

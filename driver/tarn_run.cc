@@ -2,7 +2,7 @@
 
 #include "driver/tarn_output.h"
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
 #include "support/Stringpp.h"
 #include "support/g_time.h"

@@ -1,9 +1,9 @@
 #ifndef TARN_MODEL_MODULE_H
 #define TARN_MODEL_MODULE_H
 
-#include "model/compilation.h"
-#include "model/signal.h"
-#include "model/signal_manager.h"
+#include "context/compilation.h"
+#include "signals/signal.h"
+#include "signals/signal_manager.h"
 
 #include <list>
 #include <map>
