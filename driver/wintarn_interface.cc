@@ -1,6 +1,6 @@
 #include "driver/wintarn_interface.h"
 
-#include "model/messages.h"
+#include "context/messages.h"
 
 #include <FL/Fl.H>
 #include <FL/Fl_Box.H>
