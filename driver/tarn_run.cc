@@ -114,7 +114,10 @@ const tarn_target targets[] = {
     {"C", &tarn_flags::cFlag, nullptr, {{"/", ".c"}, {"/", ".h"}},
      [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->C_put(*files[0], *files[1]); }, nullptr},
     {"C#", &tarn_flags::csharpFlag, nullptr, {{"/", ".cs"}, {"", nullptr}}, nullptr, nullptr},
-    {"VHDL", &tarn_flags::vhdlFlag, &tarn_flags::alteraFlag, {{"/", ".vhd"}, {"", nullptr}}, nullptr, nullptr},
+    {"VHDL", &tarn_flags::vhdlFlag, &tarn_flags::alteraFlag, {{"/", ".vhd"}, {"", nullptr}}, nullptr,
+     [](Module* m, const tarn_flags& f, std::ofstream& tmp, std::ifstream& libs) {
+         m->VHDL_put(tmp, libs, f.alteraFlag);
+     }},
     {"SystemC", &tarn_flags::systemcFlag, nullptr, {{"/", "_sc.cc"}, {"/", "_sc.h"}}, nullptr, nullptr},
     {"encapsulated qsr", &tarn_flags::qsrFlag, nullptr, {{"/", "_encapsulated.qsr"}, {"", nullptr}}, nullptr, nullptr},
 };
