@@ -141,7 +141,6 @@ TEST_F(TarnCommand, TargetsComeInTheirFixedOrder)
               "tarn: Lustre generation is not available in this build\n"
               "tarn: NuSMV generation is not available in this build\n"
               "tarn: C# generation is not available in this build\n"
-              "tarn: VHDL generation is not available in this build\n"
               "tarn: SystemC generation is not available in this build\n"
               "tarn: encapsulated qsr generation is not available in this build\n");
     // BLIF and C are written once each, in that order, even with -c given twice.
@@ -149,14 +148,18 @@ TEST_F(TarnCommand, TargetsComeInTheirFixedOrder)
                           "generation of ./m.blif\n"
                           "generation of ./m.c\n"
                           "generation of ./m.h\n"
+                          "generation of ./m.vhd\n"
                           "compilation finished in ",
                           0),
               0u)
         << r.out;
-    EXPECT_TRUE(only_files({"m.zkc", "m.zkc.log", "m.blif", "m.c", "m.h"}));
+    EXPECT_TRUE(only_files({"m.zkc", "m.zkc.log", "m.blif", "m.c", "m.h", "m.vhd", "m.vhd_tmp"}));
 
-    tarn_output altera = tarn({"m.zkc", "-altera"});
-    EXPECT_EQ(altera.err, "parsing terminated\ntarn: VHDL generation is not available in this build\n");
+    // "-vhdl" and "-altera" together write one file, in std_logic.
+    EXPECT_NE(read_file(dir + "/m.vhd").find(" : in std_logic;\n"), std::string::npos);
+    tarn_output vhdl = tarn({"m.zkc", "-vhdl"});
+    EXPECT_EQ(vhdl.err, "parsing terminated\n");
+    EXPECT_EQ(read_file(dir + "/m.vhd").find("std_logic"), std::string::npos);
 }
 
 TEST_F(TarnCommand, InputNameIsCutAtZkcAndSplitAtTheLastSlash)
