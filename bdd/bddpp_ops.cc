@@ -148,7 +148,7 @@ bdd_node* bddpp_manager::join(long index, int then_link, bdd_node* then_node,
 // with the table probed in place. Anything out of the ordinary (both
 // children terminal, a child out of order) goes through the general
 // procedure, which reports.
-inline bdd_node* bddpp_manager::fast_join(long index, int then_link, bdd_node* then_node,
+bdd_node* bddpp_manager::fast_join(long index, int then_link, bdd_node* then_node,
                                           int else_link, bdd_node* else_node, int& link) {
     if (then_node == else_node && then_link == else_link) {
         link = then_link;
@@ -362,8 +362,8 @@ bdd_node* bddpp_manager::apply(bool is_or, int link_x, bdd_node* x, int link_y,
     }
 }
 
-bool bddpp_manager::plain_by_default() {
-    static const bool plain = std::getenv("TARN_PLAIN_BDD") != nullptr;
+bool& bddpp_manager::plain_by_default() {
+    static bool plain = false;
     return plain;
 }
 

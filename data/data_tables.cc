@@ -93,7 +93,7 @@ void DataTypeTable::print(std::ostream& os, bool numbered) const
 void DataTypeTable::C_put(std::ostream& os) const
 {
     for (const auto& entry : *typeTable)
-        os << "extern const " << entry.first << " zero_" << entry.first << ";" << std::endl;
+        os << "extern const " << entry.first << " zero_" << entry.first << ";";
 }
 
 void DataTypeTable::CSharp_put(std::ostream& os) const

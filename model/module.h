@@ -198,6 +198,13 @@ public:
     // VHDL entity and architecture; `libs` is copied in when it is good,
     // `altera` not 0 writes std_logic for bit.
     void VHDL_put(std::ostream& out, std::istream& libs, int altera);
+    // Readable listing of the module: state, interface, memorisations, the
+    // definitions in the NuSMV node form, bindings and data tables. The int
+    // is not read. Nothing without a wood.
+    void DOC_put(std::ostream& os, int);
+    // The interface for the quasar tools: one item per input and output
+    // wire with its type or ": pure". Nothing without a wood.
+    void ENCAPSULATEDQSR_put(std::ostream& os);
     // ---- end generators ----
 
     // Class-wide settings of the source compiler and the simulator.

@@ -216,8 +216,8 @@ void Module::C_put(std::ostream& c, std::ostream& h)
                 std::string type = pre->getValueType(this);
                 c << "  " << type << " " << p << "_val= copy_" << type << "(" << name << "_" << p << "_val);\n";
             }
+            c << "\n";
         }
-        c << "\n";
     }
 
     // An absent valued input reads as its type's zero.
@@ -297,9 +297,9 @@ void Module::C_put_equation(std::ostream& os, const std::string& nodeArray, cons
         }
         e->put_c(os, nodeArray, outputs);
         os << "\n";
-        // A clock receives the value as soon as the presence of the bound
-        // signal, its guard, is known.
-        DataBinding* binding = formats::bindingOfPresence(this, index);
+        // A clock receives the value after each equation that its bound
+        // signal keeps, guarded by that equation's variable.
+        DataBinding* binding = formats::clockedBinding(this, index);
         if (binding == nullptr || binding->getClock() == nullptr)
             continue;
         Signal* clock = binding->getClock();

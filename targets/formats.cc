@@ -15,12 +15,12 @@ std::string varName(Module* m, long index)
     return m->getBddWood()->Name_var_by_index(index);
 }
 
-DataBinding* bindingOfPresence(Module* m, long index)
+DataBinding* clockedBinding(Module* m, long index)
 {
     if (m->getDataTable() == nullptr || m->getDataTable()->empty())
         return nullptr;
     SignalRef* ref = m->getSignalManager()->getSignalRefById(index, m->getBddWood());
-    if (ref == nullptr || ref->getOverBddId(m->getBddWood()) != index)
+    if (ref == nullptr)
         return nullptr;
     return m->getBinding(ref->getCurrentName());
 }
@@ -51,6 +51,27 @@ std::vector<memorizedSignal*> memorised(Module* m)
             if (pair != nullptr && pair->getPre() != nullptr && pair->getActual() != nullptr)
                 result.push_back(pair);
     return result;
+}
+
+void putDataTables(Module* m, std::ostream& os)
+{
+    if (Compilation::GDataTypeTable != nullptr) {
+        os << "data type:";
+        if (std::map<std::string, int>* types = Compilation::GDataTypeTable->getTypeTable())
+            for (const auto& type : *types)
+                os << " " << type.first;
+    }
+    if (Compilation::GDataMethodTable != nullptr) {
+        os << std::endl << "methods table:";
+        Compilation::GDataMethodTable->C_put(os);
+    }
+    if (Compilation::GDataConstantTable != nullptr) {
+        os << std::endl << "constants table: ";
+        if (std::list<ConstantDecl*>* constants = Compilation::GDataConstantTable->getConstantList())
+            for (ConstantDecl* c : *constants)
+                if (c != nullptr && c->getValueTable() == nullptr)
+                    c->DEBUG_put(os, m);
+    }
 }
 
 void warn(const std::string& text)

@@ -20,11 +20,12 @@ namespace formats {
 // The manager's name of the variable `index` of the module's wood.
 std::string varName(Module* m, long index);
 
-// The binding looked up under the name of the signal whose presence (over
-// wire) is the variable `index`; null when the module has no binding, when
-// `index` is no signal's over wire or when nothing is bound under its name.
-// The under wire gets nothing: a value follows the signal's presence.
-DataBinding* bindingOfPresence(Module* m, long index);
+// The binding that follows the equation of the variable `index`: the one
+// entered under the name of the signal that owns the variable, whether it
+// is the signal's over or its under wire, so that each equation the
+// signal keeps carries the block, guarded by its own variable. Null when
+// the module has no binding or the variable is no signal's.
+DataBinding* clockedBinding(Module* m, long index);
 
 // The text a memorised pair reads: the variable of the actual signal's
 // first occurrence for a local, its declared name otherwise, led by
@@ -36,6 +37,10 @@ std::string memorisedSource(Module* m, memorizedSignal* pair, const std::string&
 // signal, is passed over instead of dereferenced.
 std::vector<regclass*> registers(Module* m);
 std::vector<memorizedSignal*> memorised(Module* m);
+
+// The data tables as far as they exist: "data type:" and the type names,
+// the methods, and the constants that have no value table.
+void putDataTables(Module* m, std::ostream& os);
 
 // A warning through the message dialog and on the error stream; the run
 // goes on.

@@ -281,7 +281,7 @@ void Module::VHDL_put(std::ostream& out, std::istream& libs, int altera)
             out << ";\n";
             continue;
         }
-        DataBinding* binding = formats::bindingOfPresence(this, index);
+        DataBinding* binding = formats::clockedBinding(this, index);
         if (binding != nullptr && binding->getClock() != nullptr &&
             std::find(clocks.begin(), clocks.end(), binding->getClock()) == clocks.end())
             clocks.push_back(binding->getClock());

@@ -254,7 +254,7 @@ TEST(VhdlConsumer, ConstantsWithoutVhdlValueStopTheRun)
         const char* constant;
         const char* last_line;
     };
-    const stop cases[] = {{"accumulator", "limit", "constant zero : integer := 0;\n"},
+    const stop cases[] = {{"accu", "limit", "constant zero : integer := 0;\n"},
                           {"peak", "offset", "constant threshold : integer := 7;\n"}};
     for (const auto& c : cases) {
         scratch_dir s;

@@ -44,7 +44,7 @@ TEST(DataTypeTable, IdsFollowDeclarationOrderAndTextsFollowNameOrder)
     EXPECT_EQ(text([&](std::ostream& os) { t.print(os, true); }), "type:\n   0: int;\n   1: bool;\n   2: abc;\n\n");
     EXPECT_EQ(text([&](std::ostream& os) { t.print(os, false); }), "type:\n   int;\n   bool;\n   abc;\n\n");
     EXPECT_EQ(text([&](std::ostream& os) { t.C_put(os); }),
-              "extern const abc zero_abc;\nextern const bool zero_bool;\nextern const int zero_int;\n");
+              "extern const abc zero_abc;extern const bool zero_bool;extern const int zero_int;");
     EXPECT_EQ(text([&](std::ostream& os) { t.CSharp_put(os); }),
               "public const abc zero_abc;\npublic const bool zero_bool;\npublic const int zero_int;\n");
     EXPECT_EQ(text([&](std::ostream& os) { t.LUSTRE_put(os); }),
