@@ -2,6 +2,7 @@
 
 #include <FL/Fl.H>
 #include <FL/fl_ask.H>
+#include <FL/x.H>
 #include <X11/Xlib.h>
 
 #include <cstdlib>
@@ -15,9 +16,12 @@ bool tarn_display_available()
         if (name != nullptr && *name != '\0') {
             // Ask Xlib directly: FLTK ends the process when it cannot open
             // the display, which a batch run must never do.
+            // The connection is handed to FLTK rather than closed: a server
+            // whose last client leaves resets, and a second connection
+            // made during the reset would fail.
             Display* d = XOpenDisplay(name);
             if (d != nullptr) {
-                XCloseDisplay(d);
+                fl_open_display(d);
                 known = 1;
             }
         }
