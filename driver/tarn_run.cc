@@ -2,7 +2,7 @@
 
 #include "driver/tarn_output.h"
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
 #include "support/Stringpp.h"
 #include "support/g_time.h"
@@ -114,8 +114,11 @@ const tarn_target targets[] = {
     {"Esterel", &tarn_flags::esterelFlag, nullptr, {{"/", ".strl"}, {"", nullptr}},
      [](Module* m, const tarn_flags& f, std::ofstream* files[2]) { m->ESTEREL_put(*files[0], f.templateFlag); },
      nullptr},
-    {"Lustre", &tarn_flags::lustreFlag, nullptr, {{"/", ".lus"}, {"", nullptr}}, nullptr, nullptr},
-    {"NuSMV", &tarn_flags::nusmvFlag, nullptr, {{"/", ".smv"}, {"", nullptr}}, nullptr, nullptr},
+    {"Lustre", &tarn_flags::lustreFlag, nullptr, {{"/", ".lus"}, {"", nullptr}},
+     [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->LUSTRE_put(*files[0], 0); }, nullptr},
+    {"NuSMV", &tarn_flags::nusmvFlag, nullptr, {{"/", ".smv"}, {"", nullptr}},
+     [](Module* m, const tarn_flags& f, std::ofstream* files[2]) { m->NUSMV_put(*files[0], 0, !f.noSuppressWiresFlag); },
+     nullptr},
     {"BLIF", &tarn_flags::blifFlag, nullptr, {{"/", ".blif"}, {"", nullptr}},
      [](Module* m, const tarn_flags& f, std::ofstream* files[2]) { m->BLIF_put(*files[0], !f.noSuppressWiresFlag); },
      nullptr},
@@ -123,7 +126,10 @@ const tarn_target targets[] = {
      [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->C_put(*files[0], *files[1]); }, nullptr},
     {"C#", &tarn_flags::csharpFlag, nullptr, {{"/", ".cs"}, {"", nullptr}},
      [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->CSharp_put(*files[0]); }, nullptr},
-    {"VHDL", &tarn_flags::vhdlFlag, &tarn_flags::alteraFlag, {{"/", ".vhd"}, {"", nullptr}}, nullptr, nullptr},
+    {"VHDL", &tarn_flags::vhdlFlag, &tarn_flags::alteraFlag, {{"/", ".vhd"}, {"", nullptr}}, nullptr,
+     [](Module* m, const tarn_flags& f, std::ofstream& tmp, std::ifstream& libs) {
+         m->VHDL_put(tmp, libs, f.alteraFlag);
+     }},
     {"SystemC", &tarn_flags::systemcFlag, nullptr, {{"/", "_sc.cc"}, {"/", "_sc.h"}},
      [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->SYSTEMC_put(*files[0], *files[1]); }, nullptr},
     {"encapsulated qsr", &tarn_flags::qsrFlag, nullptr, {{"/", "_encapsulated.qsr"}, {"", nullptr}},
