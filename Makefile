@@ -8,7 +8,7 @@ ALL_TARGETS = -doc -esterel -lustre -nusmv -blif -c -csharp -vhdl -altera -syste
 
 # The executables a user runs; `make release` builds them alone in an
 # optimised configuration of their own.
-EXECUTABLES ?= tarn
+EXECUTABLES ?= tarn bram
 
 deps:
 	bash scripts/install-deps
