@@ -15,6 +15,20 @@
 
 long EquationTable::getPertLevel() const { return wood != nullptr ? wood->Nb_level() : 0; }
 
+// e := e or f. The wood's own append runs its critical-path walks as a
+// cycle watch; they enumerate every path, which the reconvergent branches
+// of a body make exponential in number, and on a cycle they dissolve
+// variables: the dating of callPert reports cycles instead. The nodes are
+// made as the append makes them.
+static void join(Bddexpression* e, const bdd& f)
+{
+    bdd joined = e->my_wood()->my_bdd_manager()->Bdd_or(f, e->my_bdd_exp());
+    e->setBddExp(joined, e->getEarlyDate(), e->getLateDate());
+}
+
+// e := f, without the watch (see join).
+static void replace(Bddexpression* e, const bdd& f) { e->setBddExp(f, e->getEarlyDate(), e->getLateDate()); }
+
 Bddexpression* EquationTable::equationOf(long id) const
 {
     if (id < 0 || id >= wood->Nb_bdd_vars())
@@ -75,7 +89,7 @@ void EquationTable::createUnifyEquation(Signal* s, Expression* e, Module* m, boo
     if (over == nullptr) {
         std::cerr << "internal error 1 in createUnifyEquation()! about oid=" << overId << std::endl;
     } else {
-        over->append_or_exp(initial ? e->getInitialOverBdd(m, wood) : e->getOverBdd(m, wood));
+        join(over, initial ? e->getInitialOverBdd(m, wood) : e->getOverBdd(m, wood));
         addDependences(over, overId, s, m);
     }
     long underId = s->getUnderBddId(m, wood);
@@ -83,7 +97,7 @@ void EquationTable::createUnifyEquation(Signal* s, Expression* e, Module* m, boo
     if (under == nullptr) {
         std::cerr << "internal error 2 in createUnifyEquation()! about uid=" << underId << std::endl;
     } else {
-        under->append_or_exp(initial ? e->getInitialUnderBdd(m, wood) : e->getUnderBdd(m, wood));
+        join(under, initial ? e->getInitialUnderBdd(m, wood) : e->getUnderBdd(m, wood));
         addDependences(under, underId, s, m);
     }
 }
@@ -118,11 +132,11 @@ void EquationTable::replaceEquation(Signal* s, Signal* t, Module* m)
 {
     std::string name = s->getName(m, wood);
     if (Bddexpression* e = equationOf(s->getOverBddId(m, wood)))
-        e->setBddExp(t->getOverBdd(m, wood));
+        replace(e, t->getOverBdd(m, wood));
     else
         new Bddexpression(name, wood, s->getOverBdd(m, wood), t->getOverBdd(m, wood), 0, 0, Compilation::STAT);
     if (Bddexpression* e = equationOf(s->getUnderBddId(m, wood)))
-        e->setBddExp(t->getUnderBdd(m, wood));
+        replace(e, t->getUnderBdd(m, wood));
     else
         new Bddexpression(name, wood, s->getUnderBdd(m, wood), t->getUnderBdd(m, wood), 0, 0, Compilation::VAL);
 }
@@ -137,7 +151,7 @@ void EquationTable::cond(Signal* s, Module* m)
             if (id < 0 || id >= wood->Nb_bdd_vars())
                 throw IllegalOperationException("EquationTable::id out of bounds");
             if (Bddexpression* e = equationOf(id))
-                e->setBddExp(wood->Bdd_and(s->getOverBdd(m, wood), e->my_bdd_exp()));
+                replace(e, wood->Bdd_and(s->getOverBdd(m, wood), e->my_bdd_exp()));
         }
 }
 
@@ -158,11 +172,11 @@ void EquationTable::pre(Module* m)
             if (over == nullptr)
                 std::cerr << "undefined equation for over wire of :" << s->getInternalName() << std::endl;
             else
-                over->append_or_exp(s->getOverBdd(m, wood));
+                join(over, s->getOverBdd(m, wood));
             if (under == nullptr)
                 std::cerr << "undefined equation for under wire of :" << s->getInternalName() << std::endl;
             else
-                under->append_or_exp(s->getUnderBdd(m, wood));
+                join(under, s->getUnderBdd(m, wood));
         }
     }
 }

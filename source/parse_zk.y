@@ -72,19 +72,82 @@ static long number_of(std::string* text)
     int language;
 }
 
-%token ZK_MODULE ZK_DATA ZK_ENDDATA ZK_METHOD ZK_TYPE ZK_INPUT ZK_OUTPUT ZK_LOCAL
-%token ZK_PRE ZK_CONSTANT ZK_RUN_DECL ZK_REG_DECL ZK_END ZK_PARALLEL ZK_NOTHING
-%token ZK_HALT ZK_PRESENT ZK_ABSENT ZK_IF ZK_ELSE ZK_LOOP ZK_WHEN ZK_WAIT ZK_EMIT
-%token ZK_REPEAT ZK_NOEMIT ZK_SUSTAIN ZK_UNTIL ZK_WEAK ZK_STRONG ZK_ABORT ZK_PAUSE
-%token ZK_SEQUENCE ZK_RUN ZK_ARROW ZK_STRONGARROW ZK_WEAKARROW ZK_NORMALTERMARROW
-%token ZK_BACKSLASH ZK_AUTOMATON ZK_MEALY_MACHINE ZK_INIT ZK_FINAL ZK_OTHER
-%token ZK_GEOMETRY ZK_STATE ZK_TRANSITION ZK_AND ZK_OR ZK_NOT ZK_ABS ZK_NAND ZK_NOR
-%token ZK_XOR ZK_FF ZK_TT ZK_EQ_EG ZK_EQ_NEG ZK_EQ_INF ZK_EQ_INFE ZK_EQ_SUP
-%token ZK_EQ_SUPE ZK_ASSIGN ZK_C_ASSIGN ZK_CSHARP_ASSIGN ZK_VHDL_ASSIGN
-%token ZK_LUSTRE_ASSIGN ZK_ESTEREL_ASSIGN ZK_NUSMV_ASSIGN ZK_DEFAULT_ASSIGN ZK_VALUE
-%token ZK_IDPLUS ZK_BADCHAR
-%token <number> ZK_SIGVAL
-%token <text> INTEGER REAL STRING ZK_ID
+/* Each fixed word names its token in the messages of a syntax error. */
+%token ZK_MODULE "module"
+%token ZK_DATA "data:"
+%token ZK_ENDDATA "end data"
+%token ZK_METHOD "Method:"
+%token ZK_TYPE "Type:"
+%token ZK_INPUT "Input:"
+%token ZK_OUTPUT "Output:"
+%token ZK_LOCAL "Local:"
+%token ZK_PRE "Pre:"
+%token ZK_CONSTANT "Constant:"
+%token ZK_RUN_DECL "Run:"
+%token ZK_REG_DECL "Register:"
+%token ZK_END "end"
+%token ZK_PARALLEL "||"
+%token ZK_NOTHING "nothing"
+%token ZK_HALT "halt"
+%token ZK_PRESENT "present"
+%token ZK_ABSENT "absent"
+%token ZK_IF "if"
+%token ZK_ELSE "else"
+%token ZK_LOOP "loop"
+%token ZK_WHEN "when"
+%token ZK_WAIT "wait"
+%token ZK_EMIT "emit"
+%token ZK_REPEAT "repeat"
+%token ZK_NOEMIT "noemit"
+%token ZK_SUSTAIN "sustain"
+%token ZK_UNTIL "until"
+%token ZK_WEAK "weak"
+%token ZK_STRONG "strong"
+%token ZK_ABORT "abort"
+%token ZK_PAUSE "pause"
+%token ZK_SEQUENCE ">>"
+%token ZK_RUN "run"
+%token ZK_ARROW "->"
+%token ZK_STRONGARROW "strong->"
+%token ZK_WEAKARROW "weak->"
+%token ZK_NORMALTERMARROW "normalterm->"
+%token ZK_BACKSLASH "\\"
+%token ZK_AUTOMATON "automaton"
+%token ZK_MEALY_MACHINE "Mealy Machine"
+%token ZK_INIT "initial->"
+%token ZK_FINAL "final"
+%token ZK_OTHER "other"
+%token ZK_GEOMETRY "geometry:"
+%token ZK_STATE "state:"
+%token ZK_TRANSITION "transition:"
+%token ZK_AND "and"
+%token ZK_OR "or"
+%token ZK_NOT "not"
+%token ZK_ABS "abs"
+%token ZK_NAND "nand"
+%token ZK_NOR "nor"
+%token ZK_XOR "xor"
+%token ZK_FF "FF"
+%token ZK_TT "TT"
+%token ZK_EQ_EG "=="
+%token ZK_EQ_NEG "!="
+%token ZK_EQ_INF "<"
+%token ZK_EQ_INFE "<="
+%token ZK_EQ_SUP ">"
+%token ZK_EQ_SUPE ">="
+%token ZK_ASSIGN ":="
+%token ZK_C_ASSIGN ":c="
+%token ZK_CSHARP_ASSIGN ":csharp="
+%token ZK_VHDL_ASSIGN ":vhdl="
+%token ZK_LUSTRE_ASSIGN ":lustre="
+%token ZK_ESTEREL_ASSIGN ":esterel="
+%token ZK_NUSMV_ASSIGN ":nusmv="
+%token ZK_DEFAULT_ASSIGN ":default="
+%token ZK_VALUE "value:"
+%token ZK_IDPLUS
+%token ZK_BADCHAR "character"
+%token <number> ZK_SIGVAL "$"
+%token <text> INTEGER "integer" REAL "real" STRING "string" ZK_ID "identifier"
 
 %left ZK_PARALLEL
 %left ZK_SEQUENCE
@@ -400,7 +463,7 @@ parallel
 
 sequence
     : instruction ZK_SEQUENCE instruction
-        { $$ = new Sequence(pzk_parser->module, $1, $3); }
+        { $$ = Sequence::join(pzk_parser->module, $1, $3); }
     ;
 
 pause
@@ -608,20 +671,20 @@ valued_signal_list
 /* ---- conditions ---- */
 
 quadrival_exp
-    : quadrival_exp ZK_OR quadrival_term  { $$ = new OrExpression($1, $3); }
+    : quadrival_exp ZK_OR quadrival_term  { $$ = pzk_parser->nest(new OrExpression($1, $3), {$1, $3}); }
     | quadrival_term                      { $$ = $1; }
     ;
 
 quadrival_term
-    : quadrival_term ZK_AND quadrival_factor  { $$ = new AndExpression($1, $3); }
+    : quadrival_term ZK_AND quadrival_factor  { $$ = pzk_parser->nest(new AndExpression($1, $3), {$1, $3}); }
     | quadrival_factor                        { $$ = $1; }
     ;
 
 /* "abs e" closes e: a Bottom counts as False. */
 quadrival_factor
     : '(' quadrival_exp ')'         { $$ = $2; }
-    | ZK_NOT quadrival_factor       { $$ = new NotExpression($2); }
-    | ZK_ABS quadrival_factor       { $$ = new NotExpression(new NpExpression($2)); }
+    | ZK_NOT quadrival_factor       { $$ = pzk_parser->nest(new NotExpression($2), {$2}); }
+    | ZK_ABS quadrival_factor       { $$ = pzk_parser->nest(new NotExpression(new NpExpression($2)), {$2}); }
     | quadrival_signal              { $$ = $1; }
     | '~'                           { $$ = new BottomExpression(); }
     | ZK_FF                         { $$ = new FalseExpression(); }

@@ -174,14 +174,42 @@ void Emit::createEquations(Module* m, EquationTable* t)
 
 // -------------------------------------------------------------- composites
 
+Sequence* Sequence::join(Module* m, Statement* l, Statement* r)
+{
+    std::vector<Statement*> sons;
+    for (Statement* s : {l, r}) {
+        if (s->isSequence()) {
+            std::vector<Statement*> inner = s->sons();
+            sons.insert(sons.end(), inner.begin(), inner.end());
+        } else {
+            sons.push_back(s);
+        }
+    }
+    return new Sequence(m, std::move(sons));
+}
+
+bool Sequence::reincarnate()
+{
+    for (Statement* s : list)
+        if (!s->reincarnate())
+            return false;
+    return true;
+}
+
 void Sequence::createEquations(Module* m, EquationTable* t)
 {
     createWires(m, t);
-    t->createEquation(l->getSet(), set, m);
-    t->createEquation(r->getSet(), l->getRtl(), m);
-    t->createEquation(l->getReset(), reset, m);
-    t->createEquation(r->getReset(), reset, m);
-    t->createEquation(rtl, r->getRtl(), m);
+    Statement* before = nullptr;
+    for (Statement* s : list) {
+        if (before == nullptr)
+            t->createEquation(s->getSet(), set, m);
+        else
+            t->createEquation(s->getSet(), before->getRtl(), m);
+        before = s;
+    }
+    for (Statement* s : list)
+        t->createEquation(s->getReset(), reset, m);
+    t->createEquation(rtl, before->getRtl(), m);
 }
 
 std::vector<Statement*> Present::sons()

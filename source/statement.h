@@ -130,18 +130,21 @@ protected:
 
 // --------------------------------------------------------- composites
 
-// l, then r in the reaction l ends.
+// Its sons one after the other: each starts in the reaction the one
+// before ends. A chain of ">>" is one Sequence whatever its grouping, so
+// that a long chain is a flat list and not a deep tree.
 class Sequence : public Statement {
 public:
-    Sequence(Module* m, Statement* l, Statement* r) : Statement("Seq", m), l(l), r(r) {}
+    Sequence(Module* m, std::vector<Statement*> sons) : Statement("Seq", m), list(std::move(sons)) {}
+    // l then r, taking in the sons of either that is a Sequence itself.
+    static Sequence* join(Module* m, Statement* l, Statement* r);
     void createEquations(Module* m, EquationTable* t) override;
     bool isSequence() override { return true; }
-    bool reincarnate() override { return l->reincarnate() && r->reincarnate(); }
-    std::vector<Statement*> sons() override { return {l, r}; }
+    bool reincarnate() override;
+    std::vector<Statement*> sons() override { return list; }
 
 protected:
-    Statement* l;
-    Statement* r;
+    std::vector<Statement*> list;
 };
 
 // Starts its then branch where the condition can be taken as true in the

@@ -16,6 +16,7 @@
 
 #include <iostream>
 #include <set>
+#include <vector>
 
 class_zk_parser* pzk_parser = nullptr;
 
@@ -252,12 +253,21 @@ DataExpr* class_zk_parser::method_call(const std::string& name, std::list<DataEx
     if (expected != given)
         error("method \"" + name + "\" takes " + std::to_string(expected) + " arguments, not " +
               std::to_string(given));
-    return new DataMethodCall(decl->getIndex(), arguments);
+    auto* call = new DataMethodCall(decl->getIndex(), arguments);
+    const void* deepest = nullptr;
+    if (arguments != nullptr)
+        for (DataExpr* a : *arguments)
+            if (deepest == nullptr || depth_of(a) > depth_of(deepest))
+                deepest = a;
+    return nest(call, {deepest});
 }
 
-DataExpr* class_zk_parser::binary(int op, DataExpr* left, DataExpr* right) { return new DataBinaryOp(op, left, right); }
+DataExpr* class_zk_parser::binary(int op, DataExpr* left, DataExpr* right)
+{
+    return nest(new DataBinaryOp(op, left, right), {left, right});
+}
 
-DataExpr* class_zk_parser::unary(int op, DataExpr* operand) { return new DataUnaryOp(op, operand); }
+DataExpr* class_zk_parser::unary(int op, DataExpr* operand) { return nest(new DataUnaryOp(op, operand), {operand}); }
 
 DataExpr* class_zk_parser::signal_value(const std::string& name)
 {

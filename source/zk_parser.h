@@ -9,7 +9,9 @@
 
 #include <list>
 #include <map>
+#include <initializer_list>
 #include <string>
+#include <unordered_map>
 
 class DataExpr;
 class Expression;
@@ -65,11 +67,34 @@ public:
     // The value of a valued signal: "$x" (also "#x" and "?x").
     DataExpr* signal_value(const std::string& name);
 
+    // Nodes of conditions and value expressions deeper than this are
+    // refused: every later walk of a tree is recursive.
+    static constexpr int max_depth = 1000;
+    // The depth of a node made by nest; 1 for a leaf (or null).
+    int depth_of(const void* p) const
+    {
+        auto it = depths.find(p);
+        return it == depths.end() ? 1 : it->second;
+    }
+    // `made`, one level above the deepest of `parts`.
+    template <class T>
+    T* nest(T* made, std::initializer_list<const void*> parts)
+    {
+        int d = 0;
+        for (const void* p : parts)
+            d = depth_of(p) > d ? depth_of(p) : d;
+        if (d + 1 > max_depth)
+            error("expression nested deeper than " + std::to_string(max_depth) + " levels");
+        depths[made] = d + 1;
+        return made;
+    }
+
     // Ends the process with "PARSE ERROR at line N: ", the text, and
     // "\nAbortion ...".
     [[noreturn]] void error(const std::string& text);
 
 private:
+    std::unordered_map<const void*, int> depths;
     std::string constant_type;
     std::string constant_name;
     Signal* new_signal(const std::string& name, const std::string* type);
