@@ -18,13 +18,23 @@ build: deps
 	cmake --build $(BUILD) -j $(JOBS)
 
 # Runs tarn on every bundled example, asking for every target; the outputs
-# land in out/ beside a copy of each module.
+# land in out/ beside a copy of each module. The ZK sources of examples/
+# are compiled by bram into out/zk/, and tarn runs on each module.
 demo: build
 	@mkdir -p out
 	@set -e; for f in examples/*.zkc; do \
 	  cp $$f out/; \
 	  echo "== $$f"; \
 	  ( unset DISPLAY; ./$(BUILD)/driver/tarn out/$$(basename $$f) $(ALL_TARGETS) ) || exit $$?; \
+	done
+	@mkdir -p out/zk
+	@set -e; for f in examples/*.zk; do \
+	  echo "== $$f"; \
+	  ./$(BUILD)/driver/bram -o out/zk $$f || exit $$?; \
+	done; \
+	for z in out/zk/*.zkc; do \
+	  echo "== $$z"; \
+	  ( unset DISPLAY; ./$(BUILD)/driver/tarn $$z $(ALL_TARGETS) ) || exit $$?; \
 	done
 
 test: build
