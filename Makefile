@@ -1,31 +1,59 @@
-# The two entry points of the project. Each installs what is missing,
-# builds, and runs.
-BUILD ?= build
-JOBS  ?= $(shell nproc 2>/dev/null || echo 2)
+# The entry points of the project. Each installs what is missing, builds
+# what it needs, and runs.
+BUILD   ?= build
+JOBS    ?= $(shell nproc 2>/dev/null || echo 2)
+PREFIX  ?= /usr/local
+DESTDIR ?=
 ALL_TARGETS = -doc -esterel -lustre -nusmv -blif -c -csharp -vhdl -altera -systemc -qsr -valued_simul
 
-.PHONY: deps build demo test test-long release bench clean
+# The executables a user runs (and the module generator the demo and the
+# benchmarks use); `make`, `make demo` and `make release` build these alone.
+EXECUTABLES ?= tarn bram zkcgen
+INSTALLED   ?= tarn bram
+# Examples whose C cannot compile by the generation rules (see the README).
+C_LITERAL_FAILURES = accu
 
-# The executables a user runs; `make release` builds them alone in an
-# optimised configuration of their own.
-EXECUTABLES ?= tarn bram
+.PHONY: all deps configure executables build demo test test-long test-sanitize release bench install uninstall clean
+
+all: executables
 
 deps:
 	bash scripts/install-deps
 
-build: deps
+configure: deps
 	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+
+executables: configure
+	cmake --build $(BUILD) -j $(JOBS) $(addprefix --target ,$(EXECUTABLES))
+
+# Everything, the tests included.
+build: configure
 	cmake --build $(BUILD) -j $(JOBS)
 
 # Runs tarn on every bundled example, asking for every target; the outputs
-# land in out/ beside a copy of each module. The ZK sources of examples/
-# are compiled by bram into out/zk/, and tarn runs on each module.
-demo: build
+# land in out/ beside a copy of each module. Then the C of each example is
+# compiled with the user files of examples/user and run on its trace. The
+# ZK sources of examples/ are compiled by bram into out/zk/, and tarn runs
+# on each module.
+demo: executables
 	@mkdir -p out
 	@set -e; for f in examples/*.zkc; do \
 	  cp $$f out/; \
 	  echo "== $$f"; \
 	  ( unset DISPLAY; ./$(BUILD)/driver/tarn out/$$(basename $$f) $(ALL_TARGETS) ) || exit $$?; \
+	done
+	@set -e; for f in examples/*.zkc; do \
+	  m=$$(basename $$f .zkc); \
+	  echo "== C of $$m on examples/$$m.trace"; \
+	  if echo " $(C_LITERAL_FAILURES) " | grep -q " $$m "; then \
+	    if bash examples/run_c.sh out $$m > out/$$m.run.txt 2>&1; then \
+	      echo "$$m: its C was expected not to compile"; exit 1; \
+	    else \
+	      echo "$$m: does not compile, as expected (a bound output is assigned but is no parameter)"; \
+	    fi; \
+	  else \
+	    bash examples/run_c.sh out $$m; \
+	  fi; \
 	done
 	@mkdir -p out/zk
 	@set -e; for f in examples/*.zk; do \
@@ -44,6 +72,16 @@ test: build
 test-long: build
 	cd $(BUILD) && env -u DISPLAY ctest --output-on-failure -j $(JOBS) --timeout 3000 -L long
 
+# The whole suite built with the address and undefined-behaviour
+# sanitizers, any report fatal. Objects that live until the process ends
+# are by design, so leaks are not looked for.
+test-sanitize: deps
+	cmake -S . -B $(BUILD)-sanitize -DCMAKE_BUILD_TYPE=Debug -DTARN_SANITIZE=ON
+	cmake --build $(BUILD)-sanitize -j $(JOBS)
+	cd $(BUILD)-sanitize && env -u DISPLAY ASAN_OPTIONS=detect_leaks=0:abort_on_error=0 \
+	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+	  ctest --output-on-failure -j $(JOBS) --timeout 1200 -LE long
+
 release: deps
 	cmake -S . -B $(BUILD)-release -DCMAKE_BUILD_TYPE=Release
 	cmake --build $(BUILD)-release -j $(JOBS) $(addprefix --target ,$(EXECUTABLES))
@@ -51,5 +89,19 @@ release: deps
 bench: build
 	@for b in $(BUILD)/bench/*_bench; do [ -x $$b ] && $$b; done
 
+# The executables and their manual pages, written from the README's
+# sections, under $(DESTDIR)$(PREFIX).
+install: executables
+	@set -e; for e in $(INSTALLED); do \
+	  install -D -m 755 $$(find $(BUILD) -maxdepth 2 -type f -name $$e -perm -u+x | head -1) $(DESTDIR)$(PREFIX)/bin/$$e; \
+	  mkdir -p $(BUILD)/man; bash tools/readme2man.sh $$e > $(BUILD)/man/$$e.1; \
+	  install -D -m 644 $(BUILD)/man/$$e.1 $(DESTDIR)$(PREFIX)/share/man/man1/$$e.1; \
+	done
+
+uninstall:
+	@for e in $(INSTALLED); do \
+	  rm -f $(DESTDIR)$(PREFIX)/bin/$$e $(DESTDIR)$(PREFIX)/share/man/man1/$$e.1; \
+	done
+
 clean:
-	rm -rf $(BUILD) $(BUILD)-release out
+	rm -rf $(BUILD) $(BUILD)-release $(BUILD)-sanitize out

@@ -267,9 +267,9 @@ public:
     // Operators take the plain recursion of Bdd_and/Bdd_or (no computed
     // table, call-stack recursion) when set. Results and node creation
     // order are the same either way; this is there to compare them. A
-    // manager starts plain when TARN_PLAIN_BDD is set in the environment,
-    // so that whole runs can be compared too.
-    static bool plain_by_default();
+    // manager starts plain when plain_by_default() is set (a test sets it
+    // to compare whole runs).
+    static bool& plain_by_default();
     bool plain_operators = plain_by_default();
 
     bddpp_manager();

@@ -362,8 +362,8 @@ bdd_node* bddpp_manager::apply(bool is_or, int link_x, bdd_node* x, int link_y,
     }
 }
 
-bool bddpp_manager::plain_by_default() {
-    static const bool plain = std::getenv("TARN_PLAIN_BDD") != nullptr;
+bool& bddpp_manager::plain_by_default() {
+    static bool plain = false;
     return plain;
 }
 

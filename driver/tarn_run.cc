@@ -1,14 +1,18 @@
 #include "driver/tarn_run.h"
 
+#include "driver/tarn_output.h"
+
 #include "model/compilation.h"
 #include "model/module.h"
 #include "support/Stringpp.h"
 #include "support/g_time.h"
 #include "zkc/parse_supl.h"
+#include "zkc/zkc_input.h"
 #include "zkc/zkc_scanner.h"
 
 #include <cstring>
 #include <iostream>
+#include <memory>
 
 std::string tarn_version() { return std::string("3.4.3") + "-4"; }
 
@@ -124,36 +128,42 @@ bool requested(const tarn_target& t, const tarn_flags& flags)
     return flags.*t.flag != 0 || (t.other_flag != nullptr && flags.*t.other_flag != 0);
 }
 
-// Opens the target's files (truncating), runs its generator with all of
-// them open, closes them and announces them in table order. An output that
-// cannot be opened is not detected: the generator writes into a failed
-// stream and the line is printed as usual.
-void generate(const tarn_target& t, Module* module, const tarn_flags& flags, const tarn_paths& paths)
+// Opens the target's files, runs its generator with all of them open,
+// then moves them into place and announces them in table order. An output
+// that cannot be opened is not detected: the generator writes into a
+// failed stream and the line is printed as usual. A write that fails
+// keeps the previous file and ends the run (false).
+bool generate(const tarn_target& t, Module* module, const tarn_flags& flags, const tarn_paths& paths)
 {
     if (t.vhdl_put != nullptr && module != nullptr) {
+        bool write_failed = false;
         tarn_vhdl_post_pass(
             paths.path(t.files[0].separator, t.files[0].suffix),
             [&](std::ofstream& tmp, std::ifstream& libs) { t.vhdl_put(module, flags, tmp, libs); },
-            std::cout);
-        return;
+            std::cout, &write_failed);
+        return !write_failed;
     }
     if (t.put == nullptr || module == nullptr) {
         std::cerr << "tarn: " << t.name << " generation is not available in this build" << std::endl;
-        return;
+        return true;
     }
     std::string names[2];
-    std::ofstream streams[2];
+    std::unique_ptr<tarn_output_file> outputs[2];
     std::ofstream* files[2] = {nullptr, nullptr};
     for (int i = 0; i < 2 && t.files[i].suffix != nullptr; ++i) {
         names[i] = paths.path(t.files[i].separator, t.files[i].suffix);
-        streams[i].open(names[i], std::ios::out | std::ios::trunc);
-        files[i] = &streams[i];
+        outputs[i] = std::make_unique<tarn_output_file>(names[i]);
+        files[i] = &outputs[i]->stream();
     }
     t.put(module, flags, files);
-    for (int i = 0; i < 2 && files[i] != nullptr; ++i) {
-        streams[i].close();
+    bool ok = true;
+    for (int i = 0; i < 2 && files[i] != nullptr; ++i)
+        ok = outputs[i]->commit(std::cerr) && ok;
+    if (!ok)
+        return false;
+    for (int i = 0; i < 2 && files[i] != nullptr; ++i)
         std::cout << "generation of " << names[i] << std::endl;
-    }
+    return true;
 }
 
 }  // namespace
@@ -203,7 +213,8 @@ Module* parse(const std::string& file, std::string& suffix, bool* parsed_ok)
     std::fstream log(log_name, std::ios::out | std::ios::trunc);
     Module* result = nullptr;
     bool ok = false;
-    if (input.good()) {
+    if (input.good() && zkc_is_readable_file(file)) {
+        zkc_log_keeper keeper(log);
         // Everything the scanner echoes lands in the log.
         parser->scanner = new zkcFlexLexer(&input, &log);
         if (parser->parse(log, 1, suffix) != 0) {
@@ -223,25 +234,40 @@ Module* parse(const std::string& file, std::string& suffix, bool* parsed_ok)
 }
 
 bool tarn_vhdl_post_pass(const std::string& vhdl_path, const tarn_vhdl_generator& generate_vhdl,
-                         std::ostream& report)
+                         std::ostream& report, bool* write_failed)
 {
+    if (write_failed != nullptr)
+        *write_failed = false;
     std::string tmp_name = vhdl_path + "_tmp";
     std::ofstream tmp(tmp_name, std::ios::out | std::ios::trunc);
+    bool tmp_opened = tmp.is_open();
     std::ifstream libs("vhdl_libs.inc");
     generate_vhdl(tmp, libs);
     if (libs.good())
         libs.close();
+    tmp.flush();
+    bool tmp_written = tmp.good();
     tmp.close();
+    if (tmp_opened && !tmp_written) {
+        std::cerr << "tarn: cannot write " << tmp_name << "; the previous " << vhdl_path << " is kept" << std::endl;
+        if (write_failed != nullptr)
+            *write_failed = true;
+        return false;
+    }
 
     std::ifstream back(tmp_name);
     if (!back.is_open())
         return false;
-    std::ofstream vhdl(vhdl_path, std::ios::out | std::ios::trunc);
+    tarn_output_file vhdl(vhdl_path);
     std::string line;
     while (std::getline(back, line))
-        vhdl << substitute_string(line, "__", "_X_") << '\n';
+        vhdl.stream() << substitute_string(line, "__", "_X_") << '\n';
     back.close();
-    vhdl.close();
+    if (!vhdl.commit(std::cerr)) {
+        if (write_failed != nullptr)
+            *write_failed = true;
+        return false;
+    }
     report << "generation of " << vhdl_path << std::endl;
     return true;
 }
@@ -268,8 +294,8 @@ int tarn_run(const std::string& input_name, const tarn_flags& flags)
     // path plus ".log" (base.zkc.log).
     std::cout << "generation of " << paths.path("/", ".log") << std::endl;
     for (const tarn_target& t : targets)
-        if (requested(t, flags))
-            generate(t, module, flags, paths);
+        if (requested(t, flags) && !generate(t, module, flags, paths))
+            return 1;
 
     double seconds = chrono.Stop() / 1000.0;
     std::cout << "compilation finished in " << seconds << " seconds" << "\n\n" << std::flush;

@@ -65,10 +65,11 @@ Module* parse(const std::string& file, std::string& suffix, bool* parsed_ok = nu
 // then each of its lines is copied to `vhdl_path` with every "__" made
 // "_X_". On success "generation of <vhdl_path>" goes to `report` and the
 // result is true; if the temporary file cannot be read back, nothing is
-// written or reported.
+// written or reported. When writing fails (a full disk) the previous
+// VHDL file is kept, the error stream says so and `write_failed` is set.
 using tarn_vhdl_generator = std::function<void(std::ofstream& tmp, std::ifstream& libs)>;
 bool tarn_vhdl_post_pass(const std::string& vhdl_path, const tarn_vhdl_generator& generate,
-                         std::ostream& report);
+                         std::ostream& report, bool* write_failed = nullptr);
 
 // From the stopwatch start to the closing line. Returns the exit status.
 int tarn_run(const std::string& input_name, const tarn_flags& flags);

@@ -20,6 +20,14 @@
 #include <limits>
 #include <unordered_map>
 
+// The date after `date`. Dates come from files and may sit at the top of
+// a long: there the next one wraps round to the bottom, as two's
+// complement arithmetic does, without leaving the defined range.
+static long later(long date)
+{
+    return date == std::numeric_limits<long>::max() ? std::numeric_limits<long>::min() : date + 1;
+}
+
 namespace wood_rows {
 
 bool FlatGraph::build(const Bddexpressionwood& wood)
@@ -151,7 +159,7 @@ bool fast_dates(Bddexpressionwood& wood, const std::list<long>* ids)
     }
     long level = wood.nb_level;
     auto raise_level = [&level](long date) {
-        if (level <= date) level = date + 1;
+        if (level <= date) level = later(date);
     };
 
     // Early dates: a variable pushes to its readers when it is swept or when
@@ -165,7 +173,7 @@ bool fast_dates(Bddexpressionwood& wood, const std::list<long>* ids)
             if (filled && swept[v]) raise_level(early[v]);
             continue;
         }
-        long date = filled ? early[v] + 1 : 1;
+        long date = filled ? later(early[v]) : 1;
         for (Slot k = g.readers_start[v]; k < g.readers_start[v + 1]; k++) {
             Slot s = g.readers[k];
             if (early[s] < date) early[s] = date;
@@ -178,7 +186,7 @@ bool fast_dates(Bddexpressionwood& wood, const std::list<long>* ids)
         if (late[v] > start) raise_level(late[v]);
         if (!g.filled[v]) continue;
         if (!swept[v] && late[v] == start) continue;
-        long date = late[v] + 1;
+        long date = later(late[v]);
         for (Slot k = g.deps_start[v]; k < g.deps_start[v + 1]; k++) {
             Slot d = g.deps[k];
             if (late[d] < date) late[d] = date;
@@ -200,7 +208,7 @@ void sweep_one(Bddexpressionwood& wood, long i, const char* message)
     Bddexpression* e = wood.exp_table[i];
     if (wood.amont_table[i].empty()) {
         if (e == nullptr) return;
-        if (wood.nb_level <= e->early_date) wood.nb_level = e->early_date + 1;
+        if (wood.nb_level <= e->early_date) wood.nb_level = later(e->early_date);
     } else {
         for (long s : wood.amont_table[i]) {
             if (s >= wood.nb_bdd_vars) {
@@ -208,13 +216,13 @@ void sweep_one(Bddexpressionwood& wood, long i, const char* message)
                 continue;
             }
             // Read afresh: on a cycle the propagation can come back here.
-            wood.early_propagation(s, e != nullptr ? e->early_date + 1 : 1);
+            wood.early_propagation(s, e != nullptr ? later(e->early_date) : 1);
         }
         if (e == nullptr) return;
     }
     IndexSet deps = e->dependances;
     for (long d : deps)
-        if (d < wood.nb_bdd_vars) wood.late_propagation(d, e->getLateDate() + 1);
+        if (d < wood.nb_bdd_vars) wood.late_propagation(d, later(e->getLateDate()));
 }
 
 } // namespace
@@ -234,7 +242,7 @@ void Bddexpressionwood::early_propagation(long var, long date)
         Bddexpression* e = exp_table[v];
         if (e == nullptr || d <= e->early_date) return;
         e->early_date = d;
-        if (nb_level <= d) nb_level = d + 1;
+        if (nb_level <= d) nb_level = later(d);
         if (nb_level > 2 * nb_bdd_vars) return; // the only end round a cycle
         stack.push_back({d, amont_table[v].begin(), amont_table[v].end()});
     };
@@ -247,7 +255,7 @@ void Bddexpressionwood::early_propagation(long var, long date)
             continue;
         }
         long s = *f.it++;
-        enter(s, f.date + 1);
+        enter(s, later(f.date));
     }
 }
 
@@ -263,7 +271,7 @@ void Bddexpressionwood::late_propagation(long var, long date)
         if (v < 0 || v >= nb_bdd_vars) return;
         if (late_dates[v] >= d && late_dates[v] != 0) return;
         late_dates[v] = d;
-        if (nb_level <= d) nb_level = d + 1;
+        if (nb_level <= d) nb_level = later(d);
         Bddexpression* e = exp_table[v];
         if (e == nullptr) return; // nothing upstream
         if (nb_level > 2 * nb_bdd_vars) return;
@@ -278,7 +286,7 @@ void Bddexpressionwood::late_propagation(long var, long date)
             continue;
         }
         long d = f.deps[f.next++];
-        enter(d, f.date + 1);
+        enter(d, later(f.date));
     }
 }
 

@@ -5,6 +5,7 @@
 #include "model/compilation.h"
 #include "model/module.h"
 #include "zkc/parse_supl.h"
+#include "zkc/zkc_input.h"
 #include "zkc/zkc_scanner.h"
 
 #include <cstdlib>
@@ -22,7 +23,8 @@ Module* Compilation::zkc_parse(std::string& file, std::string& hierarchy, std::l
     std::ifstream input(file);
     std::fstream log(log_name, std::ios::out | std::ios::trunc);
     Module* result = nullptr;
-    if (input.good()) {
+    if (input.good() && zkc_is_readable_file(file)) {
+        zkc_log_keeper keeper(log);
         parser->scanner = new zkcFlexLexer(&input, &log);
         std::string suffix;
         if (parser->parse(log, 1, suffix, hierarchy) != 0)

@@ -215,22 +215,17 @@ void check(const subject& x, unsigned trace_seed, checked* result = nullptr)
     EXPECT_GT(changes, 0);
 }
 
-// The user's side of a valued module: the header that the generated one
-// includes for the type integer, a file with the user's definitions and a
-// driver; all compiled with the generated code.
-void build_valued(const scratch_dir& s, const std::string& module, const std::string& user, const std::string& driver)
+// A valued example with the user files shipped beside the examples (the
+// header of the type integer and the example's definitions) and a driver,
+// all compiled with the generated code.
+void build_valued(const scratch_dir& s, const std::string& module, const std::string& driver)
 {
     ASSERT_EQ(run("cp '" TARN_SOURCE_DIR "/examples/" + module + ".zkc' '" + s.path + "'"), 0);
     ASSERT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " " + module + ".zkc -c > /dev/null 2>&1"), 0);
-    // A value assigned through a binding is copied with the copy function
-    // of the bound signal's type, which is pure when that signal is.
-    std::ofstream(s.path + "/C_data_user_integer.h") << "typedef int integer;\n"
-                                                       "#define copy_integer(x) (x)\n"
-                                                       "#define copy_pure(x) (x)\n"
-                                                       "#define sup_integer(a, b) ((a) > (b))\n";
-    std::ofstream(s.path + "/user.c") << "#include \"" << module << ".h\"\n" << user;
     std::ofstream(s.path + "/driver.c") << "#include <stdio.h>\n#include \"" << module << ".h\"\n" << driver;
-    ASSERT_EQ(run("cd '" + s.path + "' && gcc " + cflags + " -o driver driver.c user.c " + module + ".c 2> gcc.txt"), 0)
+    ASSERT_EQ(run("cd '" + s.path + "' && gcc " + cflags + " -I . -I '" TARN_SOURCE_DIR "/examples/user' -o driver driver.c '" +
+                  TARN_SOURCE_DIR "/examples/user/" + module + "_user.c' " + module + ".c 2> gcc.txt"),
+              0)
         << read_file(s.path + "/gcc.txt");
 }
 
@@ -260,15 +255,13 @@ TEST(Consumers, PureExamplesAndGeneratedModulesAgreeInCAndBlif)
 // read back through its pre, a method and constants: the C compiles
 // against a user header for the data type and follows the module's
 // meaning, total = add_sat(pre total, inc, limit) whenever inc is present,
-// the type's zero otherwise. (accumulator binds its outputs themselves:
+// the type's zero otherwise. (accu binds its outputs themselves:
 // a bound output is no parameter of the reaction, yet its equation still
 // assigns it, so that C cannot compile by its rules and is left out.)
 TEST(Consumers, ValuedExampleCompilesAgainstUserHeadersAndCounts)
 {
     scratch_dir s;
     build_valued(s, "sum",
-                 "const integer zero_integer = 0;\n"
-                 "integer add_sat(integer a, integer b, integer l) { return a + b > l ? l : a + b; }\n",
                  "int main(void) {\n  int inc, v, total; integer total_val;\n"
                  "  sum_reset_automaton();\n"
                  "  while (scanf(\"%d %d\", &inc, &v) == 2) {\n"
@@ -307,9 +300,6 @@ TEST(Consumers, ValuedTestsAndLocalClockFollowTheModule)
 {
     scratch_dir s;
     build_valued(s, "peak",
-                 "const integer zero_integer = 0;\n"
-                 "const integer offset = 1000;\n"
-                 "integer bump(integer a, integer b) { return a + b; }\n",
                  "int main(void) {\n  int sample, v, alarm, peak; integer peak_val;\n"
                  "  peak_reset_automaton();\n"
                  "  while (scanf(\"%d %d\", &sample, &v) == 2) {\n"
@@ -340,4 +330,27 @@ TEST(Consumers, ValuedTestsAndLocalClockFollowTheModule)
     EXPECT_LT(alarms, 60);
     EXPECT_GT(peaks, 1);
     EXPECT_LT(peaks, 40);
+}
+
+// accu binds its outputs themselves: a bound output is no parameter of the
+// reaction, yet its equation still assigns it, so its C cannot compile by
+// the generation rules. The shipped user files are not the cause.
+TEST(Consumers, AccuCIsRefusedForItsBoundOutputsOnly)
+{
+    scratch_dir s;
+    ASSERT_EQ(run("cp '" TARN_SOURCE_DIR "/examples/accu.zkc' '" + s.path + "'"), 0);
+    ASSERT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " accu.zkc -c > /dev/null 2>&1"), 0);
+    EXPECT_NE(run("cd '" + s.path + "' && LC_ALL=C gcc " + cflags + " -I '" TARN_SOURCE_DIR
+                  "/examples/user' -c accu.c 2> gcc.txt"),
+              0);
+    std::string errors = read_file(s.path + "/gcc.txt");
+    std::regex error_line(R"(error: [^\n]*)");
+    std::vector<std::string> found;
+    for (auto it = std::sregex_iterator(errors.begin(), errors.end(), error_line); it != std::sregex_iterator(); ++it)
+        found.push_back(it->str());
+    EXPECT_EQ(found, (std::vector<std::string>{"error: 'total_val' undeclared (first use in this function)",
+                                               "error: 'level_val' undeclared (first use in this function)",
+                                               "error: 'total' undeclared (first use in this function)",
+                                               "error: 'level' undeclared (first use in this function)"}))
+        << errors;
 }

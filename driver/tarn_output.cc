@@ -1,0 +1,103 @@
+#include "driver/tarn_output.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <unistd.h>
+
+namespace {
+
+// Companions being written, removed by the signal handler. Few outputs are
+// open at once (two for a target); the table is fixed so that the handler
+// touches no allocator.
+constexpr int max_parts = 8;
+char parts[max_parts][4096];
+volatile std::sig_atomic_t used[max_parts];
+
+void remove_parts_and_die(int sig)
+{
+    for (int i = 0; i < max_parts; ++i)
+        if (used[i])
+            unlink(parts[i]);
+    std::signal(sig, SIG_DFL);
+    raise(sig);
+}
+
+void install_handlers()
+{
+    static bool installed = false;
+    if (installed)
+        return;
+    installed = true;
+    for (int sig : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+        std::signal(sig, remove_parts_and_die);
+}
+
+int enter_part(const std::string& name)
+{
+    if (name.size() >= sizeof parts[0])
+        return -1;
+    for (int i = 0; i < max_parts; ++i)
+        if (!used[i]) {
+            std::memcpy(parts[i], name.c_str(), name.size() + 1);
+            used[i] = 1;
+            return i;
+        }
+    return -1;
+}
+
+void leave_part(const std::string& name)
+{
+    for (int i = 0; i < max_parts; ++i)
+        if (used[i] && name == parts[i])
+            used[i] = 0;
+}
+
+} // namespace
+
+tarn_output_file::tarn_output_file(const std::string& p) : path(p), part(p + ".part")
+{
+    // An existing output that may not be written is one that cannot be
+    // opened: the rename would otherwise replace it.
+    if (access(path.c_str(), F_OK) == 0 && access(path.c_str(), W_OK) != 0)
+        return;
+    install_handlers();
+    enter_part(part);
+    out.open(part, std::ios::out | std::ios::trunc);
+    opened = out.is_open();
+    if (!opened)
+        leave_part(part);
+}
+
+tarn_output_file::~tarn_output_file()
+{
+    if (opened) {
+        out.close();
+        std::remove(part.c_str());
+        leave_part(part);
+    }
+}
+
+bool tarn_output_file::commit(std::ostream& errors)
+{
+    if (!opened)
+        return true;
+    opened = false;
+    out.flush();
+    bool written = out.good();
+    int cause = errno;
+    out.close();
+    written = written && !out.fail();
+    if (written && std::rename(part.c_str(), path.c_str()) == 0) {
+        leave_part(part);
+        return true;
+    }
+    if (written)
+        cause = errno;
+    errors << "tarn: cannot write " << path << ": " << std::strerror(cause != 0 ? cause : EIO)
+           << "; the previous file is kept" << std::endl;
+    std::remove(part.c_str());
+    leave_part(part);
+    return false;
+}

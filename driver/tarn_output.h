@@ -1,0 +1,37 @@
+#ifndef TARN_DRIVER_TARN_OUTPUT_H
+#define TARN_DRIVER_TARN_OUTPUT_H
+
+// One output of a run, written beside its place and moved there only when
+// it is complete, so that a failed or interrupted run never leaves a cut
+// file where a good one was.
+
+#include <fstream>
+#include <ostream>
+#include <string>
+
+class tarn_output_file {
+public:
+    // Opens the companion file path + ".part". An output that cannot be
+    // opened (an existing file without write permission, a folder that
+    // takes no file) gives a stream that fails every write, as an
+    // unopened file does; nothing is reported.
+    explicit tarn_output_file(const std::string& path);
+    ~tarn_output_file();
+    tarn_output_file(const tarn_output_file&) = delete;
+    tarn_output_file& operator=(const tarn_output_file&) = delete;
+
+    std::ofstream& stream() { return out; }
+
+    // Closes the companion and moves it onto the path. When the writing
+    // failed (a full disk), says so on `errors` with the path, removes the
+    // companion, keeps whatever was at the path and returns false. An
+    // output that could not be opened returns true and touches nothing.
+    bool commit(std::ostream& errors);
+
+private:
+    std::string path, part;
+    std::ofstream out;
+    bool opened = false;
+};
+
+#endif

@@ -1,0 +1,181 @@
+// What a user sees for every kind of bad input or failed output: the
+// message, the exit status, no crash or hang, and no good file lost.
+
+#include "tests/tarn_process.h"
+#include "tests/worked_module.h"
+
+#include <chrono>
+#include <csignal>
+#include <random>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+bool exists(const std::string& name) { return access(name.c_str(), F_OK) == 0; }
+
+std::string worked_with(const std::string& from, const std::string& to)
+{
+    std::string text = worked_module_text;
+    std::string::size_type at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    return at == std::string::npos ? text : text.replace(at, from.size(), to);
+}
+
+struct bad_case {
+    const char* kind;
+    std::string text;
+    int status;
+    std::string err;  // the whole error stream, or with a leading '~' a part of it
+};
+
+std::string syntax(const std::string& line_and_error)
+{
+    return line_and_error + "\nERROR about loading file : ./in.zkc\nparsing terminated\n";
+}
+
+std::vector<bad_case> bad_cases()
+{
+    std::string text = worked_module_text;
+    std::mt19937 rng(1);
+    std::string noise(4000, ' ');
+    for (char& c : noise)
+        c = char(rng() % 256);
+    std::string crlf;
+    for (char c : text)
+        crlf += c == '\n' ? std::string("\r\n") : std::string(1, c);
+    std::string dated = worked_with("1 1 2:0,1", "-9223372036854775808 1 2:0,1");
+    dated.replace(dated.find("1 1 4:2,1"), 9, "9223372036854775807 1 4:2,1");
+    std::vector<bad_case> cases = {
+        {"empty file", "", 1, syntax("line 1: syntax error, unexpected end of file, expecting TOKEN_MODULE")},
+        {"random bytes", noise, 1, "~ERROR about loading file : ./in.zkc\nparsing terminated\n"},
+        {"NUL bytes", text.substr(0, 40) + std::string(3, '\0') + text.substr(40), 1,
+         syntax("line 4: syntax error, unexpected TOKEN_IDENT, expecting TOKEN_CONNEXION")},
+        {"CRLF line ends", crlf, 0, "parsing terminated\n"},
+        {"id above every variable", worked_with("1 1 2:0,1,(6 )", "1 1 9223372036854775807:0,1,(6 )"), 1,
+         "internal error in class_zkc_parser::bddexpression_convert(): no variable 9223372036854775807 at line 16\n"},
+        {"negative id", worked_with("1 1 2:0,1,(6 )", "1 1 -2:0,1,(6 )"), 1,
+         "internal error in class_zkc_parser::bddexpression_convert(): no variable -2 at line 16\n"},
+        {"dates at the edges of a long", dated, 0, "parsing terminated\n"},
+        {"undefined node", worked_with("0: 6:1:1,-1", "0: 6:7:1,-1"), 1,
+         "internal error in parsed_nodes_class::build(): node 7 is not defined\n"},
+        {"definition given twice", worked_with("1 1 5:2,-1,(0 )\n", "1 1 5:2,-1,(0 )\n1 1 5:2,1,(0 )\n"), 0,
+         "parsing terminated\n"},
+        {"10 MB name", worked_with("local: n r;", "local: n r " + std::string(10000000, 'q') + ";"), 0,
+         "parsing terminated\n"},
+        {"10 MB comment", "// " + std::string(10000000, 'c') + "\n" + text, 0, "parsing terminated\n"},
+    };
+    // A valid module cut at every tenth of its length.
+    for (int k = 1; k < 10; ++k)
+        cases.push_back({"cut module", text.substr(0, text.size() * k / 10), 1, "~ERROR about loading file"});
+    return cases;
+}
+
+} // namespace
+
+TEST(BadInput, EachKindHasItsMessageAndStatus)
+{
+    for (const bad_case& c : bad_cases()) {
+        scratch_dir s;
+        s.write("in.zkc", c.text);
+        tarn_output r = run_tarn_in(s.path, {"in.zkc", "-c"});
+        SCOPED_TRACE(c.kind);
+        EXPECT_EQ(r.status, c.status);
+        if (c.err[0] == '~')
+            EXPECT_NE(r.err.find(c.err.substr(1)), std::string::npos) << r.err;
+        else
+            EXPECT_EQ(r.err, c.err);
+        EXPECT_EQ(exists(s.path + "/in.c"), c.status == 0);
+    }
+}
+
+TEST(BadInput, PathsThatAreNoFileAreMissingFiles)
+{
+    scratch_dir s;
+    ASSERT_EQ(mkdir((s.path + "/d.zkc").c_str(), 0755), 0);
+    tarn_output dir = run_tarn_in(s.path, {"d.zkc", "-c"});
+    EXPECT_EQ(dir.status, 1);
+    EXPECT_EQ(dir.err, "FILE NOT FOUND !\nparsing terminated\n");
+
+    // Permissions do not stop the superuser; the case is for everyone else.
+    s.write("locked.zkc", worked_module_text);
+    chmod((s.path + "/locked.zkc").c_str(), 0);
+    if (geteuid() != 0) {
+        tarn_output locked = run_tarn_in(s.path, {"locked.zkc", "-c"});
+        EXPECT_EQ(locked.status, 1);
+        EXPECT_EQ(locked.err, "FILE NOT FOUND !\nparsing terminated\n");
+    }
+}
+
+TEST(BadInput, FatalErrorKeepsTheLog)
+{
+    scratch_dir s;
+    s.write("in.zkc", worked_with("0: 6:1:1,-1", "0: 6:7:1,-1"));
+    tarn_output r = run_tarn_in(s.path, {"in.zkc", "-c"});
+    EXPECT_EQ(r.status, 1);
+    // The parser's trace of the lines read before the error.
+    EXPECT_NE(read_file(s.path + "/in.zkc.log"), "");
+}
+
+// An output that cannot be opened is not reported, as always; a write that
+// fails keeps the previous file and ends the run with status 1.
+TEST(BadInput, OutputsThatCannotBeWritten)
+{
+    scratch_dir s;
+    s.write("in.zkc", worked_module_text);
+    s.write("in.c", "previous\n");
+    chmod((s.path + "/in.c").c_str(), 0444);
+    if (geteuid() != 0) {
+        tarn_output r = run_tarn_in(s.path, {"in.zkc", "-c"});
+        EXPECT_EQ(r.status, 0);
+        EXPECT_NE(r.out.find("generation of ./in.c\n"), std::string::npos);
+        EXPECT_EQ(read_file(s.path + "/in.c"), "previous\n");
+    }
+
+    std::string full = s.path + "/full";
+    mkdir(full.c_str(), 0755);
+    if (mount("tarn", full.c_str(), "tmpfs", 0, "size=64k") != 0)
+        GTEST_SKIP() << "no small file system can be mounted here (needs the superuser): full disk not tried";
+    std::system(("'" TARN_BINARY_DIR "/tools/zkcgen' 300 > '" + full + "/big.zkc'").c_str());
+    std::ofstream(full + "/big.c") << "previous\n";
+    tarn_output r = run_tarn_in(full, {"big.zkc", "-blif", "-c"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("tarn: cannot write ./big.c: No space left on device; the previous file is kept\n"),
+              std::string::npos)
+        << r.err;
+    EXPECT_EQ(read_file(full + "/big.c"), "previous\n");
+    EXPECT_FALSE(exists(full + "/big.c.part"));
+    umount(full.c_str());
+}
+
+// An interrupted run leaves the previous output whole and no companion
+// file behind.
+TEST(BadInput, InterruptedRunKeepsThePreviousOutput)
+{
+    scratch_dir s;
+    std::system(("'" TARN_BINARY_DIR "/tools/zkcgen' 200000 > '" + s.path + "/big.zkc'").c_str());
+    s.write("big.blif", "previous\n");
+    pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (chdir(s.path.c_str()) == 0) {
+            freopen("/dev/null", "w", stdout);
+            freopen("/dev/null", "w", stderr);
+            execl(TARN_BINARY_DIR "/driver/tarn", "tarn", "big.zkc", "-blif", static_cast<char*>(nullptr));
+        }
+        _exit(127);
+    }
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!exists(s.path + "/big.blif.part") && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::microseconds(200));
+    bool writing = exists(s.path + "/big.blif.part");
+    kill(child, SIGINT);
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(writing) << "the output was never written beside its place";
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT);
+    EXPECT_EQ(read_file(s.path + "/big.blif"), "previous\n");
+    EXPECT_FALSE(exists(s.path + "/big.blif.part"));
+}
