@@ -97,7 +97,10 @@ void EquationTable::createUnifyEquation(Signal* s, Expression* e, Module* m, boo
     if (under == nullptr) {
         std::cerr << "internal error 2 in createUnifyEquation()! about uid=" << underId << std::endl;
     } else {
-        join(under, initial ? e->getInitialUnderBdd(m, wood) : e->getUnderBdd(m, wood));
+        bdd contribution = initial ? e->getInitialUnderBdd(m, wood) : e->getUnderBdd(m, wood);
+        if (!wood->my_bdd_manager()->Bdd_is_zero_tautologic(contribution))
+            underSet.insert(s->getInternalName());
+        join(under, contribution);
         addDependences(under, underId, s, m);
     }
 }
@@ -162,8 +165,12 @@ void EquationTable::pre(Module* m)
         if (list == nullptr)
             continue;
         for (Signal* s : *list) {
-            if (!s->hasOccurrenceIn(wood) || s->getCurrentOccurrence(wood) < 0)
+            if (s->isWire() || s->isValue() || !s->hasOccurrenceIn(wood) || s->getCurrentOccurrence(wood) < 0)
                 continue;
+            std::string next = s->getInternalName() + "_" + std::to_string(s->getCurrentOccurrence(wood) + 1);
+            if (manager->getSignalRefByName(next) != nullptr || wood->Index_var_by_name("_s_" + next) >= 0)
+                Compilation::fatal("Error in module \"" + m->getName() + "\":\n signal \"" + next +
+                                   "\" meets an occurrence of \"" + s->getInternalName() + "\"");
             s->newOccurrence(wood, m);
             createBottomEquation(s, m, s->getCurrentOccurrence(wood));
             SignalRef* first = manager->getSignalRefByName(s->getInternalName());
@@ -179,6 +186,13 @@ void EquationTable::pre(Module* m)
                 join(under, s->getUnderBdd(m, wood));
         }
     }
+}
+
+void EquationTable::mask(long id, const bdd& mask)
+{
+    if (Bddexpression* e = equationOf(id))
+        if (e->getAbstraction() == 0)
+            replace(e, wood->Bdd_and(mask, e->my_bdd_exp()));
 }
 
 // ------------------------------------------------------------------- dates

@@ -7,7 +7,11 @@
 // causality cycle as an error of the module.
 
 #include <list>
+#include <set>
 #include <string>
+
+#include "bdd/bddpp.h"
+#include "model/signal.h"
 
 class Bddexpression;
 class Bddexpressionwood;
@@ -32,6 +36,9 @@ public:
     // over and under equations also depend on the signals of s's
     // dependence set and on the carriers those signals clock.
     void createUnifyEquation(Signal* s, Expression* e, Module* m, bool initial);
+    // Whether some contribution to the under wire of s was not the
+    // constant zero (a "noemit", a sustained absence).
+    bool underIsSet(Signal* s) const { return underSet.count(s->getInternalName()) != 0; }
     // under := not over on the actual variable of a register.
     void createRegisterEquation(Signal* s, Module* m);
     // over := 0 and under := 0.
@@ -42,9 +49,14 @@ public:
     void replaceEquation(Signal* s, Signal* t, Module* m);
     // Masks every equation of the outputs of m with the over wire of s.
     void cond(Signal* s, Module* m);
-    // A new occurrence of every output and local that has one in the wood,
-    // at Bottom, which occurrence 0 comes to read.
+    // A new occurrence of every output and local (wires, registers and
+    // the carriers and test signals of bindings aside) that has one in the wood, at Bottom, which occurrence 0 comes
+    // to read. A user signal that already holds the name of the new
+    // occurrence is a fatal error.
     void pre(Module* m);
+    // The equation of variable `id`, if any, takes `mask` and its right
+    // member.
+    void mask(long id, const bdd& mask);
 
     // Dates the wood; a date failure is fatal, and a cycle is the error of
     // the module: its variables and their dependences in the cycle.
@@ -62,6 +74,7 @@ private:
 
     std::string moduleName;
     Bddexpressionwood* wood;
+    std::set<std::string> underSet;
 };
 
 #endif

@@ -70,10 +70,12 @@ void Module::sortCode()
 
 // An output or local whose under wire no statement set (no "noemit", no
 // sustained absence) is absent in every reaction in which it is not
-// emitted: its under wire becomes the negation of its over wire, so that
-// "absent" sees it. Signals whose under wire a statement did set keep
-// their four values.
-static void closeUnderWires(Module* m)
+// emitted: the under wire of its occurrence 0 becomes the negation of its
+// over wire, so that "absent" sees it. Signals whose under wire a
+// statement did set keep their four values. An output's under wire is
+// closed only where the body reads it: finalisation completes it
+// otherwise, and generated code would read the output where it needs not.
+static void closeUnderWires(Module* m, EquationTable* table)
 {
     Bddexpressionwood* wood = m->getBddWood();
     bddpp_manager* manager = wood->my_bdd_manager();
@@ -81,13 +83,15 @@ static void closeUnderWires(Module* m)
         if (l == nullptr)
             continue;
         for (Signal* s : *l) {
-            if (s->isWire() || s->isValue())
+            if (s->isWire() || s->isValue() || table->underIsSet(s))
                 continue;
-            long under = s->getUnderBddId(m, wood);
+            long under = s->getInitialUnderBddId(m, wood);
             Bddexpression* e = under >= 0 && under < wood->Nb_bdd_vars() ? wood->Exp_table()[under] : nullptr;
-            if (e == nullptr || e->getAbstraction() != 0 || !manager->Bdd_is_zero_tautologic(e->my_bdd_exp()))
+            if (e == nullptr || e->getAbstraction() != 0)
                 continue;
-            e->setBddExp(manager->Bdd_not(s->getOverBdd(m, wood)), e->getEarlyDate(), e->getLateDate());
+            if (s->isOutput() && wood->Amont_table()[under].empty())
+                continue;
+            e->setBddExp(manager->Bdd_not(s->getInitialOverBdd(m, wood)), e->getEarlyDate(), e->getLateDate());
         }
     }
 }
@@ -101,7 +105,7 @@ void Module::compile()
     statement->complementary_check_syntax();
     statement->compile(this, compilation);
     connectExternalWires();
-    closeUnderWires(this);
+    closeUnderWires(this, compilation);
     sortCode();
     reincarnate = statement->reincarnate();
 }

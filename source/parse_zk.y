@@ -23,8 +23,9 @@
  * a braced first instruction of a body that "end" closes (a module with
  * an interface has no such doubt).
  *
- * Automata, Mealy machines and run statements are read in full and become
- * statements that the compiler refuses by name.
+ * "repeat n { p }" is n copies of p in sequence, "wait n e" n waits in
+ * sequence. Automata, Mealy machines and run statements are read in full
+ * and become statements that the compiler refuses by name.
  */
 
 %code requires {
@@ -40,7 +41,7 @@ class DataExpr;
 #include "data/data.h"
 #include "model/module.h"
 #include "source/expression.h"
-#include "source/statement.h"
+#include "source/statement_control.h"
 #include "source/zk_parser.h"
 
 #include <cstdlib>
@@ -458,7 +459,7 @@ operator
 
 parallel
     : instruction ZK_PARALLEL instruction
-        { $$ = new Unsupported(pzk_parser->module, "||", {$1, $3}); }
+        { $$ = Parallel::join(pzk_parser->module, $1, $3); }
     ;
 
 sequence
@@ -494,36 +495,36 @@ absent
 
 if_inst
     : ZK_IF data_exp instruction ZK_ELSE instruction
-        { $$ = new Unsupported(pzk_parser->module, "if", {$3, $5}); }
+        { $$ = new If(pzk_parser->module, $2, $3, $5); }
     | ZK_IF data_exp instruction %prec ZK_WITHOUTELSE
-        { $$ = new Unsupported(pzk_parser->module, "if", {$3}); }
+        { $$ = new If(pzk_parser->module, $2, $3, nullptr); }
     ;
 
 loop
     : ZK_LOOP '{' instruction '}'
-        { $$ = new Unsupported(pzk_parser->module, "loop", {$3}); }
+        { $$ = new Loop(pzk_parser->module, $3); }
     ;
 
 repeat
     : ZK_REPEAT INTEGER '{' instruction '}'
-        { number_of($2); $$ = new Unsupported(pzk_parser->module, "repeat", {$4}); }
+        { $$ = repeated(pzk_parser->module, $4, pzk_parser->count(number_of($2))); }
     ;
 
 wait
     : ZK_WAIT quadrival_exp
-        { $$ = new Unsupported(pzk_parser->module, "wait"); }
+        { $$ = new Wait(pzk_parser->module, $2); }
     | ZK_WAIT INTEGER quadrival_exp
-        { number_of($2); $$ = new Unsupported(pzk_parser->module, "wait"); }
+        { $$ = repeated(pzk_parser->module, new Wait(pzk_parser->module, $3), pzk_parser->count(number_of($2))); }
     ;
 
 abort
     : ZK_WEAK ZK_ABORT '{' instruction '}' ZK_WHEN quadrival_exp
-        { $$ = new Unsupported(pzk_parser->module, "weak abort", {$4}); }
+        { $$ = new Abort(pzk_parser->module, $4, $7); }
     ;
 
 strongabort
     : ZK_STRONG ZK_ABORT '{' instruction '}' ZK_WHEN quadrival_exp
-        { $$ = new Unsupported(pzk_parser->module, "strong abort", {$4}); }
+        { $$ = new StrongAbort(pzk_parser->module, $4, $7); }
     ;
 
 emit
@@ -535,14 +536,14 @@ emit
 
 noemit
     : ZK_NOEMIT signal_name
-        { delete $2; $$ = new Unsupported(pzk_parser->module, "noemit"); }
+        { $$ = new NoEmit(pzk_parser->module, *$2); delete $2; }
     ;
 
 sustain_until
     : ZK_SUSTAIN signal_name ZK_UNTIL quadrival_exp
-        { delete $2; $$ = new Unsupported(pzk_parser->module, "sustain"); }
+        { $$ = new SustainUntil(pzk_parser->module, *$2, nullptr, $4); delete $2; }
     | ZK_SUSTAIN signal_name '(' data_exp ')' ZK_UNTIL quadrival_exp
-        { delete $2; $$ = new Unsupported(pzk_parser->module, "sustain"); }
+        { $$ = new SustainUntil(pzk_parser->module, *$2, $4, $7); delete $2; }
     ;
 
 run

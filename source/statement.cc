@@ -14,12 +14,21 @@
 
 std::map<std::string, int> Statement::numbers;
 
+long Statement::made = 0;
+
 Statement::Statement(const std::string& kind, Module* m) : module(m)
 {
     name = kind + std::to_string(++numbers[kind]);
+    if (++made > max_statements)
+        Compilation::fatal("Error in module \"" + (m != nullptr ? m->getName() : std::string()) +
+                           "\":\n more than " + std::to_string(max_statements) + " statements");
 }
 
-void Statement::resetNumbers() { numbers.clear(); }
+void Statement::resetNumbers()
+{
+    numbers.clear();
+    made = 0;
+}
 
 Signal* Statement::getSet() const
 {
@@ -60,13 +69,18 @@ void Statement::callPert(EquationTable* t, std::list<long>& ids) { t->callPert(i
 
 // Every name a statement may derive from its own; a user signal, the
 // module's connexion signals or another statement may hold one of them.
-static bool nameIsFree(Module* m, const std::string& name)
+static bool nameIsFree(Module* m, const std::string& name, int sons)
 {
     SignalManager* manager = m->getSignalManager();
+    for (int i = 1; i <= sons; i++)
+        for (const std::string& derived : {Compilation::createACTIFName(name, i),
+                                           Compilation::createACTIFPLUSName(name, i), Compilation::createRTLName(name, i)})
+            if (manager->getSignalRefByName(derived) != nullptr)
+                return false;
     for (const std::string& derived :
          {Compilation::createSETName(name), Compilation::createRESETName(name), Compilation::createRTLName(name),
           Compilation::createACTIFName(name), Compilation::createACTIFPLUSName(name),
-          Compilation::createACTIFBISName(name), Compilation::createACTIFBISPLUSName(name), "VAL" + name})
+          Compilation::createACTIFBISName(name), Compilation::createACTIFBISPLUSName(name), "VAL" + name, "COND" + name})
         if (manager->getSignalRefByName(derived) != nullptr)
             return false;
     return true;
@@ -80,9 +94,9 @@ static Signal* newWire(Module* m, const std::string& name)
     return s;
 }
 
-void Statement::createWires(Module* m, EquationTable*)
+void Statement::createWires(Module* m, EquationTable*, int sons)
 {
-    while (!nameIsFree(m, name))
+    while (!nameIsFree(m, name, sons))
         name += "_";
     set = newWire(m, Compilation::createSETName(name));
     reset = newWire(m, Compilation::createRESETName(name));
@@ -123,16 +137,21 @@ void Pause::createEquations(Module* m, EquationTable* t)
     t->createEquation(actifplus, new AndExpression(set, new NotExpression(reset)), m, true);
 }
 
-Emit::Emit(Module* m, const std::string& signalName, DataExpr* value)
-    : Statement("Emit", m), signalName(signalName), value(value)
+Emit::Emit(const std::string& kind, Module* m, const std::string& signalName, DataExpr* value)
+    : Statement(kind, m), signalName(signalName), value(value)
 {
 }
 
-void Emit::complementary_check_syntax()
+Statement* Emit::duplicate(Module* m, EquationTable*)
+{
+    return new Emit(m, signalName, value != nullptr ? value->duplicate() : nullptr);
+}
+
+void Emit::checkEmission(const char* what)
 {
     Signal* x = module->getOutputLocalSignal(signalName);
     std::string kind = x != nullptr && !x->isOutput() ? "local" : "output";
-    std::string head = "Error in module \"" + module->getName() + "\":\n Emission of " + kind + " signal: \"" +
+    std::string head = "Error in module \"" + module->getName() + "\":\n " + what + " of " + kind + " signal: \"" +
                        signalName;
     if (x == nullptr)
         Compilation::fatal(head + "\"  undefined !");
@@ -151,12 +170,12 @@ void Emit::complementary_check_syntax()
                            "\"\n whereas this signal is declared with the type : \"" + declared + "\"");
 }
 
-void Emit::createEquations(Module* m, EquationTable* t)
+void Emit::complementary_check_syntax() { checkEmission("Emission"); }
+
+void Emit::emitWhen(Module* m, EquationTable* t, Expression* condition, bool initial)
 {
-    createWires(m, t);
-    t->createEquation(rtl, set, m);
     signal = m->getOutputLocalSignal(signalName);
-    t->createUnifyEquation(signal, new ThenExpression(rtl, new TrueExpression()), m, false);
+    t->createUnifyEquation(signal, condition, m, initial);
     if (value == nullptr)
         return;
     // The carrier: present when this statement emits; its binding gives
@@ -169,7 +188,14 @@ void Emit::createEquations(Module* m, EquationTable* t)
     m->addSignalBinding(value, carrier, signal);
     if (std::set<Signal*>* read = value->computeDependencySet())
         carrier->getDependenceSet().insert(read->begin(), read->end());
-    t->createUnifyEquation(carrier, new ThenExpression(rtl, new TrueExpression()), m, false);
+    t->createUnifyEquation(carrier, condition, m, initial);
+}
+
+void Emit::createEquations(Module* m, EquationTable* t)
+{
+    createWires(m, t);
+    t->createEquation(rtl, set, m);
+    emitWhen(m, t, new ThenExpression(rtl, new TrueExpression()), false);
 }
 
 // -------------------------------------------------------------- composites
@@ -210,6 +236,24 @@ void Sequence::createEquations(Module* m, EquationTable* t)
     for (Statement* s : list)
         t->createEquation(s->getReset(), reset, m);
     t->createEquation(rtl, before->getRtl(), m);
+}
+
+Statement* Sequence::duplicate(Module* m, EquationTable* t)
+{
+    std::vector<Statement*> copies;
+    for (Statement* s : list)
+        copies.push_back(s->duplicate(m, t));
+    return new Sequence(m, std::move(copies));
+}
+
+Statement* Present::duplicate(Module* m, EquationTable* table)
+{
+    return new Present(m, e, t->duplicate(m, table), f != nullptr ? f->duplicate(m, table) : nullptr);
+}
+
+Statement* Absent::duplicate(Module* m, EquationTable* table)
+{
+    return new Absent(m, e, t->duplicate(m, table), f != nullptr ? f->duplicate(m, table) : nullptr);
 }
 
 std::vector<Statement*> Present::sons()

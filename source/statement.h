@@ -49,6 +49,8 @@ public:
     virtual bool reincarnate() = 0;
     // The sons, in order; empty for a leaf.
     virtual std::vector<Statement*> sons() { return {}; }
+    // A fresh copy of the tree, with names of its own, not compiled.
+    virtual Statement* duplicate(Module* m, EquationTable* t) = 0;
 
     // Dates the wood and reports a causality cycle.
     static void callPert(EquationTable* t);
@@ -56,12 +58,16 @@ public:
 
     // Running numbers start again at 1 for each module.
     static void resetNumbers();
+    // Statements made in the module so far; past a bound the program is
+    // refused, since copies (loop re-entry, repeat) multiply them.
+    static constexpr long max_statements = 100000;
 
 protected:
     // SET, RESET and RTL made from the name, flagged wires and listed as
     // locals. A name whose wires would meet a signal that already exists
-    // takes a "_" more until none does.
-    void createWires(Module* m, EquationTable* t);
+    // takes a "_" more until none does; `sons` counts the wires of the
+    // sons of an n-ary statement among the names to check.
+    void createWires(Module* m, EquationTable* t, int sons = 0);
     // A register pair made from `actualName` and `nextName`, both wires
     // and registers listed as locals, the register entered with initial
     // value 0, and the actual variable's under equation.
@@ -76,6 +82,7 @@ protected:
 
 private:
     static std::map<std::string, int> numbers;
+    static long made;
 };
 
 // -------------------------------------------------------------- leaves
@@ -85,6 +92,7 @@ class Nothing : public Statement {
 public:
     explicit Nothing(Module* m) : Statement("Nothing", m) {}
     void createEquations(Module* m, EquationTable* t) override;
+    Statement* duplicate(Module* m, EquationTable*) override { return new Nothing(m); }
     bool reincarnate() override { return true; }
 };
 
@@ -93,6 +101,7 @@ class Halt : public Statement {
 public:
     explicit Halt(Module* m) : Statement("Halt", m) {}
     void createEquations(Module* m, EquationTable* t) override;
+    Statement* duplicate(Module* m, EquationTable*) override { return new Halt(m); }
     bool reincarnate() override { return false; }
 };
 
@@ -101,6 +110,7 @@ class Pause : public Statement {
 public:
     explicit Pause(Module* m) : Statement("Pause", m) {}
     void createEquations(Module* m, EquationTable* t) override;
+    Statement* duplicate(Module* m, EquationTable*) override { return new Pause(m); }
     bool reincarnate() override { return false; }
 
 protected:
@@ -113,15 +123,23 @@ protected:
 // same reactions, bound to the value with the emitted signal as clock.
 class Emit : public Statement {
 public:
-    // `value` null for a pure emission; `line` for messages.
-    Emit(Module* m, const std::string& signalName, DataExpr* value);
+    // `value` null for a pure emission.
+    Emit(Module* m, const std::string& signalName, DataExpr* value) : Emit("Emit", m, signalName, value) {}
     void createEquations(Module* m, EquationTable* t) override;
     void complementary_check_syntax() override;
+    Statement* duplicate(Module* m, EquationTable* t) override;
     bool reincarnate() override { return true; }
 
     const std::string& getSignalName() const { return signalName; }
 
 protected:
+    Emit(const std::string& kind, Module* m, const std::string& signalName, DataExpr* value);
+    // The checks of an emission of `value` (null: pure) on the signal.
+    void checkEmission(const char* what);
+    // The signal's equations take `condition`; a valued emission makes
+    // its carrier with the same condition.
+    void emitWhen(Module* m, EquationTable* t, Expression* condition, bool initial);
+
     std::string signalName;
     DataExpr* value;
     Signal* signal = nullptr;
@@ -139,6 +157,7 @@ public:
     // l then r, taking in the sons of either that is a Sequence itself.
     static Sequence* join(Module* m, Statement* l, Statement* r);
     void createEquations(Module* m, EquationTable* t) override;
+    Statement* duplicate(Module* m, EquationTable* t) override;
     bool isSequence() override { return true; }
     bool reincarnate() override;
     std::vector<Statement*> sons() override { return list; }
@@ -156,6 +175,7 @@ public:
     // `f` null when there is no else branch.
     Present(Module* m, Expression* e, Statement* t, Statement* f) : Present("Present", m, e, t, f) {}
     void compile(Module* m, EquationTable* t) override;
+    Statement* duplicate(Module* m, EquationTable* t) override;
     void createEquations(Module* m, EquationTable* t) override;
     bool reincarnate() override;
     std::vector<Statement*> sons() override;
@@ -175,6 +195,7 @@ protected:
 class Absent : public Present {
 public:
     Absent(Module* m, Expression* e, Statement* t, Statement* f) : Present("Absent", m, e, t, f) {}
+    Statement* duplicate(Module* m, EquationTable* t) override;
 
 protected:
     Expression* thenCondition(Expression* s) override;
@@ -191,6 +212,7 @@ public:
     void compile(Module* m, EquationTable* t) override;
     bool reincarnate() override { return false; }
     std::vector<Statement*> sons() override { return children; }
+    Statement* duplicate(Module* m, EquationTable*) override { return new Unsupported(m, what, children); }
 
 private:
     std::string what;

@@ -280,3 +280,10 @@ DataExpr* class_zk_parser::signal_value(const std::string& name)
         error("value of the pure signal \"" + name + "\"");
     return new DataSignalValue(s);
 }
+
+long class_zk_parser::count(long n)
+{
+    if (n > max_count)
+        error("count " + std::to_string(n) + " above " + std::to_string(max_count));
+    return n;
+}

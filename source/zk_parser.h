@@ -89,6 +89,10 @@ public:
         return made;
     }
 
+    // The count of a repeat or a wait: at most max_count.
+    static constexpr long max_count = 1000;
+    long count(long n);
+
     // Ends the process with "PARSE ERROR at line N: ", the text, and
     // "\nAbortion ...".
     [[noreturn]] void error(const std::string& text);
