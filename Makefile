@@ -13,7 +13,7 @@ INSTALLED   ?= tarn bram
 # Examples whose C cannot compile by the generation rules (see the README).
 C_LITERAL_FAILURES = accu
 
-.PHONY: all deps configure executables build demo test test-long test-sanitize release bench install uninstall clean
+.PHONY: all deps configure executables build demo test test-long test-sanitize fuzz release bench install uninstall clean
 
 all: executables
 
@@ -31,16 +31,19 @@ build: configure
 	cmake --build $(BUILD) -j $(JOBS)
 
 # Runs tarn on every bundled example, asking for every target; the outputs
-# land in out/ beside a copy of each module. Then the C of each example is
-# compiled with the user files of examples/user and run on its trace. The
-# ZK sources of examples/ are compiled by bram into out/zk/, and tarn runs
-# on each module.
+# land in out/ beside a copy of each module. A run that stops with status 1
+# has said why (a constant without a value for a target's language, say)
+# and the next example goes on; any other failure stops the demo. Then the
+# C of each example is compiled with the user files of examples/user and
+# run on its trace. The ZK sources of examples/ are compiled by bram into
+# out/zk/, and tarn runs on each module in the same way.
 demo: executables
 	@mkdir -p out
 	@set -e; for f in examples/*.zkc; do \
 	  cp $$f out/; \
 	  echo "== $$f"; \
-	  ( unset DISPLAY; ./$(BUILD)/driver/tarn out/$$(basename $$f) $(ALL_TARGETS) ) || exit $$?; \
+	  status=0; ( unset DISPLAY; ./$(BUILD)/driver/tarn out/$$(basename $$f) $(ALL_TARGETS) ) || status=$$?; \
+	  if [ $$status -eq 1 ]; then echo "== $$f: stopped with status 1"; elif [ $$status -ne 0 ]; then exit $$status; fi; \
 	done
 	@set -e; for f in examples/*.zkc; do \
 	  m=$$(basename $$f .zkc); \
@@ -62,7 +65,8 @@ demo: executables
 	done; \
 	for z in out/zk/*.zkc; do \
 	  echo "== $$z"; \
-	  ( unset DISPLAY; ./$(BUILD)/driver/tarn $$z $(ALL_TARGETS) ) || exit $$?; \
+	  status=0; ( unset DISPLAY; ./$(BUILD)/driver/tarn $$z $(ALL_TARGETS) ) || status=$$?; \
+	  if [ $$status -eq 1 ]; then echo "== $$z: stopped with status 1"; elif [ $$status -ne 0 ]; then exit $$status; fi; \
 	done
 
 test: build
@@ -81,6 +85,23 @@ test-sanitize: deps
 	cd $(BUILD)-sanitize && env -u DISPLAY ASAN_OPTIONS=detect_leaks=0:abort_on_error=0 \
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  ctest --output-on-failure -j $(JOBS) --timeout 1200 -LE long
+
+# Every fuzz target of the tree (a fuzz/ folder beside each reader) for
+# FUZZ_TIME seconds each, from the corpus kept beside it; what is found
+# lands in $(BUILD)-fuzz/runs/<target>/.
+FUZZ_TIME ?= 60
+fuzz: deps
+	CC=clang CXX=clang++ cmake -S . -B $(BUILD)-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTARN_FUZZ=ON
+	cmake --build $(BUILD)-fuzz -j $(JOBS) $$(cmake --build $(BUILD)-fuzz --target help | sed -n 's/^\.\.\. \([a-z_]*_fuzz\)$$/--target \1/p')
+	@set -e; for f in $(BUILD)-fuzz/fuzz/*/*_fuzz; do \
+	  name=$$(basename $$f); src=$$(basename $$(dirname $$f))/fuzz; \
+	  run=$(BUILD)-fuzz/runs/$$name; mkdir -p $$run/corpus; \
+	  cp -n $$src/corpus/* $$run/corpus/ 2>/dev/null || true; \
+	  dict=""; for d in $$src/*.dict; do [ -f $$d ] && dict="-dict=$$d"; done; \
+	  echo "== $$name for $(FUZZ_TIME) s"; \
+	  ( cd $$run && ASAN_OPTIONS=detect_leaks=0 $(CURDIR)/$$f corpus $$(echo $$dict | sed 's|=|=$(CURDIR)/|') \
+	      -max_total_time=$(FUZZ_TIME) -timeout=10 -rss_limit_mb=4096 -print_final_stats=1 ) 2>&1 | tail -15; \
+	done
 
 release: deps
 	cmake -S . -B $(BUILD)-release -DCMAKE_BUILD_TYPE=Release
@@ -104,4 +125,4 @@ uninstall:
 	done
 
 clean:
-	rm -rf $(BUILD) $(BUILD)-release $(BUILD)-sanitize out
+	rm -rf $(BUILD) $(BUILD)-release $(BUILD)-sanitize $(BUILD)-fuzz out

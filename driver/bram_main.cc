@@ -1,6 +1,6 @@
 // bram: the ZK source compiler's command.
 #include "driver/tarn_run.h"
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "source/bram.h"
 #include "source/source_errors.h"
 

@@ -2,7 +2,7 @@
 
 #include "driver/tarn_output.h"
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
 #include "support/Stringpp.h"
 #include "support/g_time.h"
@@ -108,19 +108,30 @@ struct tarn_target {
 // A null generator is one this build does not have yet.
 const tarn_target targets[] = {
     {"mosk simulator", &tarn_flags::valuedSimulFlag, nullptr, {{"/mosk_", ".cc"}, {"", nullptr}}, nullptr, nullptr},
-    {"documentation", &tarn_flags::docFlag, nullptr, {{"/", ".doc"}, {"", nullptr}}, nullptr, nullptr},
-    {"Esterel", &tarn_flags::esterelFlag, nullptr, {{"/", ".strl"}, {"", nullptr}}, nullptr, nullptr},
-    {"Lustre", &tarn_flags::lustreFlag, nullptr, {{"/", ".lus"}, {"", nullptr}}, nullptr, nullptr},
-    {"NuSMV", &tarn_flags::nusmvFlag, nullptr, {{"/", ".smv"}, {"", nullptr}}, nullptr, nullptr},
+    {"documentation", &tarn_flags::docFlag, nullptr, {{"/", ".doc"}, {"", nullptr}},
+     [](Module* m, const tarn_flags& f, std::ofstream* files[2]) { m->DOC_put(*files[0], f.templateFlag); }, nullptr},
+    {"Esterel", &tarn_flags::esterelFlag, nullptr, {{"/", ".strl"}, {"", nullptr}},
+     [](Module* m, const tarn_flags& f, std::ofstream* files[2]) { m->ESTEREL_put(*files[0], f.templateFlag); },
+     nullptr},
+    {"Lustre", &tarn_flags::lustreFlag, nullptr, {{"/", ".lus"}, {"", nullptr}},
+     [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->LUSTRE_put(*files[0], 0); }, nullptr},
+    {"NuSMV", &tarn_flags::nusmvFlag, nullptr, {{"/", ".smv"}, {"", nullptr}},
+     [](Module* m, const tarn_flags& f, std::ofstream* files[2]) { m->NUSMV_put(*files[0], 0, !f.noSuppressWiresFlag); },
+     nullptr},
     {"BLIF", &tarn_flags::blifFlag, nullptr, {{"/", ".blif"}, {"", nullptr}},
      [](Module* m, const tarn_flags& f, std::ofstream* files[2]) { m->BLIF_put(*files[0], !f.noSuppressWiresFlag); },
      nullptr},
     {"C", &tarn_flags::cFlag, nullptr, {{"/", ".c"}, {"/", ".h"}},
      [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->C_put(*files[0], *files[1]); }, nullptr},
-    {"C#", &tarn_flags::csharpFlag, nullptr, {{"/", ".cs"}, {"", nullptr}}, nullptr, nullptr},
-    {"VHDL", &tarn_flags::vhdlFlag, &tarn_flags::alteraFlag, {{"/", ".vhd"}, {"", nullptr}}, nullptr, nullptr},
+    {"C#", &tarn_flags::csharpFlag, nullptr, {{"/", ".cs"}, {"", nullptr}},
+     [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->CSharp_put(*files[0]); }, nullptr},
+    {"VHDL", &tarn_flags::vhdlFlag, &tarn_flags::alteraFlag, {{"/", ".vhd"}, {"", nullptr}}, nullptr,
+     [](Module* m, const tarn_flags& f, std::ofstream& tmp, std::ifstream& libs) {
+         m->VHDL_put(tmp, libs, f.alteraFlag);
+     }},
     {"SystemC", &tarn_flags::systemcFlag, nullptr, {{"/", "_sc.cc"}, {"/", "_sc.h"}}, nullptr, nullptr},
-    {"encapsulated qsr", &tarn_flags::qsrFlag, nullptr, {{"/", "_encapsulated.qsr"}, {"", nullptr}}, nullptr, nullptr},
+    {"encapsulated qsr", &tarn_flags::qsrFlag, nullptr, {{"/", "_encapsulated.qsr"}, {"", nullptr}},
+     [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->ENCAPSULATEDQSR_put(*files[0]); }, nullptr},
 };
 
 bool requested(const tarn_target& t, const tarn_flags& flags)
@@ -270,6 +281,19 @@ bool tarn_vhdl_post_pass(const std::string& vhdl_path, const tarn_vhdl_generator
     }
     report << "generation of " << vhdl_path << std::endl;
     return true;
+}
+
+void tarn_generate_every_target(Module* module, const tarn_flags& flags, std::ofstream& sink)
+{
+    for (const tarn_target& t : targets) {
+        std::ofstream* files[2] = {&sink, &sink};
+        if (t.vhdl_put != nullptr) {
+            std::ifstream libs;
+            t.vhdl_put(module, flags, sink, libs);
+        } else if (t.put != nullptr) {
+            t.put(module, flags, files);
+        }
+    }
 }
 
 int tarn_run(const std::string& input_name, const tarn_flags& flags)

@@ -71,6 +71,11 @@ using tarn_vhdl_generator = std::function<void(std::ofstream& tmp, std::ifstream
 bool tarn_vhdl_post_pass(const std::string& vhdl_path, const tarn_vhdl_generator& generate,
                          std::ostream& report, bool* write_failed = nullptr);
 
+// Every generator of the table in its order, all writing into `sink`, with
+// an empty stream for "vhdl_libs.inc": the fuzz target's way through every
+// target without touching the disk.
+void tarn_generate_every_target(Module* module, const tarn_flags& flags, std::ofstream& sink);
+
 // From the stopwatch start to the closing line. Returns the exit status.
 int tarn_run(const std::string& input_name, const tarn_flags& flags);
 

@@ -1,7 +1,7 @@
 #include "source/data_values.h"
 
 #include "data/data.h"
-#include "model/compilation.h"
+#include "context/compilation.h"
 
 #include <map>
 

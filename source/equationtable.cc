@@ -2,11 +2,11 @@
 
 #include "bdd/bddpp.h"
 #include "data/data.h"
-#include "model/compilation.h"
-#include "model/expression.h"
+#include "context/compilation.h"
+#include "signals/expression.h"
 #include "model/module.h"
-#include "model/signal.h"
-#include "model/signal_manager.h"
+#include "signals/signal.h"
+#include "signals/signal_manager.h"
 #include "source/source_errors.h"
 #include "wood/Bddexpression.h"
 

@@ -11,7 +11,7 @@
 #include <string>
 
 #include "bdd/bddpp.h"
-#include "model/signal.h"
+#include "signals/signal.h"
 
 class Bddexpression;
 class Bddexpressionwood;

@@ -6,8 +6,8 @@
 // read twice, once for the over and once for the under wire. Trees share
 // their subtrees; no node owns what it points to.
 
-#include "model/expression.h"
-#include "model/signal.h"
+#include "signals/expression.h"
+#include "signals/signal.h"
 
 #include <ostream>
 

@@ -2,9 +2,9 @@
 // statement tree to the wood.
 
 #include "bdd/bddpp.h"
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
-#include "model/signal.h"
+#include "signals/signal.h"
 #include "source/equationtable.h"
 #include "source/expression.h"
 #include "source/statement.h"

@@ -1,10 +1,10 @@
 #include "source/statement.h"
 
 #include "data/data.h"
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
-#include "model/signal.h"
-#include "model/signal_manager.h"
+#include "signals/signal.h"
+#include "signals/signal_manager.h"
 #include "source/data_values.h"
 #include "source/equationtable.h"
 #include "source/expression.h"

@@ -2,9 +2,9 @@
 
 #include "bdd/bddpp.h"
 #include "data/data.h"
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
-#include "model/signal.h"
+#include "signals/signal.h"
 #include "source/data_values.h"
 #include "source/equationtable.h"
 #include "source/expression.h"

@@ -5,9 +5,9 @@
 #include "source/zk_parser.h"
 
 #include "data/data.h"
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
-#include "model/signal.h"
+#include "signals/signal.h"
 #include "source/equationtable.h"
 #include "source/expression.h"
 #include "source/statement.h"

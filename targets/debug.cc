@@ -3,6 +3,7 @@
 #include "model/module.h"
 
 #include "data/data.h"
+#include "targets/formats.h"
 #include "wood/Bddexpression.h"
 
 #include <iostream>
@@ -107,22 +108,6 @@ void Module::DEBUG_put(std::ostream& os)
     os << std::endl << std::endl;
     debugPrintBinding(os);
 
-    if (Compilation::GDataTypeTable != nullptr) {
-        os << "data type:";
-        if (std::map<std::string, int>* types = Compilation::GDataTypeTable->getTypeTable())
-            for (const auto& type : *types)
-                os << " " << type.first;
-    }
-    if (Compilation::GDataMethodTable != nullptr) {
-        os << std::endl << "methods table:";
-        Compilation::GDataMethodTable->C_put(os);
-    }
-    if (Compilation::GDataConstantTable != nullptr) {
-        os << std::endl << "constants table: ";
-        if (std::list<ConstantDecl*>* constants = Compilation::GDataConstantTable->getConstantList())
-            for (ConstantDecl* c : *constants)
-                if (c != nullptr && c->getValueTable() == nullptr)
-                    c->DEBUG_put(os, this);
-    }
+    formats::putDataTables(this, os);
     std::cerr << "end of debug put\n";
 }

@@ -3,12 +3,17 @@
 #include "targets/formats.h"
 
 #include "data/data.h"
-#include "model/messages.h"
+#include "context/messages.h"
 #include "wood/Bddexpression.h"
 
 #include <iostream>
 
 namespace formats {
+
+bool absentOver(long id)
+{
+    return static_cast<unsigned long>(id) >= ~0UL - 1;
+}
 
 std::string varName(Module* m, long index)
 {
@@ -51,6 +56,27 @@ std::vector<memorizedSignal*> memorised(Module* m)
             if (pair != nullptr && pair->getPre() != nullptr && pair->getActual() != nullptr)
                 result.push_back(pair);
     return result;
+}
+
+void putDataTables(Module* m, std::ostream& os)
+{
+    if (Compilation::GDataTypeTable != nullptr) {
+        os << "data type:";
+        if (std::map<std::string, int>* types = Compilation::GDataTypeTable->getTypeTable())
+            for (const auto& type : *types)
+                os << " " << type.first;
+    }
+    if (Compilation::GDataMethodTable != nullptr) {
+        os << std::endl << "methods table:";
+        Compilation::GDataMethodTable->C_put(os);
+    }
+    if (Compilation::GDataConstantTable != nullptr) {
+        os << std::endl << "constants table: ";
+        if (std::list<ConstantDecl*>* constants = Compilation::GDataConstantTable->getConstantList())
+            for (ConstantDecl* c : *constants)
+                if (c != nullptr && c->getValueTable() == nullptr)
+                    c->DEBUG_put(os, m);
+    }
 }
 
 void warn(const std::string& text)

@@ -17,6 +17,10 @@ class Bddexpression;
 
 namespace formats {
 
+// An over id that marks no variable: -1, and -2 for the targets that read
+// the id as unsigned and skip the two highest values.
+bool absentOver(long id);
+
 // The manager's name of the variable `index` of the module's wood.
 std::string varName(Module* m, long index);
 
@@ -37,6 +41,10 @@ std::string memorisedSource(Module* m, memorizedSignal* pair, const std::string&
 // signal, is passed over instead of dereferenced.
 std::vector<regclass*> registers(Module* m);
 std::vector<memorizedSignal*> memorised(Module* m);
+
+// The data tables as far as they exist: "data type:" and the type names,
+// the methods, and the constants that have no value table.
+void putDataTables(Module* m, std::ostream& os);
 
 // A warning through the message dialog and on the error stream; the run
 // goes on.

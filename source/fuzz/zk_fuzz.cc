@@ -11,9 +11,9 @@
 // command catches them.
 
 #include "data/data.h"
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
-#include "model/signal_manager.h"
+#include "signals/signal_manager.h"
 #include "source/zk_parser.h"
 #include "source/zk_scanner.h"
 #include "wood/Bddexpression.h"

@@ -4,7 +4,7 @@
 
 #include "bdd/bddpp.h"
 #include "model/module.h"
-#include "model/signal.h"
+#include "signals/signal.h"
 #include "source/equationtable.h"
 #include "source/expression.h"
 #include "wood/Bddexpression.h"

@@ -1,7 +1,8 @@
-// Feeds arbitrary bytes to the .zkc reader: scanner, parser and every
-// semantic action down to the dated module. A read may succeed or end
-// cleanly (a syntax error, or a fatal message that ends the program with
-// status 1); it must not crash, hang or blow the stack.
+// Feeds arbitrary bytes to the road of tarn: scanner, parser and every
+// semantic action down to the dated module, then finalisation and every
+// target's generation. A run may succeed or end cleanly (a syntax error,
+// or a fatal message that ends the program with status 1); it must not
+// crash, hang or blow the stack.
 //
 // Fatal paths would end the process. Compilation's fatal path is turned
 // into an exception through Compilation::FatalHook; the few direct calls of
@@ -9,10 +10,11 @@
 // (-Wl,--wrap=exit) and jumping back here. Both leave the half-read module
 // behind, which is what the program would have done by ending.
 
-#include "model/compilation.h"
+#include "context/compilation.h"
+#include "driver/tarn_run.h"
 #include "model/module.h"
-#include "model/signal.h"
-#include "model/signal_manager.h"
+#include "signals/signal.h"
+#include "signals/signal_manager.h"
 #include "wood/Bddexpression.h"
 #include "zkc/parse_supl.h"
 #include "zkc/zkc_scanner.h"
@@ -67,14 +69,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     auto* lexer = new zkcFlexLexer(&in, &log);
     parser->scanner = lexer;
     std::string suffix;
-    // With ZKC_FUZZ_FINALIZE set in the environment, a module read is also
-    // finalised, as the program does next.
-    static const bool finalise = std::getenv("ZKC_FUZZ_FINALIZE") != nullptr;
+    static std::ofstream sink("/dev/null");
+    static const tarn_flags every_target = [] {
+        tarn_flags f;
+        f.valuedSimulFlag = f.docFlag = f.lustreFlag = f.esterelFlag = f.nusmvFlag = f.blifFlag = f.cFlag =
+            f.vhdlFlag = f.alteraFlag = f.systemcFlag = f.csharpFlag = f.qsrFlag = 1;
+        return f;
+    }();
     reading = true;
     if (setjmp(exit_jump) == 0) {
         try {
-            if (parser->parse(log, 1, suffix) == 0 && finalise && parser->module != nullptr)
-                parser->module->finalize(0);
+            if (parser->parse(log, 1, suffix) == 0 && parser->module != nullptr) {
+                Module::finalize(parser->module, 0);
+                tarn_generate_every_target(parser->module, every_target, sink);
+            }
         } catch (const fatal_end&) {
         }
     }
