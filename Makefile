@@ -8,8 +8,8 @@ ALL_TARGETS = -doc -esterel -lustre -nusmv -blif -c -csharp -vhdl -altera -syste
 
 # The executables a user runs (and the module generator the demo and the
 # benchmarks use); `make`, `make demo` and `make release` build these alone.
-EXECUTABLES ?= tarn zkcgen
-INSTALLED   ?= tarn
+EXECUTABLES ?= tarn bram zkcgen
+INSTALLED   ?= tarn bram
 # Examples whose C cannot compile by the generation rules (see the README).
 C_LITERAL_FAILURES = accu
 
@@ -35,7 +35,8 @@ build: configure
 # has said why (a constant without a value for a target's language, say)
 # and the next example goes on; any other failure stops the demo. Then the
 # C of each example is compiled with the user files of examples/user and
-# run on its trace.
+# run on its trace. The ZK sources of examples/ are compiled by bram into
+# out/zk/, and tarn runs on each module in the same way.
 demo: executables
 	@mkdir -p out
 	@set -e; for f in examples/*.zkc; do \
@@ -56,6 +57,16 @@ demo: executables
 	  else \
 	    bash examples/run_c.sh out $$m; \
 	  fi; \
+	done
+	@mkdir -p out/zk
+	@set -e; for f in examples/*.zk; do \
+	  echo "== $$f"; \
+	  ./$(BUILD)/driver/bram -o out/zk $$f || exit $$?; \
+	done; \
+	for z in out/zk/*.zkc; do \
+	  echo "== $$z"; \
+	  status=0; ( unset DISPLAY; ./$(BUILD)/driver/tarn $$z $(ALL_TARGETS) ) || status=$$?; \
+	  if [ $$status -eq 1 ]; then echo "== $$z: stopped with status 1"; elif [ $$status -ne 0 ]; then exit $$status; fi; \
 	done
 
 test: build

@@ -64,6 +64,16 @@ public:
     static std::string createSETName(std::string s) { return "SET" + s; }
     static std::string createRESETName(std::string s) { return "RESET" + s; }
     static std::string createRTLName(std::string s) { return "RTL" + s; }
+    // The register pairs of a statement of the source compiler: the actual
+    // variable and the next one, and a second pair for a parallel.
+    static std::string createACTIFName(std::string s) { return "ACTIF" + s; }
+    static std::string createACTIFPLUSName(std::string s) { return "ACTIFPLUS" + s; }
+    static std::string createACTIFBISName(std::string s) { return "ACTIFBIS" + s; }
+    static std::string createACTIFBISPLUSName(std::string s) { return "ACTIFBISPLUS" + s; }
+    // The same for the i-th son of an n-ary statement.
+    static std::string createACTIFName(std::string s, int i) { return "ACTIF" + s + "_" + std::to_string(i); }
+    static std::string createACTIFPLUSName(std::string s, int i) { return "ACTIFPLUS" + s + "_" + std::to_string(i); }
+    static std::string createRTLName(std::string s, int i) { return "RTL" + s + "_" + std::to_string(i); }
     // "_s_x" and "_v_x" both give "x"; throws std::out_of_range when the
     // name is shorter than three characters.
     static std::string bddNameToSignalName(std::string bddName) { return bddName.substr(3); }

@@ -237,6 +237,27 @@ public:
     void SIMUL_ZKC_put(std::ostream& os);
     // ---- end generators ----
 
+    // ---- source compiler ----
+    // Defined with the source compiler (source/), which alone calls them.
+    // compile: createCompileEnv, the body statement's compile, then
+    // connectExternalWires and sortCode; reincarnate takes the body's.
+    void compile();
+    // Types of the valued signals checked against the data section, the
+    // connexion signals made, and Bottom equations for every output and
+    // local so that each emission has an equation to join.
+    void createCompileEnv();
+    // Body's SET := SET, body's RESET := RESET, RTL := body's RTL.
+    void connectExternalWires();
+    // Dates the wood from the locals and outputs; a cycle is fatal.
+    void sortCode();
+    // A control wire of a statement: listed as a local.
+    void addWireSignal(Signal* s)
+    {
+        s->setLocal();
+        addLocalSignal(s);
+    }
+    // ---- end source compiler ----
+
     // Class-wide settings of the source compiler and the simulator.
     static std::string SimulationDir;
     static std::string SimulationZkcDir;

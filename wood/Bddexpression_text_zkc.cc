@@ -70,7 +70,8 @@ void Bddexpressionwood::Put_zkc(std::ostream& out, long* table, int comments)
     std::list<bdd> roots;
     for (long i : exp_ids) {
         Bddexpression* e = (i < nb_bdd_vars) ? exp_table[i] : nullptr;
-        if (e != nullptr && table[i] != -1)
+        // An abstract equation has no root to number.
+        if (e != nullptr && table[i] != -1 && initialised(e->bdd_exp))
             roots.push_back(e->bdd_exp);
     }
     bdd_manager->Print_bdds_list_by_nodes_list(out, roots, table);
@@ -123,7 +124,8 @@ void Bddexpressionwood::Put_zkc_2_0_4(std::ostream& out, long* table, int commen
     std::list<bdd> roots;
     for (long i : exp_ids) {
         Bddexpression* e = (i < nb_bdd_vars) ? exp_table[i] : nullptr;
-        if (e != nullptr && table[i] != -1)
+        // An abstract equation has no root to number.
+        if (e != nullptr && table[i] != -1 && initialised(e->bdd_exp))
             roots.push_back(e->bdd_exp);
     }
     bdd_manager->Print_bdds_list_by_nodes_list(out, roots, table);

@@ -1,0 +1,168 @@
+// The four-valued expressions on the wires of a small module: each
+// operator's pair, the simplifying joins, and the equation table's
+// equations, joins and cycle report.
+
+#include "bdd/bddpp.h"
+#include "model/module.h"
+#include "signals/signal.h"
+#include "source/equationtable.h"
+#include "source/expression.h"
+#include "wood/Bddexpression.h"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+
+namespace {
+
+struct fixture {
+    Module* m = new Module("m");
+    Bddexpressionwood* wood = m->getBddWood();
+    bddpp_manager* manager = wood->my_bdd_manager();
+    EquationTable* table = new EquationTable("m", wood);
+    Signal* x = new Signal("x", m, wood);
+
+    fixture()
+    {
+        install_expression_constructors();
+        x->setInput();
+        m->addInputSignal(x);
+    }
+    bdd o(Expression* e) { return e->getOverBdd(m, wood); }
+    bdd u(Expression* e) { return e->getUnderBdd(m, wood); }
+    bool is(const bdd& f, const bdd& g) { return manager->Bdd_is_tautology(manager->Bdd_eq(f, g)); }
+    // The pair of e as constants: 1, 0 or -1 for "not constant".
+    std::pair<int, int> pair(Expression* e)
+    {
+        return {Bddexpressionwood::bdd_constant_value(o(e)), Bddexpressionwood::bdd_constant_value(u(e))};
+    }
+};
+
+TEST(Expressions, PairsOfTheOperators)
+{
+    fixture f;
+    Expression *T = new TrueExpression(), *F = new FalseExpression();
+    Expression *B = new BottomExpression(), *E = new ErrorExpression();
+    using P = std::pair<int, int>;
+    EXPECT_EQ(f.pair(T), P(1, 0));
+    EXPECT_EQ(f.pair(F), P(0, 1));
+    EXPECT_EQ(f.pair(B), P(0, 0));
+    EXPECT_EQ(f.pair(E), P(1, 1));
+    // np takes Bottom for absent; not leaves it.
+    EXPECT_EQ(f.pair(new NpExpression(B)), P(1, 0));
+    EXPECT_EQ(f.pair(new NpExpression(T)), P(0, 1));
+    EXPECT_EQ(f.pair(new NpExpression(F)), P(1, 0));
+    EXPECT_EQ(f.pair(new NpExpression(E)), P(1, 1));
+    EXPECT_EQ(f.pair(new NotExpression(B)), P(0, 0));
+    EXPECT_EQ(f.pair(new NotExpression(T)), P(0, 1));
+    EXPECT_EQ(f.pair(new OrExpression(T, B)), P(1, 0));
+    EXPECT_EQ(f.pair(new OrExpression(F, B)), P(0, 0));
+    EXPECT_EQ(f.pair(new AndExpression(F, B)), P(0, 1));
+    EXPECT_EQ(f.pair(new AndExpression(T, B)), P(0, 0));
+    EXPECT_EQ(f.pair(new ElseExpression(T, T)), P(0, 0));
+    EXPECT_EQ(f.pair(new ElseExpression(F, T)), P(1, 0));
+    EXPECT_EQ(f.pair(new DThenExpression(F, T)), P(1, 0));
+    EXPECT_EQ(f.pair(new DThenExpression(T, T)), P(0, 0));
+    EXPECT_EQ(f.pair(new DElseExpression(B, F)), P(0, 1));
+    EXPECT_EQ(f.pair(new CondExpression(E, F)), P(0, 0));
+    EXPECT_EQ(f.pair(new CondExpression(E, T)), P(1, 1));
+
+    // On a signal: then routes the pair of b by the over wire of a.
+    Expression* then = new ThenExpression(f.x, F);
+    EXPECT_TRUE(f.is(f.o(then), f.manager->Bdd_zero()));
+    EXPECT_TRUE(f.is(f.u(then), f.o(f.x)));
+    Expression* dthen = new DThenExpression(f.x, T);
+    EXPECT_TRUE(f.is(f.o(dthen), f.u(f.x)));
+    // np of a signal: over is (not o) or (o and u).
+    Expression* np = new NpExpression(f.x);
+    bdd want = f.manager->Bdd_or(f.manager->Bdd_not(f.o(f.x)), f.manager->Bdd_and(f.o(f.x), f.u(f.x)));
+    EXPECT_TRUE(f.is(f.o(np), want));
+    EXPECT_TRUE(f.is(f.u(np), f.o(f.x)));
+}
+
+TEST(Expressions, JoinsBuildOnlyWhatTheyMust)
+{
+    fixture f;
+    Expression *T = new TrueExpression(), *F = new FalseExpression();
+    Expression *B = new BottomExpression(), *E = new ErrorExpression();
+    EXPECT_TRUE(T->plus(F, f.m)->isErrorExpr());
+    EXPECT_TRUE(T->mult(F, f.m)->isBottomExpr());
+    EXPECT_TRUE(F->plus(T, f.m)->isErrorExpr());
+    EXPECT_TRUE(F->mult(T, f.m)->isBottomExpr());
+    EXPECT_EQ(T->plus(B, f.m), T);
+    EXPECT_EQ(T->mult(E, f.m), T);
+    EXPECT_EQ(F->plus(B, f.m), F);
+    EXPECT_EQ(F->mult(B, f.m), B);
+    EXPECT_EQ(F->mult(f.x, f.m), F);
+    // Bottom and Error give the other side back, for mult as for plus.
+    EXPECT_EQ(B->mult(f.x, f.m), f.x);
+    EXPECT_EQ(E->mult(f.x, f.m), f.x);
+    EXPECT_EQ(E->plus(F, f.m), F);
+    // Any other expression: the receiver, the argument, or a new node.
+    EXPECT_EQ(f.x->plus(F, f.m), f.x);
+    EXPECT_EQ(f.x->plus(T, f.m), T);
+    EXPECT_EQ(f.x->mult(B, f.m), B);
+    EXPECT_EQ(f.x->mult(E, f.m), f.x);
+    Expression* both = f.x->plus(f.x, f.m);
+    EXPECT_NE(dynamic_cast<OrExpression*>(both), nullptr);
+    EXPECT_NE(dynamic_cast<AndExpression*>(f.x->mult(f.x, f.m)), nullptr);
+}
+
+TEST(EquationTable, EquationsJoinsAndCycles)
+{
+    fixture f;
+    // A wire is two-valued by construction: under := not over.
+    Signal* w = new Signal("w", f.m, f.wood);
+    w->setWire();
+    f.table->createEquation(w, new NotExpression(f.x), f.m);
+    Bddexpression* wo = f.wood->exp_by_index(w->getOverBddId(f.m, f.wood));
+    Bddexpression* wu = f.wood->exp_by_index(w->getUnderBddId(f.m, f.wood));
+    ASSERT_NE(wo, nullptr);
+    ASSERT_NE(wu, nullptr);
+    EXPECT_TRUE(f.is(wo->my_bdd_exp(), f.u(f.x)));
+    EXPECT_TRUE(f.is(wu->my_bdd_exp(), f.manager->Bdd_not(f.o(w))));
+    EXPECT_EQ(wo->getUserType(), Compilation::SWIRE);
+    EXPECT_EQ(wu->getUserType(), Compilation::VWIRE);
+
+    // Another signal keeps the two rails of the expression; joins or them.
+    Signal* out = new Signal("out", f.m, f.wood);
+    out->setOutput();
+    f.m->addOutputSignal(out);
+    f.table->createBottomEquation(out, f.m);
+    f.table->createUnifyEquation(out, new ThenExpression(w, new TrueExpression()), f.m, false);
+    f.table->createUnifyEquation(out, new ThenExpression(f.x, new FalseExpression()), f.m, false);
+    Bddexpression* oo = f.wood->exp_by_index(out->getOverBddId(f.m, f.wood));
+    Bddexpression* ou = f.wood->exp_by_index(out->getUnderBddId(f.m, f.wood));
+    EXPECT_TRUE(f.is(oo->my_bdd_exp(), f.o(w)));
+    EXPECT_TRUE(f.is(ou->my_bdd_exp(), f.o(f.x)));
+    EXPECT_EQ(oo->getUserType(), Compilation::SOUTPUT);
+    EXPECT_EQ(ou->getUserType(), Compilation::VOUTPUT);
+
+    // Two wires that read each other: the module's report, status 1.
+    Signal* a = new Signal("a", f.m, f.wood);
+    Signal* b = new Signal("b", f.m, f.wood);
+    a->setWire();
+    b->setWire();
+    f.table->createEquation(a, b, f.m);
+    f.table->createEquation(b, a, f.m);
+    EXPECT_EXIT(f.table->callPert(), testing::ExitedWithCode(1),
+                "ERROR in Module `m': detecting variables in a dependance cycle:\n(.|\n)*_s_a(.|\n)*when sorting "
+                "equations: \n   _s_a <- _s_b\n");
+}
+
+TEST(EquationTable, DatesWithoutCycle)
+{
+    fixture f;
+    Signal* a = new Signal("a", f.m, f.wood);
+    Signal* b = new Signal("b", f.m, f.wood);
+    a->setWire();
+    b->setWire();
+    f.table->createEquation(a, f.x, f.m);
+    f.table->createEquation(b, new AndExpression(a, f.x), f.m);
+    f.table->callPert();
+    EXPECT_GT(f.table->getPertLevel(), 0);
+    EXPECT_LT(f.wood->exp_by_index(a->getOverBddId(f.m, f.wood))->getEarlyDate(),
+              f.wood->exp_by_index(b->getOverBddId(f.m, f.wood))->getEarlyDate());
+}
+
+} // namespace
