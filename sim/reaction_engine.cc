@@ -108,6 +108,8 @@ void reaction_engine::compile()
 
     auto view = [&](Signal* s, long var) {
         bool valued = s->isValued(module);
+        if (valued)
+            zero_types.push_back({s->getInternalName(), s->getValueType(module)});
         return signal_view{s->getOriginalName(), var, valued, valued ? s->getInternalName() : std::string()};
     };
     if (std::list<Signal*>* ins = module->getInputSignalList())
@@ -146,14 +148,16 @@ void reaction_engine::compile()
         copies.push_back(c);
     }
 
-    std::vector<bool> is_state(static_cast<std::size_t>(variables), false);
-    for (const latch& r : registers)
-        is_state[static_cast<std::size_t>(r.target)] = true;
+    state_index.assign(static_cast<std::size_t>(variables), -1);
+    for (std::size_t k = 0; k < registers.size(); ++k)
+        state_index[static_cast<std::size_t>(registers[k].target)] = static_cast<int>(k);
     if (std::list<Signal*>* locs = module->getLocalSignalList())
         for (Signal* s : *locs) {
             long over = s->getInitialOverBddId(module, wood);
-            if (over >= 0 && over < variables && (wood->Exp_table()[over] != nullptr || is_state[over]))
+            if (over >= 0 && over < variables && (wood->Exp_table()[over] != nullptr || state_index[static_cast<std::size_t>(over)] >= 0))
                 local_views.push_back(view(s, over));
+            else if (s->isValued(module))
+                zero_types.push_back({s->getInternalName(), s->getValueType(module)});
         }
 
     for (const auto& entry : outputClockBindings(module))
@@ -185,7 +189,14 @@ void reaction_engine::reset()
     std::fill(memory.begin(), memory.begin() + variables, 0);
     for (std::size_t k = 0; k < registers.size(); ++k)
         memory[static_cast<std::size_t>(registers[k].target)] = register_initial[k];
+    during = register_initial;
     values.clear();
+    zeros.clear();
+    for (const auto& z : zero_types) {
+        std::string zero = type_zero(z.second);
+        if (zero != unknown_value)
+            zeros[z.first] = zero;
+    }
     for (memory_copy& c : copies) {
         c.stored_present = false;
         c.stored_value = c.initial.empty() ? std::string(unknown_value) : initial_value(c.initial);
@@ -202,6 +213,14 @@ std::string reaction_engine::initial_value(const std::string& text)
             return evaluate(&constant);
         }
     return text;
+}
+
+std::string reaction_engine::type_zero(const std::string& type)
+{
+    std::string zero = zero_lustre(type);
+    if (Compilation::GDataConstantTable != nullptr && Compilation::GDataConstantTable->getConstant(zero) != nullptr)
+        return initial_value(zero);
+    return zero == "zero_" + type ? std::string(unknown_value) : zero;
 }
 
 std::string reaction_engine::evaluate(DataExpr* expr)
@@ -249,7 +268,7 @@ void reaction_engine::react(const std::vector<bool>& present, const std::vector<
 {
     if (memory.empty())
         return;
-    values.clear();
+    values = zeros;
     for (std::size_t i = 0; i < input_views.size(); ++i) {
         bool here = i < present.size() && present[i];
         memory[static_cast<std::size_t>(input_views[i].var)] = here ? 1 : 0;
@@ -271,8 +290,15 @@ void reaction_engine::react(const std::vector<bool>& present, const std::vector<
     run_steps(at, steps.size());
 
     for (const auto& clock : output_clocks)
-        if (!is_present(clock.first))
-            values.erase(clock.second);
+        if (!is_present(clock.first)) {
+            auto z = zeros.find(clock.second);
+            if (z == zeros.end())
+                values.erase(clock.second);
+            else
+                values[clock.second] = z->second;
+        }
+    for (std::size_t k = 0; k < registers.size(); ++k)
+        during[k] = memory[static_cast<std::size_t>(registers[k].target)];
     // In list order, each reading what the ones before have written.
     for (const latch& r : registers)
         memory[static_cast<std::size_t>(r.target)] = memory[static_cast<std::size_t>(r.source)];

@@ -61,13 +61,23 @@ public:
     // start at their initial value, which may take a request.
     void reset();
 
-    // One reaction. `present[i]` and `values[i]` are those of inputs()[i];
-    // the value of an absent input is unknown.
+    // One reaction. `present[i]` and `values[i]` are those of inputs()[i].
+    // An absent valued input, an output or local before its clock gives it
+    // a value, and an output clock that did not fire hold their type's
+    // zero: a constant named as the data layer spells that zero
+    // ("zero_<T>", or a predefined literal), unknown when there is none.
     void react(const std::vector<bool>& present, const std::vector<std::string>& values);
 
-    // After a reaction: presence of a variable, value of a valued signal
+    // After a reaction: presence of a variable in that reaction (a
+    // register's as it was before its refresh), value of a valued signal
     // (unknown_value when not known).
-    bool is_present(long var) const { return var >= 0 && var < variables && memory[var] != 0; }
+    bool is_present(long var) const
+    {
+        if (var < 0 || var >= variables)
+            return false;
+        int k = state_index[static_cast<std::size_t>(var)];
+        return (k < 0 ? memory[static_cast<std::size_t>(var)] : during[static_cast<std::size_t>(k)]) != 0;
+    }
     std::string value_of(const signal_view& s) const;
 
     // Sizes of the compiled program.
@@ -109,10 +119,16 @@ private:
     std::vector<hook> hooks;
     std::vector<latch> registers;
     std::vector<std::uint8_t> register_initial;
+    std::vector<std::uint8_t> during;     // each register in the last reaction
+    std::vector<int> state_index;         // by variable: its register, or -1
     std::vector<memory_copy> copies;
     std::vector<signal_view> input_views, output_views, local_views;
     std::vector<std::pair<long, std::string>> output_clocks; // unset when the clock is absent
     std::map<std::string, std::string> values;
+    // The type of each valued signal that the C sets to its type's zero,
+    // and those zeros as far as they are known.
+    std::vector<std::pair<std::string, std::string>> zero_types;
+    std::map<std::string, std::string> zeros;
     data_source source;
 
     void compile();
@@ -120,6 +136,7 @@ private:
     void run_hook(const hook& h);
     std::string evaluate(DataExpr* expr);
     std::string initial_value(const std::string& text);
+    std::string type_zero(const std::string& type);
 
     friend class engine_form;
 };
