@@ -142,6 +142,14 @@ void bddpp_manager::Print_node_for_eval_NUSMV(const std::string& var_prefix, con
     print_eval_lines(this, form, out, node);
 }
 
+void bddpp_manager::Node_for_eval_used(bdd_node* node, long size, int* used)
+{
+    bdd_walk::marked_postorder(node, one, [&](bdd_node* n) {
+        if (n->global_id >= 0 && n->global_id < size)
+            used[n->global_id] = 1;
+    });
+}
+
 // A variable's own node gets no line: its slot is filled by the input
 // assignments of Print_node_for_eval_VHDL_input.
 void bddpp_manager::Print_node_for_eval_VHDL(const std::string& name, std::ostream& out, bdd_node* node)

@@ -557,6 +557,10 @@ public:
     void Print_node_for_eval_NUSMV(const std::string& var_prefix, const std::string& var_suffix,
                                    const std::string& line_start, const std::string& base, std::ostream& out,
                                    bdd_node* node);
+    // The nodes that a node printer would write for `node` now: the same
+    // walk, marking them, with used[global_id] set to 1 for each id below
+    // `size`. Nothing is printed.
+    void Node_for_eval_used(bdd_node* node, long size, int* used);
     void Print_node_for_eval_VHDL(const std::string& name, std::ostream& out, bdd_node* node);
     void Print_node_for_eval_BLIF(const std::string& spare, const std::string& suffix, const std::string& base,
                                   std::ostream& out, bdd_node* node);

@@ -194,6 +194,17 @@ public:
     // `nodeArray`, with value assignments of abstract and clocked bindings.
     // Names in `outputs` are assigned through their pointer.
     void C_put_equation(std::ostream& os, const std::string& nodeArray, const std::set<std::string>& outputs);
+    // NuSMV model: the module with its inputs and data signals as
+    // parameters, and a main module that drives them. Neither int is read.
+    void NUSMV_put(std::ostream& os, int, int);
+    // One Lustre node; the int is not read.
+    void LUSTRE_put(std::ostream& os, int);
+    // The equations in earliest order over the locals "<n>_<id>", the values
+    // of abstract equations, then one flow per clock of a clocked binding.
+    void LUSTRE_put_equation(std::ostream& os, const std::string& n, const std::set<std::string>& outputs);
+    // The variables of the wood that no port declares: every used variable
+    // but the inputs' over wires (pre signals kept) and the outputs' wires.
+    std::set<long> get_really_used_wood_variables();
     // Readable listing of the module: state, interface, memorisations, the
     // definitions in the NuSMV node form, bindings and data tables. The int
     // is not read. Nothing without a wood.
@@ -201,6 +212,19 @@ public:
     // The interface for the quasar tools: one item per input and output
     // wire with its type or ": pure". Nothing without a wood.
     void ENCAPSULATEDQSR_put(std::ostream& os);
+    // Esterel module; the int goes to the sums of products of the equations.
+    void ESTEREL_put(std::ostream& os, int level);
+    // The equations as branches of a parallel, each a present test over a
+    // sum of products; abstract equations as assignments.
+    void ESTEREL_put_equation(std::ostream& os, const std::string& nodeArray, const std::set<std::string>& outputs,
+                              int level);
+    // C# component: one class whose reaction reads and writes serialised
+    // event lists.
+    void CSharp_put(std::ostream& os);
+    // The reaction's equations in earliest order over the bool array
+    // `nodeArray`, each led by `indent` blanks, with the values of abstract
+    // equations and of clocks that are not outputs.
+    void CSharp_put_equation(std::ostream& os, const std::string& nodeArray, int indent);
     // ---- end generators ----
 
     // Class-wide settings of the source compiler and the simulator.

@@ -10,6 +10,11 @@
 
 namespace formats {
 
+bool absentOver(long id)
+{
+    return static_cast<unsigned long>(id) >= ~0UL - 1;
+}
+
 std::string varName(Module* m, long index)
 {
     return m->getBddWood()->Name_var_by_index(index);

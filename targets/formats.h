@@ -17,6 +17,10 @@ class Bddexpression;
 
 namespace formats {
 
+// An over id that marks no variable: -1, and -2 for the targets that read
+// the id as unsigned and skip the two highest values.
+bool absentOver(long id);
+
 // The manager's name of the variable `index` of the module's wood.
 std::string varName(Module* m, long index);
 

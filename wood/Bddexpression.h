@@ -179,6 +179,16 @@ public:
     // The equation as C statements over the node array `array`; a variable
     // in `outputs` is written through its pointer. No line end at the end.
     void put_c(std::ostream& out, const std::string& array, const std::set<std::string>& outputs);
+    // The equation as C# statements over the bool array `array`: `indent`
+    // blanks, then the node lines each led by `indent` blanks, then the
+    // assignment of the variable. No line end at the end.
+    void put_csharp(std::ostream& out, const std::string& array, int indent);
+    // The equation as NuSMV definitions: node lines "node_<id>:= ...;", then
+    // "   var := node_<id>;". No line end at the end.
+    void put_nusmv(std::ostream& out);
+    // The equation as Lustre definitions over the locals "<n>_<id>", then
+    // "   var= <n>_<id>;". No line end at the end.
+    void put_lustre_arrayless(std::ostream& out, const std::string& n);
     // ---- end targets ----
 };
 
@@ -417,6 +427,14 @@ public:
     // Every equation in earliest order as BLIF covers, marks cleared once,
     // so that a node shared by several equations is written once.
     void Put_blif(std::ostream& out, const std::string& prefix);
+    // Clears the marks once and gives the equations of the filled slots by
+    // variable index, for the targets whose text does not depend on order.
+    std::vector<Bddexpression*> indexed_equations();
+    // used[global_id] = 1 (ids below `size`) for every node that the node
+    // printers write for the equations that are not abstract, that is the
+    // cones of the right members that are not a plain variable. Marks are
+    // cleared before and after.
+    void Lustre_writing_node_used(long size, int* used);
     // ---- end targets ----
 };
 

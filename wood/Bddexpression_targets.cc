@@ -1,5 +1,5 @@
 // Equations as target text: the one rule shared by every target that
-// prints node by node, and the BLIF and C words for it.
+// prints node by node, and the words of each target for it.
 //
 // Marks are cleared once per pass (earliest_equations) and never between
 // equations: a node printer marks what it writes, so a node shared by two
@@ -90,7 +90,81 @@ private:
     const std::set<std::string>& outputs;
 };
 
+// C# statements over one bool array; the true terminal is "!false". The
+// nodes are led by `indent`, the plain copy and the root by nothing: the
+// caller's lead stands before the first line.
+class CSharpForm : public EquationForm {
+public:
+    CSharpForm(const std::string& array, const std::string& indent) : array(array), indent(indent) {}
+    void copy(std::ostream& out, const std::string& var, const std::string& x) const override
+    {
+        out << var << "= " << x << ";";
+    }
+    void nodes(std::ostream& out, bddpp_manager* manager, bdd_node* root) const override
+    {
+        manager->Print_node_for_eval(" || ", " && ", "!", "", "", "", "false", ";", indent, array, out, root);
+    }
+    void root(std::ostream& out, const std::string& var, long root, bool negated) const override
+    {
+        out << var << "= " << (negated ? "!" : "") << array << "[" << root << "];";
+    }
+
+private:
+    const std::string& array;
+    const std::string& indent;
+};
+
+// NuSMV definitions; node lines have no blank before ":=", the
+// equation's line has.
+class NusmvForm : public EquationForm {
+public:
+    void copy(std::ostream& out, const std::string& var, const std::string& x) const override
+    {
+        out << "   " << var << " := " << x << ";";
+    }
+    void nodes(std::ostream& out, bddpp_manager* manager, bdd_node* root) const override
+    {
+        manager->Print_node_for_eval_NUSMV("", "", "   ", "node", out, root);
+    }
+    void root(std::ostream& out, const std::string& var, long root, bool negated) const override
+    {
+        out << "   " << var << " := " << (negated ? "!" : "") << "node_" << root << ";";
+    }
+};
+
+// Lustre equations over one local per node, "<n>_<id>".
+class LustreForm : public EquationForm {
+public:
+    explicit LustreForm(const std::string& n) : n(n) {}
+    void copy(std::ostream& out, const std::string& var, const std::string& x) const override
+    {
+        out << "   " << var << "= " << x << ";";
+    }
+    void nodes(std::ostream& out, bddpp_manager* manager, bdd_node* root) const override
+    {
+        manager->Print_node_for_eval_arrayless(" or ", " and ", "not ", "", "", "", "false", ";", "   ", n, out,
+                                               root);
+    }
+    void root(std::ostream& out, const std::string& var, long root, bool negated) const override
+    {
+        out << "   " << var << "= " << (negated ? "not " : "") << n << "_" << root << ";";
+    }
+
+private:
+    const std::string& n;
+};
+
 } // namespace
+
+void Bddexpression::put_nusmv(std::ostream& out)
+{
+    put_equation(out, NusmvForm());
+}
+
+void Bddexpression::put_lustre_arrayless(std::ostream& out, const std::string& n)
+{
+    put_equation(out, LustreForm(n));
+}
 
 void Bddexpression::put_blif(std::ostream& out, const std::string& prefix)
 {
@@ -102,10 +176,46 @@ void Bddexpression::put_c(std::ostream& out, const std::string& array, const std
     put_equation(out, CForm(array, outputs));
 }
 
+void Bddexpression::put_csharp(std::ostream& out, const std::string& array, int indent)
+{
+    std::string lead(indent > 0 ? indent : 0, ' ');
+    out << lead;
+    put_equation(out, CSharpForm(array, lead));
+}
+
 void Bddexpressionwood::Put_blif(std::ostream& out, const std::string& prefix)
 {
     for (Bddexpression* e : earliest_equations()) {
         e->put_blif(out, prefix);
         out << "\n";
     }
+}
+
+std::vector<Bddexpression*> Bddexpressionwood::indexed_equations()
+{
+    std::vector<Bddexpression*> result;
+    if (bdd_manager == nullptr)
+        return result;
+    bdd_manager->Bdd_global_clear_marks();
+    for (long index = 0; index < nb_bdd_vars; index++)
+        if (Bddexpression* e = exp_table[index])
+            result.push_back(e);
+    return result;
+}
+
+void Bddexpressionwood::Lustre_writing_node_used(long size, int* used)
+{
+    if (bdd_manager == nullptr)
+        return;
+    bdd_manager->Bdd_global_clear_marks();
+    for (long index : exp_ids) {
+        Bddexpression* e = index >= 0 && index < nb_bdd_vars ? exp_table[index] : nullptr;
+        // What put_equation would print: both members initialised, a right
+        // member that is no plain variable.
+        if (e == nullptr || e->getAbstraction() != 0 || !bdd_initialised(e->bdd_var) ||
+            !bdd_initialised(e->bdd_exp) || bdd_manager->Bdd_is_var(e->bdd_exp))
+            continue;
+        bdd_manager->Node_for_eval_used(e->bdd_exp.node(), size, used);
+    }
+    bdd_manager->Bdd_global_clear_marks();
 }

@@ -136,24 +136,26 @@ TEST_F(TarnCommand, TargetsComeInTheirFixedOrder)
     EXPECT_EQ(r.err,
               "parsing terminated\n"
               "tarn: mosk simulator generation is not available in this build\n"
-              "tarn: Esterel generation is not available in this build\n"
-              "tarn: Lustre generation is not available in this build\n"
-              "tarn: NuSMV generation is not available in this build\n"
-              "tarn: C# generation is not available in this build\n"
               "tarn: VHDL generation is not available in this build\n"
               "tarn: SystemC generation is not available in this build\n");
-    // BLIF and C are written once each, in that order, even with -c given twice.
+    // The written targets come once each, in the table's order, even with
+    // -c given twice.
     EXPECT_EQ(r.out.rfind("generation of ./m.log\n"
                           "generation of ./m.doc\n"
+                          "generation of ./m.strl\n"
+                          "generation of ./m.lus\n"
+                          "generation of ./m.smv\n"
                           "generation of ./m.blif\n"
                           "generation of ./m.c\n"
                           "generation of ./m.h\n"
+                          "generation of ./m.cs\n"
                           "generation of ./m_encapsulated.qsr\n"
                           "compilation finished in ",
                           0),
               0u)
         << r.out;
-    EXPECT_TRUE(only_files({"m.zkc", "m.zkc.log", "m.doc", "m.blif", "m.c", "m.h", "m_encapsulated.qsr"}));
+    EXPECT_TRUE(only_files({"m.zkc", "m.zkc.log", "m.doc", "m.strl", "m.lus", "m.smv", "m.blif", "m.c", "m.h",
+                            "m.cs", "m_encapsulated.qsr"}));
 
     tarn_output altera = tarn({"m.zkc", "-altera"});
     EXPECT_EQ(altera.err, "parsing terminated\ntarn: VHDL generation is not available in this build\n");
