@@ -11,7 +11,7 @@
 // is read and finalised as mosk does. The exit status is 0 when every
 // size ran.
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
 #include "sim/mosk_run.h"
 #include "sim/reaction_engine.h"

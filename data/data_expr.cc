@@ -2,7 +2,7 @@
 #include "data/data.h"
 #include "data/data_internal.h"
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 
 #include <iostream>
 

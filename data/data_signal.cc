@@ -2,9 +2,9 @@
 #include "data/data.h"
 #include "data/data_internal.h"
 
-#include "model/compilation.h"
-#include "model/signal.h"
-#include "model/signal_manager.h"
+#include "context/compilation.h"
+#include "signals/signal.h"
+#include "signals/signal_manager.h"
 #include "wood/Bddexpression.h"
 
 #include <cstdlib>

@@ -2,8 +2,8 @@
 // texts each target gives them.
 #include "data/data.h"
 
-#include "model/compilation.h"
-#include "model/messages.h"
+#include "context/compilation.h"
+#include "context/messages.h"
 
 #include <cstdlib>
 #include <iostream>

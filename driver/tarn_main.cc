@@ -1,6 +1,7 @@
 #include "driver/tarn_run.h"
+#include "driver/wintarn_interface.h"
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 
 #include <cstring>
 #include <iostream>
@@ -24,8 +25,11 @@ int main(int argc, char** argv)
             return 0;
         }
         // No argument, or a file name alone: the front panel's road.
-        std::cerr << "tarn: the front panel is not available in this build" << std::endl;
-        return 1;
+        std::string input_name;
+        int status = tarn_front_panel(argc, argv, version, input_name, flags);
+        if (status >= 0)
+            return status;
+        return tarn_run(input_name, flags);
     }
 
     // argv[1] is the input as it stands, even when it starts with a dash.

@@ -2,7 +2,7 @@
 
 #include "driver/tarn_output.h"
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
 #include "support/Stringpp.h"
 #include "support/g_time.h"
@@ -123,7 +123,10 @@ const tarn_target targets[] = {
      [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->C_put(*files[0], *files[1]); }, nullptr},
     {"C#", &tarn_flags::csharpFlag, nullptr, {{"/", ".cs"}, {"", nullptr}},
      [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->CSharp_put(*files[0]); }, nullptr},
-    {"VHDL", &tarn_flags::vhdlFlag, &tarn_flags::alteraFlag, {{"/", ".vhd"}, {"", nullptr}}, nullptr, nullptr},
+    {"VHDL", &tarn_flags::vhdlFlag, &tarn_flags::alteraFlag, {{"/", ".vhd"}, {"", nullptr}}, nullptr,
+     [](Module* m, const tarn_flags& f, std::ofstream& tmp, std::ifstream& libs) {
+         m->VHDL_put(tmp, libs, f.alteraFlag);
+     }},
     {"SystemC", &tarn_flags::systemcFlag, nullptr, {{"/", "_sc.cc"}, {"/", "_sc.h"}}, nullptr, nullptr},
     {"encapsulated qsr", &tarn_flags::qsrFlag, nullptr, {{"/", "_encapsulated.qsr"}, {"", nullptr}},
      [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->ENCAPSULATEDQSR_put(*files[0]); }, nullptr},

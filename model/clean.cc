@@ -3,7 +3,7 @@
 // elimination; these passes say what it must keep and in what order.
 #include "model/module.h"
 
-#include "model/messages.h"
+#include "context/messages.h"
 #include "wood/Bddexpression.h"
 
 #include <iostream>

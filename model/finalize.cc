@@ -5,7 +5,7 @@
 #include "model/module.h"
 
 #include "data/data.h"
-#include "model/messages.h"
+#include "context/messages.h"
 #include "wood/Bddexpression.h"
 
 #include <iostream>

@@ -1,6 +1,6 @@
 #include "model/interface.h"
 
-#include "model/signal.h"
+#include "signals/signal.h"
 
 static Signal* find(const std::map<std::string, Signal*>& table, const std::string& name)
 {

@@ -1,12 +1,13 @@
 #ifndef TARN_MODEL_MODULE_H
 #define TARN_MODEL_MODULE_H
 
-#include "model/compilation.h"
-#include "model/signal.h"
-#include "model/signal_manager.h"
+#include "context/compilation.h"
+#include "signals/signal.h"
+#include "signals/signal_manager.h"
 
 #include <list>
 #include <map>
+#include <istream>
 #include <ostream>
 #include <string>
 
@@ -194,6 +195,9 @@ public:
     // `nodeArray`, with value assignments of abstract and clocked bindings.
     // Names in `outputs` are assigned through their pointer.
     void C_put_equation(std::ostream& os, const std::string& nodeArray, const std::set<std::string>& outputs);
+    // VHDL entity and architecture; `libs` is copied in when it is good,
+    // `altera` not 0 writes std_logic for bit.
+    void VHDL_put(std::ostream& out, std::istream& libs, int altera);
     // NuSMV model: the module with its inputs and data signals as
     // parameters, and a main module that drives them. Neither int is read.
     void NUSMV_put(std::ostream& os, int, int);

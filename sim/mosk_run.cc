@@ -1,6 +1,6 @@
 #include "sim/mosk_run.h"
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
 #include "sim/data_client.h"
 #include "sim/vcd_writer.h"

@@ -3,10 +3,10 @@
 #include "bdd/bdd_transform_walk.h"
 #include "bdd/bddpp.h"
 #include "data/data.h"
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
 #include "model/module_bindings.h"
-#include "model/signal.h"
+#include "signals/signal.h"
 #include "targets/formats.h"
 #include "wood/Bddexpression.h"
 

@@ -3,7 +3,7 @@
 #include "targets/formats.h"
 
 #include "data/data.h"
-#include "model/messages.h"
+#include "context/messages.h"
 #include "wood/Bddexpression.h"
 
 #include <iostream>

@@ -1,6 +1,6 @@
 #include "zkc/parse_supl.h"
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 
 #include <FlexLexer.h>
 

@@ -6,8 +6,8 @@
 // global pzkc_parser, which the constructor sets and which keeps pointing at
 // the last parser built.
 
-#include "model/signal.h"
-#include "model/signal_name_index.h"
+#include "signals/signal.h"
+#include "signals/signal_name_index.h"
 
 #include <fstream>
 #include <list>

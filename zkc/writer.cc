@@ -9,10 +9,10 @@
 
 #include "bdd/bddpp.h"
 #include "data/data.h"
-#include "model/compilation.h"
-#include "model/messages.h"
+#include "context/compilation.h"
+#include "context/messages.h"
 #include "model/module.h"
-#include "model/signal_manager.h"
+#include "signals/signal_manager.h"
 #include "wood/Bddexpression.h"
 
 #include <algorithm>

@@ -11,10 +11,10 @@
 
 #include "bdd/bddpp.h"
 #include "data/data.h"
-#include "model/compilation.h"
-#include "model/messages.h"
+#include "context/compilation.h"
+#include "context/messages.h"
 #include "model/module.h"
-#include "model/signal.h"
+#include "signals/signal.h"
 #include "wood/Bddexpression.h"
 
 #include <cstdint>

@@ -5,10 +5,10 @@
 #include "zkc/parse_supl.h"
 
 #include "data/data.h"
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
-#include "model/signal.h"
-#include "model/signal_manager.h"
+#include "signals/signal.h"
+#include "signals/signal_manager.h"
 
 #include <unordered_set>
 

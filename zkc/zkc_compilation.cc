@@ -2,7 +2,7 @@
 // found among the compilation files by the first line of each, then read
 // with the lists of inputs and outputs it may declare.
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
 #include "zkc/parse_supl.h"
 #include "zkc/zkc_input.h"

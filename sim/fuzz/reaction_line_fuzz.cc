@@ -4,7 +4,7 @@
 // nothing may crash, hang or read out of bounds, and a refused line must
 // name its number.
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
 #include "sim/mosk_run.h"
 #include "sim/reaction_line.h"

@@ -1,10 +1,13 @@
-// The manager's name look-ups against their plain forms: random variable
-// creations and renamings, after which the indexed search of Rename_var
-// must find what a scan of the names finds, and the one-look-up creation
-// must give what Index_var_by_name followed by New_node_var_last gives.
+// The manager's name look-ups against their plain forms: after random
+// creations anywhere in the order, renamings (also of free slots beyond the
+// variables), passes over every name and copies of the manager, the indexed
+// search of Rename_var finds what a scan of the names finds, and the
+// one-look-up creation gives what Index_var_by_name then New_node_var_last
+// gives.
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <random>
 #include <string>
 
@@ -12,38 +15,56 @@
 
 namespace {
 
-std::string random_name(std::mt19937& rng)
+void expectSearchesAgree(bddpp_manager& m, std::mt19937& rng, const std::string& where)
 {
-    // Few names, so that renamings collide and names come back.
-    return "n" + std::to_string(rng() % 24);
+    for (int k = 0; k < 4; ++k) {
+        std::string probe = k == 0 ? std::string() : "n" + std::to_string(rng() % 16);
+        ASSERT_EQ(m.Lowest_id_named(probe), m.lowest_id_named_literal(probe)) << where << " name " << probe;
+    }
 }
 
 TEST(ManagerNames, IndexedSearchFindsWhatTheScanFinds)
 {
-    for (unsigned seed = 1; seed <= 40; ++seed) {
+    for (unsigned seed = 1; seed <= 60; ++seed) {
         std::mt19937 rng(seed);
-        bddpp_manager m;
-        for (int step = 0; step < 120; ++step) {
-            switch (rng() % 4) {
+        auto m = std::make_unique<bddpp_manager>();
+        // Few names, so that renamings collide and names come back.
+        auto name = [&rng] { return "n" + std::to_string(rng() % 16); };
+        for (int step = 0; step < 150; ++step) {
+            long n = m->variables_number;
+            switch (rng() % 7) {
             case 0:
-                m.New_var_last(random_name(rng));
+                m->New_var_last(name());
                 break;
             case 1:
-                m.Rename_var(random_name(rng), random_name(rng));
+                m->New_var_before(static_cast<long>(rng() % (n + 1)), name());
                 break;
             case 2:
-                // Also names free slots beyond variables_number.
-                m.Change_name_by_id(static_cast<long>(rng() % (m.variables_capacity + 1)), random_name(rng));
+                m->New_var_after(static_cast<long>(rng() % (n + 1)) - 1, name());
+                break;
+            case 3:
+                m->Rename_var(name(), name());
+                break;
+            case 4:
+                m->Change_name_by_id(static_cast<long>(rng() % (m->variables_capacity + 1)), name());
+                break;
+            case 5:
+                // A pass over every name: the full index takes over.
+                if (rng() % 8 == 0)
+                    m->Replace_char_in_all_names('1', '2');
                 break;
             default:
-                if (rng() % 8 == 0)
-                    m.Replace_char_in_all_names('1', '2');
+                // The copy carries the renamed variables on and lives on
+                // alone.
+                if (rng() % 4 == 0)
+                    m = std::make_unique<bddpp_manager>(m.get());
                 break;
             }
-            std::string probe = rng() % 10 == 0 ? std::string() : random_name(rng);
-            ASSERT_EQ(m.Lowest_id_named(probe), m.lowest_id_named_literal(probe))
-                << "seed " << seed << " step " << step << " name " << probe;
+            expectSearchesAgree(*m, rng, "seed " + std::to_string(seed) + " step " + std::to_string(step));
         }
+        m->No_begin_underscore_name();
+        m->Rename_var("_x", m->Name_var_by_id(0));
+        expectSearchesAgree(*m, rng, "seed " + std::to_string(seed) + " after the pass");
     }
 }
 

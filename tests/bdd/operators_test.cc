@@ -91,34 +91,6 @@ TEST_P(two_vars, XorMakesANodeOfTwoEqualChildrenWithOppositeLinks) {
     EXPECT_TRUE(m.Bdd_is_one_tautologic(m.Bdd_xnor(a, a)));
 }
 
-TEST_P(two_vars, TerminalCasesMakeNoNode) {
-    bdd one = m.Bdd_one(), zero = m.Bdd_zero();
-    bdd na = m.Bdd_not(a);
-    struct {
-        const char* what;
-        bdd result;
-        bdd expected;
-    } cases[] = {
-        {"a and not a", m.Bdd_and(a, na), zero},
-        {"a or not a", m.Bdd_or(a, na), one},
-        {"a and a", m.Bdd_and(a, a), a},
-        {"not a or not a", m.Bdd_or(na, na), na},
-        {"one and a", m.Bdd_and(one, a), a},
-        {"a and zero", m.Bdd_and(a, zero), zero},
-        {"zero and a", m.Bdd_and(zero, a), zero},
-        {"zero or a", m.Bdd_or(zero, a), a},
-        {"a or one", m.Bdd_or(a, one), one},
-        {"not a or zero", m.Bdd_or(na, zero), na},
-        {"one and one", m.Bdd_and(one, one), one},
-        {"zero or zero", m.Bdd_or(zero, zero), zero},
-    };
-    for (auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        EXPECT_EQ(c.result, c.expected);
-    }
-    EXPECT_EQ(m.next_global_id, 4);
-}
-
 TEST_P(two_vars, IteComposesLeftToRight) {
     bdd c = m.New_var_last("c");  // global id 4
     // a and b (5), not a and c (6), their or (7).
@@ -224,34 +196,5 @@ TEST_P(two_vars, SelfCheckStopsOnAResultAboveItsOperands) {
 }
 
 INSTANTIATE_TEST_SUITE_P(BddOperators, two_vars, testing::Values(false, true), path_name);
-
-// Operands of 200000 alternating variables: the walks must not use the
-// call stack for depth.
-TEST(BddOperators, DeepOperandsNeedNoCallStack) {
-    const int n = 200000;
-    bddpp_manager m;
-    std::vector<bdd> x;
-    x.reserve(n);
-    for (int i = 0; i < n; ++i) x.push_back(m.New_var_last("x" + std::to_string(i)));
-    bdd even = m.Bdd_one(), odd = m.Bdd_one();
-    for (int i = n - 1; i >= 0; --i) {
-        bdd& chain = i % 2 ? odd : even;
-        chain = m.Bdd_and(x[i], chain);
-    }
-    bdd all = m.Bdd_and(even, odd);
-    EXPECT_EQ(m.Bdd_size(all), n + 1);
-    EXPECT_TRUE(m.Bdd_is_cube(all));
-    EXPECT_TRUE(m.Bdd_is_correct(all));
-    EXPECT_EQ(all.node()->depends().size(), static_cast<std::size_t>(n));
-    bdd none = m.Bdd_or(m.Bdd_not(even), m.Bdd_not(odd));
-    EXPECT_EQ(none, m.Bdd_not(all));
-    std::vector<bool> ones(n, true);
-    EXPECT_TRUE(eval_bdd(m, all, ones));
-    ones[n - 1] = false;
-    EXPECT_FALSE(eval_bdd(m, all, ones));
-    even = odd = all = none = bdd();
-    m.Bdd_gc();
-    EXPECT_EQ(m.map->size(), static_cast<std::size_t>(n));
-}
 
 }  // namespace

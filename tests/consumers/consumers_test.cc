@@ -8,7 +8,7 @@
 #include "bdd/bddpp.h"
 #include "driver/tarn_run.h"
 #include "model/module.h"
-#include "model/signal.h"
+#include "signals/signal.h"
 #include "wood/Bddexpression.h"
 #include "tests/consumers/c_reference.h"
 #include "tests/tarn_process.h"

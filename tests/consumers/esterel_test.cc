@@ -7,7 +7,7 @@
 #include "data/data.h"
 #include "driver/tarn_run.h"
 #include "model/module.h"
-#include "model/signal.h"
+#include "signals/signal.h"
 #include "tests/consumers/c_reference.h"
 #include "tests/tarn_process.h"
 #include "tests/worked_module.h"

@@ -1,4 +1,7 @@
-#include "model/compilation.h"
+// The compilation context: status codes, name builders and the fatal
+// functions' text and status.
+
+#include "context/compilation.h"
 
 #include <gtest/gtest.h>
 

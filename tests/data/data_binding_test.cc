@@ -1,3 +1,6 @@
+// Data bindings and signal values: names per target, types from the
+// signal refs, dependences, clocks, copies into another module.
+
 #include "data/data.h"
 #include "model/module.h"
 #include "model/module_bindings.h"

@@ -1,5 +1,8 @@
+// Data expressions: types, type errors, every target form, operator
+// texts, the simulator form and deep nesting.
+
 #include "data/data.h"
-#include "model/compilation.h"
+#include "context/compilation.h"
 
 #include <gtest/gtest.h>
 

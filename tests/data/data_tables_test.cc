@@ -1,5 +1,8 @@
+// The data tables: types, methods and constants, their numbering, texts
+// per target, and the refusals of double declarations.
+
 #include "data/data.h"
-#include "model/compilation.h"
+#include "context/compilation.h"
 
 #include <gtest/gtest.h>
 

@@ -105,17 +105,6 @@ TEST_F(TarnCommand, UnknownOptionStopsBeforeReading)
     EXPECT_TRUE(only_files({"m.zkc"}));  // not even the log
 }
 
-TEST_F(TarnCommand, FewerThanThreeArgumentsIsThePanelsRoad)
-{
-    for (const std::vector<std::string>& args : {std::vector<std::string>{}, {"m.zkc"}, {"-c"}}) {
-        tarn_output r = tarn(args);
-        EXPECT_EQ(r.status, 1);
-        EXPECT_EQ(r.out, "");
-        EXPECT_EQ(r.err, "tarn: the front panel is not available in this build\n");
-    }
-    EXPECT_TRUE(only_files({"m.zkc"}));
-}
-
 TEST_F(TarnCommand, ValidFileWithoutTargets)
 {
     tarn_output r = tarn({"m.zkc", "-no_suppress_wires"});
@@ -136,7 +125,6 @@ TEST_F(TarnCommand, TargetsComeInTheirFixedOrder)
     EXPECT_EQ(r.err,
               "parsing terminated\n"
               "tarn: mosk simulator generation is not available in this build\n"
-              "tarn: VHDL generation is not available in this build\n"
               "tarn: SystemC generation is not available in this build\n");
     // The written targets come once each, in the table's order, even with
     // -c given twice.
@@ -149,16 +137,20 @@ TEST_F(TarnCommand, TargetsComeInTheirFixedOrder)
                           "generation of ./m.c\n"
                           "generation of ./m.h\n"
                           "generation of ./m.cs\n"
+                          "generation of ./m.vhd\n"
                           "generation of ./m_encapsulated.qsr\n"
                           "compilation finished in ",
                           0),
               0u)
         << r.out;
     EXPECT_TRUE(only_files({"m.zkc", "m.zkc.log", "m.doc", "m.strl", "m.lus", "m.smv", "m.blif", "m.c", "m.h",
-                            "m.cs", "m_encapsulated.qsr"}));
+                            "m.cs", "m.vhd", "m.vhd_tmp", "m_encapsulated.qsr"}));
 
-    tarn_output altera = tarn({"m.zkc", "-altera"});
-    EXPECT_EQ(altera.err, "parsing terminated\ntarn: VHDL generation is not available in this build\n");
+    // "-vhdl" and "-altera" together write one file, in std_logic.
+    EXPECT_NE(read_file(dir + "/m.vhd").find(" : in std_logic;\n"), std::string::npos);
+    tarn_output vhdl = tarn({"m.zkc", "-vhdl"});
+    EXPECT_EQ(vhdl.err, "parsing terminated\n");
+    EXPECT_EQ(read_file(dir + "/m.vhd").find("std_logic"), std::string::npos);
 }
 
 TEST_F(TarnCommand, InputNameIsCutAtZkcAndSplitAtTheLastSlash)

@@ -1,3 +1,6 @@
+// The module's bindings: which get equations, the look-ups by clock, and
+// the keys by occurrence.
+
 #include "data/data.h"
 #include "model/module.h"
 #include "wood/Bddexpression.h"

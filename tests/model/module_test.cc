@@ -1,3 +1,6 @@
+// The Module and Interface: look-ups by name and by variable, the lists
+// that additions create, copies, and the refusals of misuse.
+
 #include "model/interface.h"
 #include "model/module.h"
 #include "wood/Bddexpression.h"

@@ -1,3 +1,5 @@
+// The built programs and zkcgen's layout of a module, for the scale tests.
+
 #include "tests/scale/scale_support.h"
 
 #include <sys/wait.h>
@@ -14,11 +16,6 @@ int run_shell(const std::string& command)
 {
     int status = std::system(command.c_str());
     return status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-bool tool_present(const char* tool)
-{
-    return run_shell(std::string("command -v ") + tool + " > /dev/null 2>&1") == 0;
 }
 
 std::string generate(const scratch_dir& s, long equations, int seed)

@@ -13,7 +13,6 @@ extern const std::string zkcgen_path;
 extern const std::string tarn_path;
 
 int run_shell(const std::string& command);  // exit status, -1 if none
-bool tool_present(const char* tool);
 
 // zkcgen <equations> <seed> g<equations>_<seed> into that name plus ".zkc"
 // in the directory; "" if zkcgen failed. The module is named after its file

@@ -2,7 +2,7 @@
 // pure bundled example and on generated modules; the command's lines,
 // messages and statuses; the shape of the compiled program.
 
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "model/module.h"
 #include "sim/reaction_engine.h"
 #include "tests/sim/mosk_agreement.h"

@@ -1,3 +1,6 @@
+// The string helpers: conversions, checks, case, cutting, tokens,
+// records, substitution, filters, file names, distance.
+
 #include "support/Stringpp.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Dates, sorts, cycle detection and critical paths; the fast passes against
-// the literal ones on random woods; a long chain.
+// the literal ones on random woods. (A long chain: elim_test.)
 
 #include <random>
 
@@ -78,63 +78,6 @@ TEST(WoodDates, ExamplesOfDatesAndSorts)
     EXPECT_EQ(cycle.wood.compute_dates(), 5);
     EXPECT_EQ(dates(cycle, {"a", "b"}, {"a", "b"}), (std::vector<long>{4, 3, 2, 1}));
     EXPECT_EQ(cycle.wood.loop_detection(), (std::list<long>{0, 1}));
-}
-
-TEST(WoodDates, SortsListOnlyDatesWithinTheLevels)
-{
-    TestWood t;
-    bdd x = t.var("x");
-    const long early_dates[] = {2, 9, -1, 0}, late_dates[] = {0, 2, 7, 1};
-    for (int k = 0; k < 4; k++) {
-        Bddexpression* e = t.eq(std::string(1, char('a' + k)), x);
-        e->early_date = early_dates[k];
-        t.wood.late_dates[t.idx(e->name)] = late_dates[k];
-    }
-    // Undated (level 0), the late sort lists the equations of late date 0.
-    EXPECT_EQ(t.names(t.wood.latest_sort()), (std::vector<std::string>{"a"}));
-    t.wood.update_nb_level(2);
-    EXPECT_EQ(t.names(t.wood.earliest_sort()), (std::vector<std::string>{"d", "a"}));
-    EXPECT_EQ(t.names(t.wood.latest_sort()), (std::vector<std::string>{"b", "d", "a"}));
-    t.wood.update_nb_level(-1);
-    EXPECT_TRUE(t.wood.earliest_sort().empty());
-}
-
-TEST(WoodCriticalPaths, CountEquationsAlongTheLongestChain)
-{
-    // x -> a -> b -> d and x -> c -> d.
-    TestWood t;
-    bdd x = t.var("x");
-    t.eq("a", x);
-    t.eq("b", t.at("a")->bdd_var);
-    t.eq("c", t.m().Bdd_not(x));
-    t.eq("d", t.m().Bdd_or(t.at("b")->bdd_var, t.at("c")->bdd_var));
-    t.wood.compute_dates();
-    for (const char* n : {"x", "a", "b", "c", "d"}) {
-        SCOPED_TRACE(n);
-        long i = t.idx(n);
-        // One more than the early date, and the late date itself.
-        long up = t.at(n) ? t.at(n)->getEarlyDate() + 1 : 1;
-        EXPECT_EQ(t.wood.up_critical_path(i, 1, 1), up);
-        EXPECT_EQ(t.wood.down_critical_path(i, 1, 0), t.wood.late_dates[i]);
-    }
-    t.at("c")->setW(5); // weights count as they are
-    EXPECT_EQ(t.wood.up_critical_path(t.idx("d"), 0, 0), 6);
-    EXPECT_EQ(t.wood.down_critical_path(t.idx("x"), 0, 0), 6);
-    std::vector<long> up, down;
-    ASSERT_TRUE(t.wood.memo_critical_paths(1, up, down));
-    EXPECT_EQ(up[t.idx("d")], 6);
-    EXPECT_EQ(down[t.idx("x")], 6);
-
-    // On a = b, b = a the down walk stops at the depth limit with a warning.
-    TestWood u;
-    bdd a = u.var("a"), b = u.var("b");
-    new Bddexpression("a", &u.wood, a, b, 0, 0);
-    new Bddexpression("b", &u.wood, b, a, 0, 0);
-    EXPECT_FALSE(u.wood.memo_critical_paths(1, up, down));
-    CaptureStderr();
-    EXPECT_EQ(u.wood.down_critical_path(u.idx("a"), 1, 0), 1);
-    EXPECT_EQ(GetCapturedStderr(), "WARNING in Bddexpressionwood::down_critical_path():\n"
-                                   "   possible infinite recursion due to a signals cycle\n");
 }
 
 TEST(WoodDates, TheFirstFixedPointDating)
@@ -297,42 +240,4 @@ TEST(WoodDifferential, FastAndLiteralPassesAgreeOnRandomWoods)
             ASSERT_EQ(fast.wood.up_critical_path(i, 0, 3), literal.wood.up_critical_path_literal(i, 0, 3));
         }
     }
-}
-
-TEST(WoodScale, AMillionEquationChainIsDatedAndSorted)
-{
-    const long n = 1000000;
-    bddpp_manager* m = new bddpp_manager();
-    m->New_var_last("x");
-    for (long k = 1; k <= n; k++) m->New_var_last("a" + std::to_string(k));
-    Bddexpressionwood wood(m);
-    for (long k = 1; k <= n; k++)
-        new Bddexpression(m->Name_var_by_index(k), &wood, m->Bdd_var_by_index(k),
-                          m->Bdd_var_by_index(k - 1), 0, 0);
-    EXPECT_EQ(wood.compute_dates(), n + 1);
-    EXPECT_EQ(wood.exp_table[n]->getEarlyDate(), n);
-    EXPECT_EQ(wood.late_dates[0], n);
-    EXPECT_EQ(wood.late_dates[1], n - 1);
-    std::list<long> order = wood.earliest_sort();
-    ASSERT_EQ((long)order.size(), n);
-    EXPECT_EQ(order.front(), 1);
-    EXPECT_EQ(order.back(), n);
-    std::list<long> late_order = wood.latest_sort();
-    EXPECT_EQ(late_order.front(), 1);
-    EXPECT_TRUE(wood.loop_detection().empty());
-    std::vector<long> up, down;
-    EXPECT_TRUE(wood.memo_critical_paths(1, up, down));
-    EXPECT_EQ(up[n], n);
-    EXPECT_EQ(down[0], n);
-    EXPECT_EQ(wood.down_critical_path(0, 1, 0), n);
-    EXPECT_EQ(wood.up_critical_path(n, 1, 1), n + 1);
-    IndexSet empty;
-    EXPECT_EQ((long)wood.up_dependances(n, 1, empty).size(), n);
-
-    // The literal early propagation on a chain is linear: it runs too.
-    wood.update_nb_level(0);
-    for (long k = 1; k <= n; k++) wood.exp_table[k]->early_date = 0;
-    wood.early_propagation(1, 1);
-    EXPECT_EQ(wood.exp_table[n]->getEarlyDate(), n);
-    EXPECT_EQ(wood.Nb_level(), n + 1);
 }

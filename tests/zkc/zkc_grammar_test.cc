@@ -1,41 +1,14 @@
+// The compiled-module grammar: every form the file may take, what it
+// leaves out, the syntax error texts and the log.
+
 #include "tests/worked_module.h"
-#include "zkc/parse_supl.h"
-#include "zkc/zkc_scanner.h"
+#include "tests/zkc/reader_support.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <fstream>
-#include <sstream>
 #include <string>
 
 namespace {
-
-struct parse_result {
-    int status;
-    std::string errors;  // the error stream
-    std::string log;     // scanner echo and trace
-};
-
-parse_result parse_text(const std::string& text, int level = 1)
-{
-    std::string log_name = testing::TempDir() + "zkc_grammar_test.log";
-    std::istringstream in(text);
-    std::fstream log(log_name, std::ios::out | std::ios::trunc);
-    class_zkc_parser parser;
-    zkcFlexLexer lexer(&in, &log);
-    parser.scanner = &lexer;
-    std::string suffix;
-    testing::internal::CaptureStderr();
-    int status = parser.parse(log, level, suffix);
-    std::string errors = testing::internal::GetCapturedStderr();
-    log.close();
-    std::ifstream back(log_name);
-    std::stringstream content;
-    content << back.rdbuf();
-    std::remove(log_name.c_str());
-    return {status, errors, content.str()};
-}
 
 // Module head shared by the cases that vary the later sections.
 const std::string head = "module: m 0 0\nconnexion: SETm RESETm RTLm;\n";
@@ -84,7 +57,7 @@ TEST(ZkcGrammar, AcceptsEveryFormTheFileMayTake)
          head + empty_wood + "data: type: constant: t c \"\"; end:"},
     };
     for (const auto& c : cases) {
-        parse_result r = parse_text(c.text);
+        read_result r = read_zkc(c.text);
         EXPECT_EQ(r.status, 0) << c.what << "\n" << r.errors;
         EXPECT_EQ(r.errors, "") << c.what;
     }
@@ -115,7 +88,7 @@ TEST(ZkcGrammar, RejectsWhatTheFormatLeavesOut)
         {"empty file", ""},
     };
     for (const auto& c : cases) {
-        parse_result r = parse_text(c.text);
+        read_result r = read_zkc(c.text);
         EXPECT_EQ(r.status, 1) << c.what;
         EXPECT_NE(r.errors.find("syntax error, unexpected"), std::string::npos) << c.what << "\n" << r.errors;
     }
@@ -135,18 +108,18 @@ TEST(ZkcGrammar, SyntaxErrorNamesLineAndAlternatives)
          "line 4: syntax error, unexpected TOKEN_IDENT, expecting end of file\n"},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(parse_text(c.text).errors, c.message);
+        EXPECT_EQ(read_zkc(c.text).errors, c.message);
 }
 
 TEST(ZkcGrammar, LogHoldsEchoAndTraceOnlyAtLevelOne)
 {
     std::string text = head + "equation_def: 0 # expressions: end:";
-    parse_result traced = parse_text(text, 1);
+    read_result traced = read_zkc(text, "", 1);
     EXPECT_NE(traced.log.find('#'), std::string::npos);
     EXPECT_NE(traced.log.find("2 --> definition module m\n"), std::string::npos);
     EXPECT_NE(traced.log.find("--> definition finale\n"), std::string::npos);
 
-    parse_result quiet = parse_text(text, 0);
+    read_result quiet = read_zkc(text);
     EXPECT_EQ(quiet.status, 0);
     EXPECT_EQ(quiet.log, "#");
 }
@@ -164,6 +137,6 @@ TEST(ZkcGrammar, LongSectionsDoNotExhaustTheStack)
     for (int i = 0; i < 30000; ++i)
         text += std::to_string(i) + " ";
     text += ") end:";
-    parse_result r = parse_text(text, 0);
+    read_result r = read_zkc(text);
     EXPECT_EQ(r.status, 0) << r.errors.substr(0, 200);
 }

@@ -1,3 +1,6 @@
+// The compiled-module scanner: longest match, then the earlier row;
+// comments and characters it cannot read.
+
 #include "zkc/parse_supl.h"
 #include "zkc/parse_zkc.hh"
 #include "zkc/zkc_scanner.h"

@@ -10,11 +10,11 @@
 // (-Wl,--wrap=exit) and jumping back here. Both leave the half-read module
 // behind, which is what the program would have done by ending.
 
+#include "context/compilation.h"
 #include "driver/tarn_run.h"
-#include "model/compilation.h"
 #include "model/module.h"
-#include "model/signal.h"
-#include "model/signal_manager.h"
+#include "signals/signal.h"
+#include "signals/signal_manager.h"
 #include "wood/Bddexpression.h"
 #include "zkc/parse_supl.h"
 #include "zkc/zkc_scanner.h"

@@ -1,0 +1,316 @@
+// The VHDL of a module simulated by ghdl beside its C: a testbench that
+// resets the entity, then per reaction sets the inputs, gives a rising and
+// a falling edge and prints the outputs; the outputs of the module's C on
+// the same trace are the reference.
+#ifndef TARN_TESTS_CONSUMERS_VHDL_BENCH_H
+#define TARN_TESTS_CONSUMERS_VHDL_BENCH_H
+
+#include "bdd/bddpp.h"
+#include "driver/tarn_run.h"
+#include "model/module.h"
+#include "signals/signal.h"
+#include "tests/consumers/c_reference.h"
+#include "wood/Bddexpression.h"
+#include "tests/tarn_process.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <regex>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace vhdl_bench {
+
+using namespace c_reference;
+
+// A port of the entity: its name and its VHDL type. A presence port has
+// the type of the variant's boolean, "bit" or "std_logic".
+struct port {
+    std::string name, type;
+};
+
+inline bool boolean(const std::string& type) { return type == "bit" || type == "std_logic"; }
+
+// The libraries the generated text needs: std_logic for the Altera form,
+// and the package of the user's types and methods when there is one.
+inline std::string libs(bool altera, const std::string& package = "")
+{
+    std::string text;
+    if (altera)
+        text += "library ieee;\nuse ieee.std_logic_1164.all;\n";
+    if (!package.empty())
+        text += "use work." + package + ".all;\n";
+    return text;
+}
+
+// A reaction's input value as a literal of the port's type.
+inline std::string literal(const port& p, int v)
+{
+    return boolean(p.type) ? (v != 0 ? "'1'" : "'0'") : std::to_string(v);
+}
+
+// The testbench entity "tb": each signal is "tb_" and the port's name.
+// One line per reaction, the outputs in order, a presence as 1, 0 or X.
+inline std::string testbench(const std::string& module, bool altera, const std::string& package,
+                             const std::vector<port>& inputs, const std::vector<port>& outputs, const trace& t)
+{
+    std::string bit = altera ? "std_logic" : "bit";
+    std::ostringstream tb;
+    tb << libs(altera, package) << "use std.textio.all;\n"
+       << "entity tb is\nend tb;\n\narchitecture bench of tb is\n"
+       << "  signal tb_reset, tb_clk : " << bit << " := '0';\n";
+    for (const std::vector<port>* list : {&inputs, &outputs})
+        for (const port& p : *list)
+            tb << "  signal tb_" << p.name << " : " << p.type << ";\n";
+    tb << "begin\n  dut: entity work." << module << " port map (";
+    for (const std::vector<port>* list : {&inputs, &outputs})
+        for (const port& p : *list)
+            tb << p.name << " => tb_" << p.name << ", ";
+    tb << "reset => tb_reset, clk => tb_clk);\n"
+       << "  run: process\n    variable l : line;\n  begin\n"
+       << "    tb_reset <= '0';\n    wait for 5 ns;\n    tb_reset <= '1';\n    wait for 5 ns;\n";
+    for (const auto& step : t) {
+        for (std::size_t i = 0; i < inputs.size(); ++i)
+            tb << "    tb_" << inputs[i].name << " <= " << literal(inputs[i], step[i]) << ";\n";
+        tb << "    wait for 5 ns;\n    tb_clk <= '1';\n    wait for 5 ns;\n    tb_clk <= '0';\n    wait for 5 ns;\n";
+        for (const port& p : outputs)
+            if (boolean(p.type))
+                tb << "    if tb_" << p.name << " = '1' then write(l, string'(\"1 \")); elsif tb_" << p.name
+                   << " = '0' then write(l, string'(\"0 \")); else write(l, string'(\"X \")); end if;\n";
+            else
+                tb << "    write(l, integer'image(tb_" << p.name << ") & \" \");\n";
+        tb << "    writeline(output, l);\n";
+    }
+    tb << "    wait;\n  end process;\nend bench;\n";
+    return tb.str();
+}
+
+struct ghdl_run {
+    int status;
+    std::string messages;  // what ghdl wrote on both streams
+    port_values outputs;   // per output, the printed value at each step (-1 for X)
+};
+
+// Analyses `files` (in order, in `dir`) into a work library of its own,
+// elaborates the testbench and runs it. A failed analysis or elaboration
+// stops there with its status and messages.
+inline ghdl_run simulate(const std::string& dir, const std::string& work, const std::vector<std::string>& files,
+                         const std::vector<port>& outputs, std::size_t reactions)
+{
+    ghdl_run r{0, "", {}};
+    std::string opts = " --workdir=" + work + " ";
+    std::string cd = "cd '" + dir + "' && mkdir -p " + work + " && ";
+    std::string analyse = "ghdl -a" + opts;
+    for (const std::string& f : files)
+        analyse += " " + f;
+    r.status = run(cd + analyse + " > " + work + ".txt 2>&1");
+    if (r.status == 0)
+        r.status = run(cd + "ghdl -e" + opts + "tb >> " + work + ".txt 2>&1");
+    r.messages = read_file(dir + "/" + work + ".txt");
+    if (r.status != 0)
+        return r;
+    r.status = run(cd + "ghdl -r" + opts + "tb > " + work + "_out.txt 2>> " + work + ".txt");
+    r.messages = read_file(dir + "/" + work + ".txt");
+    std::istringstream lines(read_file(dir + "/" + work + "_out.txt"));
+    for (std::size_t step = 0; step < reactions; ++step)
+        for (const port& p : outputs) {
+            std::string v;
+            lines >> v;
+            r.outputs[p.name].push_back(v == "X" || v.empty() ? -1 : std::stoi(v));
+        }
+    return r;
+}
+
+inline std::vector<port> presence_ports(const std::vector<std::string>& names, bool altera)
+{
+    std::vector<port> ports;
+    for (const std::string& n : names)
+        ports.push_back({n, altera ? "std_logic" : "bit"});
+    return ports;
+}
+
+// What the test reads off the finalised module itself.
+struct module_facts {
+    // The outputs whose value reads, through the equations and the
+    // registers, the presence of a memorised signal. The VHDL never loads that presence into the
+    // node array (its slot keeps the initial value of the array's type),
+    // so these outputs do not follow the C.
+    std::set<std::string> reading_pre;
+    // The variables of the pure locals read by a memorised signal: the
+    // finalisation drops such a local from the local list, so the VHDL
+    // reads a signal that it never declares.
+    std::set<std::string> undeclared;
+};
+
+inline module_facts facts_of(const std::string& file)
+{
+    std::string suffix;
+    bool ok = false;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    Module* module = parse(file, suffix, &ok);
+    if (ok && module != nullptr)
+        Module::finalize(module, 0);
+    testing::internal::GetCapturedStdout();
+    testing::internal::GetCapturedStderr();
+    module_facts facts;
+    if (!ok || module == nullptr) {
+        ADD_FAILURE() << "not read: " << file;
+        return facts;
+    }
+    Bddexpressionwood* wood = module->getBddWood();
+    bddpp_manager* m = wood->my_bdd_manager();
+    std::set<long> pre;
+    if (module->getPreSignalList() != nullptr)
+        for (memorizedSignal* p : *module->getPreSignalList()) {
+            pre.insert(p->getPre()->getOverBddId(module, wood));
+            Signal* actual = p->getActual();
+            std::list<Signal*>* locals = module->getLocalSignalList();
+            if (actual->isLocal() &&
+                (locals == nullptr || std::find(locals->begin(), locals->end(), actual) == locals->end()))
+                facts.undeclared.insert(wood->Name_var_by_index(actual->getInitialOverBddId(module, wood)));
+        }
+    // A register's state is its next value of the reaction before.
+    std::map<long, long> next_of;
+    if (module->getRegisterList() != nullptr)
+        for (regclass* r : *module->getRegisterList())
+            next_of[r->actual_var()->getOverBddId(module, wood)] = r->next_var()->getOverBddId(module, wood);
+    // Whether a memorised presence is reachable from `v`.
+    auto reads = [&](long v) {
+        std::set<long> seen{v};
+        std::vector<long> todo{v};
+        while (!todo.empty()) {
+            long x = todo.back();
+            todo.pop_back();
+            if (pre.count(x) != 0)
+                return true;
+            std::vector<long> next;
+            Bddexpression* e = x >= 0 && x < wood->Nb_bdd_vars() ? wood->Exp_table()[x] : nullptr;
+            if (e != nullptr && e->getAbstraction() == 0 && Bddexpressionwood::bdd_initialised(e->my_bdd_exp()))
+                for (long d : m->set_of_index_depend_on(e->my_bdd_exp()))
+                    next.push_back(d);
+            if (next_of.count(x) != 0)
+                next.push_back(next_of[x]);
+            for (long d : next)
+                if (seen.insert(d).second)
+                    todo.push_back(d);
+        }
+        return false;
+    };
+    for (Signal* s : *module->getOutputSignalList())
+        if (reads(s->getOverBddId(module, wood)))
+            facts.reading_pre.insert(s->getOriginalName());
+    return facts;
+}
+
+// ghdl's refusal of a text that reads undeclared signals: one message
+// "<file>:<line>:<column>: no declaration for "<name>"" per reading, each
+// followed by the line and a caret, naming all of `names` and only them.
+inline void expect_undeclared(const ghdl_run& r, const std::string& file, const std::set<std::string>& names)
+{
+    EXPECT_NE(r.status, 0);
+    std::set<std::string> named;
+    std::istringstream lines(r.messages);
+    std::string line;
+    std::regex message(std::regex_replace(file, std::regex("\\."), "\\.") +
+                       ":\\d+:\\d+: no declaration for \"(\\w+)\"");
+    int count = 0;
+    while (std::getline(lines, line)) {
+        std::smatch m;
+        if (count++ % 3 != 0)
+            continue;  // the quoted line and its caret
+        ASSERT_TRUE(std::regex_match(line, m, message)) << r.messages;
+        named.insert(m[1]);
+    }
+    EXPECT_EQ(named, names) << r.messages;
+}
+
+// The same text with the missing declarations added after the starter's,
+// so that the rest of it can still be simulated.
+inline void declare(const std::string& path, const std::string& module, const std::set<std::string>& names,
+                    const std::string& bit)
+{
+    std::string text = read_file(path);
+    std::string starter = "signal " + module + "_node_starter : " + bit + ";\n";
+    std::size_t at = text.find(starter);
+    ASSERT_NE(at, std::string::npos);
+    std::string added;
+    for (const std::string& n : names)
+        added += "signal " + n + " : " + bit + ";\n";
+    text.insert(at + starter.size(), added);
+    std::ofstream(path) << text;
+}
+
+// What one pure module gave: the outputs of its C, those of its VHDL, and
+// the outputs left out of the comparison.
+struct pure_run {
+    port_values c, vhdl;
+    module_facts facts;
+    ghdl_run ghdl;
+    int compared = 0;  // outputs compared
+    int changes = 0;   // changes of their values along the trace
+};
+
+// `module`.zkc in `dir`: its C and its VHDL (the Altera form if asked),
+// simulated on one random trace. The VHDL must follow the C on every output
+// that does not read a memorised presence. A text that reads undeclared
+// memorised locals must be refused by ghdl for them, and is then simulated
+// with their declarations added.
+inline void check_pure(const scratch_dir& s, const std::string& module, unsigned trace_seed, bool altera,
+                       pure_run* result = nullptr)
+{
+    SCOPED_TRACE(module + (altera ? " (altera)" : ""));
+    s.write("vhdl_libs.inc", libs(altera));
+    tarn_output made = run_tarn_in(s.path, {module + ".zkc", "-c", altera ? "-altera" : "-vhdl"});
+    ASSERT_EQ(made.status, 0) << made.err;
+    std::vector<std::string> inputs, outputs;
+    ASSERT_TRUE(read_prototype(read_file(s.path + "/" + module + ".h"), module, inputs, outputs));
+    trace t = random_trace(inputs.size(), trace_seed);
+    pure_run r;
+    r.c = run_c(s, module, inputs, outputs, t);
+    std::vector<port> outs = presence_ports(outputs, altera);
+    s.write("tb.vhd", testbench(module, altera, "", presence_ports(inputs, altera), outs, t));
+    std::string bit = altera ? "std_logic" : "bit";
+    r.facts = facts_of(s.path + "/" + module + ".zkc");
+    r.ghdl = simulate(s.path, bit, {module + ".vhd", "tb.vhd"}, outs, t.size());
+    if (!r.facts.undeclared.empty()) {
+        expect_undeclared(r.ghdl, module + ".vhd", r.facts.undeclared);
+        declare(s.path + "/" + module + ".vhd", module, r.facts.undeclared, bit);
+        r.ghdl = simulate(s.path, bit + "_declared", {module + ".vhd", "tb.vhd"}, outs, t.size());
+    }
+    ASSERT_EQ(r.ghdl.status, 0) << r.ghdl.messages;
+    r.vhdl = r.ghdl.outputs;
+    for (const std::string& o : outputs)
+        if (r.facts.reading_pre.count(o) == 0) {
+            EXPECT_EQ(r.vhdl[o], r.c[o]) << "output " << o;
+            ++r.compared;
+            for (std::size_t step = 1; step < t.size(); ++step)
+                r.changes += r.c[o][step] != r.c[o][step - 1];
+        }
+    if (result != nullptr)
+        *result = r;
+}
+
+// A generated module of `equations` equations, checked in the Altera form
+// for an even seed; adds to the counts of compared outputs and changes.
+inline void check_generated(long equations, int seed, int& compared, int& changes)
+{
+    std::string name = "gen" + std::to_string(equations) + "_" + std::to_string(seed);
+    scratch_dir s;
+    ASSERT_EQ(run(zkcgen + " " + std::to_string(equations) + " " + std::to_string(seed) + " " + name + " > '" +
+                  s.path + "/" + name + ".zkc'"),
+              0);
+    pure_run r;
+    check_pure(s, name, 100 + seed, seed % 2 == 0, &r);
+    compared += r.compared;
+    changes += r.changes;
+}
+
+} // namespace vhdl_bench
+
+#endif

@@ -1,0 +1,375 @@
+// Finalisation and clean-up of whole modules: the closed equations, the
+// boot register, retyping, dropped registers, dates and names.
+
+#include "tests/module_builder.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+
+namespace {
+
+size_t count(const std::string& text, const std::string& part)
+{
+    size_t n = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+        n++;
+    return n;
+}
+
+// Module m: input i, output o, register of next n and actual r starting at
+// 0, n = i, o = r; the output has no under equation.
+struct WorkedExample : ModuleBuilder {
+    Signal *i = input("i"), *o = output("o"), *n = local("n"), *r = local("r");
+    explicit WorkedExample(bool typed = true)
+    {
+        registerOf(r, n, 0);
+        eq(over(o), over(r));
+        eq(over(n), over(i));
+        eq(under(n), mgr->Bdd_not(over(i)));
+        endOfReading(typed);
+    }
+};
+
+TEST(Finalize, WorkedExampleIsClosedBootedCleanedDatedAndRenamed)
+{
+    WorkedExample w;
+    testing::internal::CaptureStderr();
+    w.m.finalize(0);
+    std::string err = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(err.find("Warning"), std::string::npos) << err;
+    EXPECT_EQ(w.m.getFinalised(), 1);
+
+    // i 0/1, o 2/3, n 4/5, r 6/7, SETm 8/9, RESETm 10/11, RTLm 12/13, boot 14/15, bootplus 16/17.
+    const char* names[] = {"i", "v_v_i", "o", "v_v_o", "v_s_n", "v_v_n", "v_s_r", "v_v_r", "v_s_SETm",
+                           "v_v_SETm", "v_s_RESETm", "v_v_RESETm", "v_s_RTLm", "v_v_RTLm", "v_s_m_boot",
+                           "v_v_m_boot", "v_s_mbootplus", "v_v_mbootplus"};
+    for (long id = 0; id < 18; id++)
+        EXPECT_EQ(w.wood->Name_var_by_index(id), names[id]) << id;
+
+    // RESET's constants are read by nobody and go; the boot register's stay.
+    EXPECT_EQ(w.wood->exp_ids, (IndexSet{1, 2, 3, 4, 5, 7, 8, 9, 16, 17}));
+    bdd i = w.mgr->Bdd_var_by_index(0), r = w.mgr->Bdd_var_by_index(6), boot = w.mgr->Bdd_var_by_index(14);
+    struct {
+        long id;
+        bdd value;
+        int type;
+    } equations[] = {
+        {1, w.mgr->Bdd_not(i), Compilation::VINPUT},   {2, r, Compilation::SOUTPUT},
+        {3, w.mgr->Bdd_not(r), Compilation::VOUTPUT},  {4, i, Compilation::SREG},
+        {5, w.mgr->Bdd_not(i), Compilation::VREG},     {7, w.mgr->Bdd_not(r), Compilation::VREG},
+        {8, boot, 0},                                  {9, w.mgr->Bdd_not(boot), 0},
+        {16, w.mgr->Bdd_zero(), 0},                    {17, w.mgr->Bdd_one(), 0},
+    };
+    for (auto& e : equations) {
+        EXPECT_EQ(w.wire(e.id), e.value) << e.id;
+        EXPECT_EQ(w.at(e.id)->getUserType(), e.type) << e.id;
+    }
+
+    std::list<regclass*>* regs = w.m.getRegisterList();
+    ASSERT_EQ(regs->size(), 2u);
+    EXPECT_EQ(*regs->front(), regclass(w.r, w.n, 0));
+    EXPECT_EQ(regs->back()->actual_var()->getInternalName(), "m_boot");
+    EXPECT_EQ(regs->back()->next_var()->getInternalName(), "mbootplus");
+    EXPECT_EQ(regs->back()->is_initialy_true(), 1);
+    std::list<std::string> locals;
+    for (Signal* s : *w.m.getLocalSignalList())
+        locals.push_back(s->getInternalName());
+    EXPECT_EQ(locals, (std::list<std::string>{"n", "r", "m_boot", "mbootplus"}));
+
+    // Every equation is dated after what it reads, within the levels.
+    std::list<long> order = w.wood->earliest_sort();
+    EXPECT_EQ(IndexSet(order.begin(), order.end()), w.wood->exp_ids);
+    for (long id : w.wood->exp_ids) {
+        Bddexpression* e = w.at(id);
+        EXPECT_LE(e->getEarlyDate(), w.wood->Nb_level());
+        for (long d : e->dependances) {
+            if (w.at(d) != nullptr) {
+                EXPECT_LT(w.at(d)->getEarlyDate(), e->getEarlyDate()) << d << " read by " << id;
+            }
+        }
+    }
+
+    std::ostringstream dump;
+    testing::internal::CaptureStderr();
+    w.m.DEBUG_put(dump);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "end of debug put\n");
+    for (const char* line : {"inputs:\n i: i(0),v_v_i(1)\n", "outputs:\n o: o(2),v_v_o(3)\n",
+                             " mbootplus: v_s_mbootplus(16),v_v_mbootplus(17)\n",
+                             "registers:\nn r 0;\nmbootplus m_boot 1;\n", "SET: SETm\nRESET: RESETm\nRTL: RTLm\n"})
+        EXPECT_NE(dump.str().find(line), std::string::npos) << line << "\nin:\n" << dump.str();
+    EXPECT_EQ(dump.str().find("data signals:"), std::string::npos);
+    EXPECT_EQ(count(dump.str(), "  dates ("), w.wood->exp_ids.size());
+}
+
+TEST(Finalize, RegisterNextEquationsAreRetypedWithTheirTwoWarnings)
+{
+    WorkedExample w(false);
+    testing::internal::CaptureStderr();
+    w.m.finalize(0);
+    std::string err = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(count(err, " Warning: reaffectation 4: _s_n with SREG\n"), 1u) << err;
+    EXPECT_EQ(count(err, " Warning reaffectation 5: _v_n with VREG\n"), 1u) << err;
+    EXPECT_EQ(w.at(4)->getUserType(), int{Compilation::SREG});
+}
+
+enum Fn { NONE, A, NOT_A, ZERO, ONE, FREE };
+
+// One row of the closing rules, for a signal x observed through two outputs
+// that read its over and its under wire.
+TEST(Finalize, OverAndUnderEquationsAreClosedByTheSummaryRules)
+{
+    struct Row {
+        const char* what;
+        bool output, reg;
+        Fn overEq, underEq, overAfter, underAfter;
+    } rows[] = {
+        {"output, over only", true, false, A, NONE, A, NOT_A},
+        {"output, both zero", true, false, ZERO, ZERO, ZERO, ONE},
+        {"output, both, not complementary", true, false, A, A, A, A},
+        {"output, under only", true, false, NONE, A, NOT_A, A},
+        {"local, over only", false, false, A, NONE, A, NOT_A},
+        {"local, both zero", false, false, ZERO, ZERO, ZERO, ZERO},
+        {"local, both", false, false, A, A, A, A},
+        {"local, under only", false, false, NONE, A, NOT_A, A},
+        {"register local, under only", false, true, NONE, A, FREE, A},
+    };
+    for (const Row& row : rows) {
+        ModuleBuilder b;
+        Signal* a = b.input("a");
+        Signal* x = row.output ? b.output("x") : nullptr;
+        Signal *y = b.output("y"), *z = b.output("z");
+        if (x == nullptr)
+            x = b.local("x");
+        if (row.reg)
+            x->setRegister();
+        bdd av = b.over(a);
+        auto fn = [&](Fn f) {
+            return f == A ? av : f == NOT_A ? b.mgr->Bdd_not(av) : f == ZERO ? b.mgr->Bdd_zero()
+                   : f == ONE ? b.mgr->Bdd_one() : b.over(x);
+        };
+        if (row.overEq != NONE)
+            b.eq(b.over(x), fn(row.overEq));
+        if (row.underEq != NONE)
+            b.eq(b.under(x), fn(row.underEq));
+        b.eq(b.over(y), b.over(x));
+        b.eq(b.over(z), b.under(x));
+        b.endOfReading();
+
+        testing::internal::CaptureStderr();
+        b.m.finalize(0);
+        std::string err = testing::internal::GetCapturedStderr();
+        bool warned = row.overEq == NONE && !row.reg;
+        EXPECT_EQ(count(err, "***Warning: Finalize: no over expression and under expression for:_v_x!!!\n"
+                             " => changing over equation ...\n\n"),
+                  warned ? 1u : 0u)
+            << row.what << "\n" << err;
+        EXPECT_EQ(b.wire(b.overId(y)), fn(row.overAfter)) << row.what;
+        EXPECT_EQ(b.wire(b.overId(z)), fn(row.underAfter)) << row.what;
+    }
+}
+
+TEST(Finalize, AnOutputWarnsOncePerOccurrencePairAndItsCurrentOverWireTakesItsName)
+{
+    ModuleBuilder b;
+    Signal* a = b.input("a");
+    Signal* x = b.output("x");
+    bdd av = b.over(a);
+    b.eq(b.under(x), av);
+    long over0 = b.overId(x);
+    x->newOccurrence(b.wood, &b.m);
+    b.eq(b.under(x), b.mgr->Bdd_not(av));
+    b.endOfReading();
+
+    testing::internal::CaptureStderr();
+    b.m.finalize(0);
+    std::string err = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(count(err, "***Warning: Finalize:"), 2u) << err;
+    EXPECT_EQ(count(err, "for:_v_x!!!"), 1u);
+    EXPECT_EQ(count(err, "for:_v_x_1!!!"), 1u);
+    EXPECT_EQ(b.wood->Name_var_by_index(b.overId(x)), "x");
+    EXPECT_EQ(b.wood->Name_var_by_index(over0), "v_s_x");
+}
+
+// A register of actual r and next n, read by the output o = r or a.
+TEST(Finalize, ARegisterThatNeverChangesIsDroppedAndReadAsItsConstant)
+{
+    struct {
+        int initial, next;
+        bool dropped;
+    } rows[] = {{0, 0, true}, {1, 1, true}, {0, 1, false}, {1, 0, false}};
+    for (auto& row : rows) {
+        ModuleBuilder b;
+        Signal *a = b.input("a"), *o = b.output("o"), *n = b.local("n"), *r = b.local("r");
+        b.registerOf(r, n, row.initial);
+        bdd nextValue = row.next ? b.mgr->Bdd_one() : b.mgr->Bdd_zero();
+        b.eq(b.over(n), nextValue);
+        b.eq(b.under(n), b.mgr->Bdd_not(nextValue));
+        b.eq(b.over(o), b.mgr->Bdd_or(b.over(r), b.over(a)));
+        b.endOfReading();
+
+        testing::internal::CaptureStderr();
+        b.m.finalize(0);
+        std::string err = testing::internal::GetCapturedStderr();
+        std::string label = std::to_string(row.initial) + "/" + std::to_string(row.next);
+        EXPECT_EQ(count(err, "detecting useless register r\n"), row.dropped ? 1u : 0u) << label;
+        bdd rv = b.mgr->Bdd_var_by_index(b.overId(r)), av = b.mgr->Bdd_var_by_index(b.overId(a));
+        bdd expected = !row.dropped ? b.mgr->Bdd_or(rv, av) : row.initial ? b.mgr->Bdd_one() : av;
+        EXPECT_EQ(b.wire(b.overId(o)), expected) << label;
+        std::list<regclass*>* regs = b.m.getRegisterList();
+        EXPECT_EQ(regs->size(), row.dropped ? 1u : 2u) << label;
+        EXPECT_EQ(regs->back()->actual_var()->getInternalName(), "m_boot");
+        EXPECT_TRUE(b.m.getLocalSignal("r") != nullptr) << "a dropped register's signals stay listed";
+    }
+}
+
+// The valued local of a clocked binding counts as an output: its wires are
+// not substituted away, and it and its clock stay listed.
+TEST(Finalize, AClockedValueIsKeptAsAnOutput)
+{
+    ModuleBuilder b;
+    Signal *a = b.input("a"), *y = b.output("y"), *v = b.local("v"), *c = b.local("c");
+    v->setValueType("int", &b.m);
+    b.m.addSignalBinding(new DataValue("3", "int"), v, c);
+    b.eq(b.over(v), b.over(a));
+    b.eq(b.under(v), b.mgr->Bdd_not(b.over(a)));
+    b.eq(b.over(y), b.over(v));
+    b.endOfReading();
+    b.m.finalize(0);
+    Bddexpression *vo = b.at(b.overId(v)), *vu = b.at(b.underId(v));
+    ASSERT_TRUE(vo != nullptr && vu != nullptr);
+    EXPECT_EQ(vo->getUserType(), int{Compilation::SOUTPUT});
+    EXPECT_EQ(vu->getUserType(), int{Compilation::VOUTPUT});
+    EXPECT_EQ(b.at(b.overId(y))->my_bdd_exp(), b.over(v));
+    EXPECT_EQ(b.m.getLocalSignal("v"), v);
+    EXPECT_EQ(b.m.getLocalSignal("c"), c);
+}
+
+TEST(Finalize, AModuleWithNothingStillGetsItsBootRegisterAndSet)
+{
+    ModuleBuilder b("e");
+    b.endOfReading();
+    b.m.finalize(0);
+    ASSERT_EQ(b.m.getRegisterList()->size(), 1u);
+    Signal* boot = b.m.getRegisterList()->front()->actual_var();
+    EXPECT_EQ(boot->getInternalName(), "e_boot");
+    EXPECT_TRUE(boot->isRegister() && boot->isWire());
+    EXPECT_EQ(b.wire(b.overId(b.m.getSet())), b.over(boot));
+    EXPECT_EQ(b.wire(b.underId(b.m.getSet())), b.mgr->Bdd_not(b.over(boot)));
+    EXPECT_EQ(b.wood->Name_var_by_index(b.overId(boot)), "v_s_e_boot");
+}
+
+TEST(FinalizeDeath, MissingObjectsEndWithAMessageAndStatusOne)
+{
+    EXPECT_EXIT(Module::finalize(nullptr, 0), testing::ExitedWithCode(1), "no module to finalise");
+    struct {
+        void (*breakIt)(WorkedExample&);
+        const char* message;
+    } cases[] = {
+        {[](WorkedExample& w) { w.m.setBddWood(nullptr); }, "module m has no wood"},
+        {[](WorkedExample& w) { w.m.getRegisterList()->push_back(nullptr); }, "register of an undeclared signal"},
+        {[](WorkedExample& w) { w.m.addPreSignal(new Signal("p", &w.m, w.wood), nullptr, ""); },
+         "memorised pair of an undeclared signal"},
+    };
+    for (auto& c : cases)
+        EXPECT_EXIT(
+            {
+                WorkedExample w;
+                c.breakIt(w);
+                w.m.finalize(0);
+            },
+            testing::ExitedWithCode(1), c.message);
+}
+
+TEST(UpdateUserType, CodesFollowTheSignalsRole)
+{
+    ModuleBuilder b;
+    Signal *a = b.input("a"), *o = b.output("o"), *both = b.local("both"), *act = b.local("act");
+    Signal* pre = b.local("pre");
+    both->setRegister();
+    both->setClock();
+    b.m.addPreSignal(pre, act, "");
+    bdd av = b.over(a);
+    for (Signal* s : {o, both, act}) {
+        b.eq(b.over(s), av);
+        b.eq(b.under(s), b.mgr->Bdd_not(av));
+    }
+    b.endOfReading();
+    struct {
+        Signal* s;
+        int over, under;
+    } rows[] = {{o, Compilation::SOUTPUT, Compilation::VOUTPUT},
+                {both, Compilation::SCLOCK, Compilation::VCLOCK},  // clock wins over register
+                {act, Compilation::SUSEDPRE, Compilation::VUSEDPRE}};
+    for (auto& row : rows) {
+        EXPECT_EQ(b.at(b.overId(row.s))->getUserType(), row.over) << row.s->getInternalName();
+        EXPECT_EQ(b.at(b.underId(row.s))->getUserType(), row.under) << row.s->getInternalName();
+    }
+}
+
+// a -> w1 = a -> w2 = not w1 -> o = w2 and b, through two plain locals.
+struct Chain : ModuleBuilder {
+    Signal *a = input("a"), *bb = input("b"), *o = output("o"), *w1 = local("w1"), *w2 = local("w2");
+    Chain()
+    {
+        eq(over(w1), over(a));
+        eq(under(w1), mgr->Bdd_not(over(a)));
+        eq(over(w2), mgr->Bdd_not(over(w1)));
+        eq(under(w2), over(w1));
+        eq(over(o), mgr->Bdd_and(over(w2), over(bb)));
+        endOfReading();
+    }
+};
+
+TEST(Clean, KeepWiresFlagLeavesTheWoodAlone)
+{
+    Chain c;
+    Compilation::KeepWiresFlag = true;
+    c.m.clean();
+    Compilation::KeepWiresFlag = false;
+    EXPECT_EQ(c.wood->exp_number(), 5);
+    EXPECT_EQ(c.m.getLocalSignalList()->size(), 2u);
+}
+
+// clean_locals hands the wood all its locals at once; the result must be
+// that of one suppress_local per wire in list order, node for node.
+TEST(Clean, LocalsGoAsSingleEliminationsWouldTakeThem)
+{
+    Chain batched, single;
+    batched.m.clean_locals();
+    for (Signal* s : {single.w1, single.w2}) {
+        single.wood->suppress_local(single.overId(s));
+        single.wood->suppress_local(single.underId(s));
+    }
+    ASSERT_EQ(batched.wood->exp_ids, single.wood->exp_ids);
+    for (long id : batched.wood->exp_ids) {
+        bdd x = batched.at(id)->my_bdd_exp(), y = single.at(id)->my_bdd_exp();
+        EXPECT_EQ(bdd_node_global_id(x), bdd_node_global_id(y)) << id;
+        EXPECT_EQ(bdd_link_type(x), bdd_link_type(y)) << id;
+    }
+}
+
+TEST(DebugPut, ListsOnlyWhatTheModuleHas)
+{
+    ModuleBuilder b;
+    b.input("a");
+    Signal* gone = new Signal("g", &b.m, b.wood);
+    gone->setCurrentOccurrence(b.wood, -1);
+    std::ostringstream os;
+    testing::internal::CaptureStderr();
+    b.m.DEBUG_put(os);
+    b.m.DEBUG_OneSignal_put(os, gone);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "end of debug put\n");
+    EXPECT_EQ(os.str(), "inputs:\n a: _s_a(0),_v_a(1)\nSET: \nRESET: \nRTL: \nEarly date: 0\n\n\n"
+                        " g_-1: ?,?\n");
+
+    b.m.setBddWood(nullptr);
+    os.str("");
+    testing::internal::CaptureStderr();
+    b.m.DEBUG_put(os);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "end of debug put\n");
+    EXPECT_EQ(os.str(), "inputs:\n a:  ???\nSET: \nRESET: \nRTL: \n");
+}
+
+}  // namespace

@@ -1,0 +1,260 @@
+// The signal tables' short cuts against their plain forms: the ref kept by a
+// signal against the manager's look-up by name, the inline first entries
+// against std::map, the name index against std::unordered_map, and the
+// reader's deferred wood tables against tables updated at each new
+// variable.
+
+#include "model/module.h"
+#include "signals/signal.h"
+#include "signals/signal_manager.h"
+#include "wood/Bddexpression.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <random>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace {
+
+// Every answer that goes through a signal's kept ref, against the look-ups
+// by name in the manager.
+void expectRefsFound(Signal* s, Module* m, Bddexpressionwood* wood, const std::string& where)
+{
+    SignalManager* manager = m->getSignalManager();
+    SignalRef* initial = manager->getSignalRefByName(s->getInternalName());
+    ASSERT_NE(initial, nullptr) << where;
+    EXPECT_EQ(s->getInitialOverBddId(m, wood), initial->getOverBddId(wood)) << where;
+    EXPECT_EQ(s->getInitialUnderBddId(m, wood), initial->getUnderBddId(wood)) << where;
+    int occ = s->getCurrentOccurrence(wood);
+    SignalRef* current = manager->getSignalRefByOccurrence(s, occ);
+    ASSERT_NE(current, nullptr) << where;
+    EXPECT_EQ(s->getSignalRef(manager, wood), current) << where;
+    EXPECT_EQ(s->getOverBddId(m, wood), current->getOverBddId(wood)) << where;
+    EXPECT_EQ(s->getUnderBddId(m, wood), current->getUnderBddId(wood)) << where;
+    EXPECT_EQ(s->isValued(m, wood), current->isValued()) << where;
+    std::string name = occ == 0 ? s->getInternalName() : s->getInternalName() + "_" + std::to_string(occ);
+    EXPECT_EQ(current->getCurrentName(), name) << where;
+    EXPECT_EQ(current->getType(), current->isValued() ? "int" : "pure") << where;
+    if (s->isLocal() || s->isOutput()) {
+        std::vector<long> plain;
+        for (int k = 0; k <= occ; k++) {
+            SignalRef* ref = manager->getSignalRefByOccurrence(s, k);
+            plain.push_back(ref->getOverBddId(wood));
+            plain.push_back(ref->getUnderBddId(wood));
+        }
+        std::list<long> all = s->getAllBddId(m, wood);
+        EXPECT_EQ(std::vector<long>(all.begin(), all.end()), plain) << where;
+    }
+}
+
+TEST(SignalFast, KeptRefsAnswerLikeTheLookUpsByName)
+{
+    for (unsigned seed = 1; seed <= 20; ++seed) {
+        std::mt19937 rng(seed);
+        Module m("m");
+        Module other("other");
+        Bddexpressionwood* wood = m.getBddWood();
+        std::vector<Signal*> signals;
+        // One signal per internal name moves on to new occurrences.
+        std::vector<Signal*> movers;
+        // The original name of the signal that made each ref.
+        std::map<std::string, std::string> originals;
+        for (int step = 0; step < 60; ++step) {
+            std::string name = "s" + std::to_string(rng() % 12);
+            switch (rng() % 5) {
+            case 0:
+            case 1: {
+                // Shared internal names share the ref.
+                std::string internal = rng() % 2 ? name : "s" + std::to_string(rng() % 12);
+                bool first = m.getSignalManager()->getSignalRefByName(internal) == nullptr;
+                Signal* s = new Signal(name, internal, &m, wood);
+                if (first) {
+                    movers.push_back(s);
+                    originals[internal] = name;
+                }
+                EXPECT_EQ(m.getSignalManager()->getSignalRefByName(internal)->getOriginalName(), originals[internal]);
+                if (rng() % 2)
+                    s->setLocal();
+                if (rng() % 3 == 0)
+                    s->setValueType("int", &m);
+                signals.push_back(s);
+                break;
+            }
+            case 2:
+                if (!movers.empty())
+                    movers[rng() % movers.size()]->newOccurrence(wood, &m);
+                break;
+            case 3: {
+                // After the renaming the kept ref is the one of the new name.
+                new Signal("r_" + std::to_string(step), &m, wood);
+                Signal* s = new Signal("r@" + std::to_string(step), &m, wood);
+                expectRefsFound(s, &m, wood, "before renaming");
+                s->ReplaceAtCharacterInAllNames("_");
+                EXPECT_EQ(s->getOriginalName(), s->getInternalName());
+                signals.push_back(s);
+                break;
+            }
+            default:
+                if (!signals.empty()) {
+                    // Asked for in another module, the signal goes by that
+                    // module's refs, then back.
+                    Signal* s = signals[rng() % signals.size()];
+                    Signal* copy = s->copyInto(&m, wood, &other, other.getBddWood());
+                    EXPECT_EQ(s->getInitialOverBddId(&other, other.getBddWood()),
+                              copy->getInitialOverBddId(&other, other.getBddWood()));
+                }
+                break;
+            }
+            for (Signal* s : signals)
+                expectRefsFound(s, &m, wood, "seed " + std::to_string(seed) + " step " + std::to_string(step));
+        }
+    }
+}
+
+TEST(SignalFast, InlineFirstEntriesBehaveLikeMaps)
+{
+    std::mt19937 rng(3);
+    // Null is a wood like any other.
+    std::vector<Bddexpressionwood*> woods{nullptr};
+    for (std::size_t k = 1; k < 4; ++k)
+        woods.push_back(reinterpret_cast<Bddexpressionwood*>(k * 64));
+    for (int round = 0; round < 50; ++round) {
+        WoodMap<int> fast;
+        std::map<Bddexpressionwood*, int> plain;
+        for (int step = 0; step < 40; ++step) {
+            Bddexpressionwood* w = woods[rng() % woods.size()];
+            int v = static_cast<int>(rng() % 100);
+            switch (rng() % 4) {
+            case 0:
+                fast[w] = v;
+                plain[w] = v;
+                break;
+            case 1:
+                // Reading through [] makes the entry, also after an erase.
+                EXPECT_EQ(fast[w], plain[w]);
+                break;
+            case 2:
+                EXPECT_EQ(fast.insert(w, v), plain.emplace(w, v).second);
+                break;
+            default:
+                fast.erase(w);
+                plain.erase(w);
+                break;
+            }
+            EXPECT_EQ(fast.empty(), plain.empty());
+            for (Bddexpressionwood* probe : woods) {
+                auto o = plain.find(probe);
+                const int* got = fast.find(probe);
+                ASSERT_EQ(got != nullptr, o != plain.end());
+                if (got != nullptr) {
+                    EXPECT_EQ(*got, o->second);
+                }
+            }
+        }
+    }
+}
+
+struct Named {
+    std::string name;
+    const std::string& getName() const { return name; }
+};
+
+TEST(SignalFast, NameIndexAnswersLikeAHashMap)
+{
+    std::mt19937 rng(5);
+    std::vector<std::unique_ptr<Named>> made;
+    for (int round = 0; round < 20; ++round) {
+        NameIndex<Named, &Named::getName> index;
+        std::unordered_map<std::string, Named*> plain;
+        // Few names at first so that they collide, then many so that the
+        // table grows under them.
+        unsigned spread = round % 2 ? 30 : 3000;
+        for (int step = 0; step < 2000; ++step) {
+            made.push_back(std::make_unique<Named>(Named{"n" + std::to_string(rng() % spread)}));
+            Named* item = made.back().get();
+            switch (rng() % 5) {
+            case 0: {
+                // First wins.
+                auto entry = plain.emplace(item->name, item);
+                EXPECT_EQ(index.insert(item), entry.second ? nullptr : entry.first->second);
+                break;
+            }
+            case 1:
+                // Last wins.
+                plain[item->name] = item;
+                index.assign(item);
+                break;
+            case 2:
+                if (rng() % 50 == 0)
+                    index.reserve(rng() % 4000);
+                break;
+            default: {
+                auto it = plain.find(item->name);
+                EXPECT_EQ(index.find(item->name), it == plain.end() ? nullptr : it->second) << item->name;
+                break;
+            }
+            }
+            ASSERT_EQ(index.size(), plain.size());
+        }
+        std::set<Named*> seen;
+        index.for_each([&](Named* n) { seen.insert(n); });
+        std::set<Named*> want;
+        for (const auto& entry : plain)
+            want.insert(entry.second);
+        EXPECT_EQ(seen, want);
+        index.release();
+        EXPECT_EQ(index.find("n1"), nullptr);
+        EXPECT_TRUE(index.empty());
+    }
+}
+
+TEST(SignalFast, DeferredWoodTablesEndAsTheStepByStepOnes)
+{
+    for (unsigned seed = 1; seed <= 10; ++seed) {
+        std::mt19937 rng(seed);
+        Module plain("m");
+        Module deferred("m");
+        deferred.getSignalManager()->deferWoodTables(true);
+        std::vector<Signal*> plainSignals;
+        std::vector<Signal*> deferredSignals;
+        int count = 40 + static_cast<int>(rng() % 200);
+        for (int k = 0; k < count; ++k) {
+            std::string name = "s" + std::to_string(rng() % (count / 2 + 1));
+            if (rng() % 10 == 0) {
+                // A variable of the wood itself, possibly one a signal wants.
+                plain.getBddWood()->New_var_last("_v_" + name);
+                deferred.getBddWood()->New_var_last("_v_" + name);
+                continue;
+            }
+            plainSignals.push_back(new Signal(name, &plain, plain.getBddWood()));
+            deferredSignals.push_back(new Signal(name, &deferred, deferred.getBddWood()));
+        }
+        deferred.getSignalManager()->deferWoodTables(false);
+        Bddexpressionwood* a = plain.getBddWood();
+        Bddexpressionwood* b = deferred.getBddWood();
+        b->update_bdd_vars();
+        ASSERT_EQ(a->Nb_bdd_vars(), b->Nb_bdd_vars());
+        EXPECT_EQ(a->arrays_length, b->arrays_length);
+        for (long i = 0; i < a->Nb_bdd_vars(); i++) {
+            EXPECT_EQ(a->Name_var_by_index(i), b->Name_var_by_index(i));
+            EXPECT_EQ(b->exp_by_index(i), nullptr);
+            SignalRef* ra = plain.getSignalManager()->getSignalRefById(i, a);
+            SignalRef* rb = deferred.getSignalManager()->getSignalRefById(i, b);
+            ASSERT_EQ(ra == nullptr, rb == nullptr) << i;
+            if (ra != nullptr) {
+                EXPECT_EQ(ra->getCurrentName(), rb->getCurrentName());
+            }
+        }
+        for (std::size_t k = 0; k < plainSignals.size(); ++k) {
+            EXPECT_EQ(plainSignals[k]->getOverBddId(&plain, a), deferredSignals[k]->getOverBddId(&deferred, b));
+            EXPECT_EQ(plainSignals[k]->getUnderBddId(&plain, a), deferredSignals[k]->getUnderBddId(&deferred, b));
+        }
+    }
+}
+
+} // namespace
