@@ -8,8 +8,8 @@ ALL_TARGETS = -doc -esterel -lustre -nusmv -blif -c -csharp -vhdl -altera -syste
 
 # The executables a user runs (and the module generator the demo and the
 # benchmarks use); `make`, `make demo` and `make release` build these alone.
-EXECUTABLES ?= tarn bram zkcgen
-INSTALLED   ?= tarn bram
+EXECUTABLES ?= tarn bram mosk zkcgen
+INSTALLED   ?= tarn bram mosk
 # Examples whose C cannot compile by the generation rules (see the README).
 C_LITERAL_FAILURES = accu
 

@@ -9,6 +9,8 @@
 #include <ostream>
 #include <string>
 
+#include "zkc/zkc_input.h"
+
 class Module;
 
 // main's own flags, each at its own name. templateFlag is never set and
@@ -40,24 +42,11 @@ std::string tarn_help_banner(const std::string& version);
 // is none of the thirteen options, returns false and leaves it in `unknown`.
 bool tarn_read_options(int argc, char** argv, tarn_flags& flags, std::string& unknown);
 
-// Directory and base name of an input: cut at the first ".zkc" (with all
-// that follows), then split at the last "/"; "." when there is none.
-struct tarn_paths {
-    std::string dir;
-    std::string base;
+// tarn_paths and tarn_split_input_name, the naming of the input and of
+// every output, are the reader's as well.
 
-    // dir, separator, base, suffix: path("/", ".c"), path("/mosk_", ".cc").
-    std::string path(const char* separator, const char* suffix) const
-    {
-        return dir + separator + base + suffix;
-    }
-};
-tarn_paths tarn_split_input_name(std::string name);
-
-// Reads `file` with the scanner and parser; the log is file + ".log".
-// Returns the module read, or null. `parsed_ok` tells a successful parse
-// from a missing file or a syntax error, whose messages are written here.
-Module* parse(const std::string& file, std::string& suffix, bool* parsed_ok = nullptr);
+// parse(file, suffix, parsed_ok), the reading of one file, is the
+// reader's own (zkc/zkc_input.h).
 
 // The VHDL output goes through a temporary file, path + "_tmp", which is
 // left on disk: `generate` writes it with "vhdl_libs.inc" of the working

@@ -1,0 +1,185 @@
+// The data server's client: requests as the protocol spells them, one
+// reply each, "--" and silence as unknown values, over loopback with a
+// stand-in server written here; and mosk evaluating a valued module
+// through it, started either way the command allows.
+
+#include "sim/data_client.h"
+#include "tests/sim/mosk_agreement.h"
+
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <functional>
+#include <mutex>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using mosk_agreement::run_mosk_in;
+
+// A server of one client on 127.0.0.1: each read is one request, answered
+// by `answer` (an empty answer sends nothing). Every wait is bounded.
+class stand_in_server {
+public:
+    explicit stand_in_server(std::function<std::string(const std::string&)> answer) : answer(std::move(answer))
+    {
+        listener = ::socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in a{};
+        a.sin_family = AF_INET;
+        a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t len = sizeof a;
+        if (::bind(listener, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0 || ::listen(listener, 5) != 0 ||
+            ::getsockname(listener, reinterpret_cast<sockaddr*>(&a), &len) != 0)
+            ADD_FAILURE() << "no loopback socket";
+        port = std::to_string(ntohs(a.sin_port));
+        worker = std::thread([this] { serve(); });
+    }
+    ~stand_in_server()
+    {
+        worker.join();
+        ::close(listener);
+    }
+    std::vector<std::string> requests()
+    {
+        std::lock_guard<std::mutex> lock(guard);
+        return received;
+    }
+    std::string port;
+
+private:
+    void serve()
+    {
+        pollfd p{listener, POLLIN, 0};
+        if (::poll(&p, 1, 20000) != 1)
+            return;
+        int client = ::accept(listener, nullptr, nullptr);
+        for (;;) {
+            pollfd q{client, POLLIN, 0};
+            if (::poll(&q, 1, 20000) != 1)
+                break;
+            char buffer[1024];
+            long n = ::recv(client, buffer, sizeof buffer - 1, 0);
+            if (n <= 0)
+                break;
+            std::string request(buffer, static_cast<std::size_t>(n));
+            {
+                std::lock_guard<std::mutex> lock(guard);
+                received.push_back(request);
+            }
+            std::string reply = answer(request);
+            if (!reply.empty())
+                ::send(client, reply.data(), reply.size(), MSG_NOSIGNAL);
+        }
+        ::close(client);
+    }
+    std::function<std::string(const std::string&)> answer;
+    int listener;
+    std::thread worker;
+    std::mutex guard;
+    std::vector<std::string> received;
+};
+
+std::vector<std::string> fields(const std::string& request)
+{
+    std::vector<std::string> v;
+    std::stringstream in(request);
+    std::string f;
+    while (std::getline(in, f, ','))
+        v.push_back(f);
+    return v;
+}
+
+// What the server of the sum example answers: add_sat saturates.
+std::string sum_server(const std::string& request)
+{
+    std::vector<std::string> v = fields(request);
+    if (v.size() == 5 && v[0] == "MC" && v[1] == "add_sat")
+        return std::to_string(std::min(std::stol(v[2]) + std::stol(v[3]), std::stol(v[4])));
+    return "--";
+}
+
+TEST(DataClient, OneReplyPerRequestAndUnknownWhenThereIsNone)
+{
+    stand_in_server server([](const std::string& request) -> std::string {
+        if (request == "CONST,silent,")
+            return "";
+        if (request == "CONST,k,")
+            return "42";
+        return "--";
+    });
+    data_client client;
+    std::string error;
+    ASSERT_TRUE(client.connect("127.0.0.1", server.port, 3000, error)) << error;
+    EXPECT_EQ(client.ask("CONST,k,"), "42");
+    EXPECT_EQ(client.ask("BOP,1,integer, + ,x,integer,"), "--");
+    EXPECT_EQ(client.ask("CONST,silent,", 300), "--");
+    EXPECT_EQ(client.ask("CONST,k,"), "42");
+    client.close();
+    EXPECT_EQ(client.ask("CONST,k,"), "--");
+    EXPECT_EQ(server.requests(),
+              (std::vector<std::string>{"CONST,k,", "BOP,1,integer, + ,x,integer,", "CONST,silent,", "CONST,k,"}));
+}
+
+TEST(DataClient, RefusedConnexionIsAMessage)
+{
+    // A port just closed is a port where nobody listens.
+    int s = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in a{};
+    a.sin_family = AF_INET;
+    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t len = sizeof a;
+    ASSERT_EQ(::bind(s, reinterpret_cast<sockaddr*>(&a), sizeof a), 0);
+    ::getsockname(s, reinterpret_cast<sockaddr*>(&a), &len);
+    std::string port = std::to_string(ntohs(a.sin_port));
+    ::close(s);
+    data_client client;
+    std::string error;
+    EXPECT_FALSE(client.connect("127.0.0.1", port, 1000, error));
+    EXPECT_EQ(error, "cannot connect to the data server at 127.0.0.1 port " + port);
+    EXPECT_EQ(client.ask("CONST,k,"), "--");
+
+    scratch_dir dir;
+    c_reference::run("cp '" TARN_SOURCE_DIR "/examples/sum.zkc' '" + dir.path + "'");
+    tarn_output r = run_mosk_in(dir.path, {"sum.zkc", "127.0.0.1", port}, "inc(1)\n");
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "");
+    EXPECT_NE(r.err.find("mosk: cannot connect to the data server at 127.0.0.1 port " + port), std::string::npos);
+}
+
+// sum: total = add_sat(pre total, inc, limit) when inc is present. The
+// initial pre value is the module's constant zero; an absent total holds
+// its type's zero, which the module does not define, so that the sum is
+// unknown from then on and no request is sent on an unknown operand.
+TEST(DataClient, MoskEvaluatesTheValuedExampleThroughTheServer)
+{
+    for (bool positional : {false, true}) {
+        SCOPED_TRACE(positional ? "host and port" : "-server");
+        scratch_dir dir;
+        c_reference::run("cp '" TARN_SOURCE_DIR "/examples/sum.zkc' '" + dir.path + "'");
+        stand_in_server server(sum_server);
+        std::vector<std::string> args = {"sum.zkc"};
+        if (positional) {
+            args.push_back("127.0.0.1");
+            args.push_back(server.port);
+        } else {
+            args.push_back("-server");
+            args.push_back("127.0.0.1:" + server.port);
+        }
+        tarn_output r = run_mosk_in(dir.path, args, "inc(30)\ninc(50)\ninc(40)\n\ninc(5)\n");
+        EXPECT_EQ(r.status, 0) << r.err;
+        EXPECT_EQ(r.out, "total(30)\ntotal(80)\ntotal(100)\n\ntotal(?)\n");
+        EXPECT_EQ(server.requests(),
+                  (std::vector<std::string>{"MC,add_sat,0,30,100,", "MC,add_sat,30,50,100,", "MC,add_sat,80,40,100,"}));
+    }
+}
+
+} // namespace

@@ -1,0 +1,167 @@
+// The simulator against the module's C, reaction by reaction, on every
+// pure bundled example and on generated modules; the command's lines,
+// messages and statuses; the shape of the compiled program.
+
+#include "context/compilation.h"
+#include "model/module.h"
+#include "sim/reaction_engine.h"
+#include "tests/sim/mosk_agreement.h"
+#include "zkc/zkc_input.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using mosk_agreement::agree;
+using mosk_agreement::run_mosk_in;
+using c_reference::run;
+
+const std::string examples = TARN_SOURCE_DIR "/examples/";
+
+TEST(MoskAgreesWithC, PureExamples)
+{
+    for (const char* name : {"toggle", "shift", "watchdog", "blink"}) {
+        int changes = agree(name, examples + name + ".zkc", 0, 0, 17);
+        // blink's outputs are constant or a plain blink; the others must
+        // have moved under the trace.
+        EXPECT_GT(changes, 0) << name;
+    }
+}
+
+TEST(MoskAgreesWithC, TenGeneratedModules)
+{
+    for (int seed = 1; seed <= 10; ++seed) {
+        int changes = agree("gen" + std::to_string(seed), "", 40 + 30 * seed, seed, 1000 + seed);
+        EXPECT_GT(changes, 0) << "seed " << seed;
+    }
+}
+
+TEST(MoskCommand, PrintsOneLinePerReactionAndStopsAtTheFirstBadLine)
+{
+    scratch_dir s;
+    run("cp '" + examples + "toggle.zkc' '" + s.path + "'");
+    // toggle: q is the state, low at first, flipped by each t for the
+    // next reaction.
+    tarn_output r = run_mosk_in(s.path, {"toggle.zkc"}, "t\n\nt\nt\n");
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "\nq\nq\n\n");
+
+    // The suffix may be left out, as with tarn; the reactions may come
+    // from a file.
+    s.write("r.txt", "t\nt");
+    r = run_mosk_in(s.path, {"toggle", "-input", "r.txt"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "\nq\n");
+
+    // The lines before the bad one are answered, nothing after it.
+    r = run_mosk_in(s.path, {"toggle.zkc"}, "t\nt\nt q\nt\n");
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "\nq\n");
+    EXPECT_NE(r.err.find("mosk: <stdin>:3: 'q' is not an input of toggle\n"), std::string::npos) << r.err;
+    EXPECT_EQ(r.err.substr(r.err.find("mosk: <stdin>:3:")).find('\n'), r.err.substr(r.err.find("mosk: <stdin>:3:")).size() - 1);
+
+    s.write("bad.txt", "\nt(1)\n");
+    r = run_mosk_in(s.path, {"toggle.zkc", "-input", "bad.txt"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "\n");
+    EXPECT_NE(r.err.find("mosk: bad.txt:2: input 't' is pure and takes no value\n"), std::string::npos) << r.err;
+}
+
+TEST(MoskCommand, RefusesWhatItCannotRun)
+{
+    scratch_dir s;
+    run("cp '" + examples + "toggle.zkc' '" + s.path + "'");
+    struct refusal {
+        std::vector<std::string> args;
+        const char* message;
+    };
+    const refusal refusals[] = {
+        {{"missing.zkc"}, "FILE NOT FOUND !"},
+        {{}, "mosk: no module given"},
+        {{"toggle.zkc", "-nope"}, "mosk: unknown option '-nope'"},
+        {{"toggle.zkc", "-vcd"}, "mosk: option -vcd needs a value"},
+        {{"toggle.zkc", "host"}, "one word too many"},
+        {{"toggle.zkc", "localhost", "http"}, "mosk: the port 'http' is not a number"},
+        {{"toggle.zkc", "-server", "nowhere"}, "mosk: -server wants <host>:<port>, not 'nowhere'"},
+        {{"toggle.zkc", "-input", "absent.txt"}, "mosk: cannot read the reactions absent.txt"},
+        {{"toggle.zkc", "-vcd", "no/such/dir.vcd"}, "mosk: cannot write the dump no/such/dir.vcd"},
+    };
+    for (const refusal& x : refusals) {
+        tarn_output r = run_mosk_in(s.path, x.args, "t\n");
+        EXPECT_EQ(r.status, 1) << x.message;
+        EXPECT_EQ(r.out, "") << x.message;
+        EXPECT_NE(r.err.find(x.message), std::string::npos) << r.err;
+    }
+    tarn_output help = run_mosk_in(s.path, {"-h"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(help.out.find("usage: mosk <module>.zkc"), 0u);
+}
+
+// Reads and finalises an example in this process.
+Module* finalised(const std::string& name)
+{
+    testing::internal::CaptureStderr();
+    Compilation::GDataMethodTable = nullptr;
+    Compilation::GDataTypeTable = nullptr;
+    Compilation::GDataConstantTable = nullptr;
+    scratch_dir s;
+    run("cp '" + examples + name + ".zkc' '" + s.path + "'");
+    std::string suffix;
+    bool ok = false;
+    Module* m = parse(s.path + "/" + name + ".zkc", suffix, &ok);
+    if (ok && m != nullptr)
+        Module::finalize(m, 0);
+    testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(ok) << name;
+    return ok ? m : nullptr;
+}
+
+TEST(ReactionEngine, PureModulesRunStraightAndValuedOnesStopForTheirData)
+{
+    Module* toggle = finalised("toggle");
+    ASSERT_NE(toggle, nullptr);
+    reaction_engine e(toggle);
+    EXPECT_GT(e.step_count(), 0u);
+    EXPECT_EQ(e.hook_count(), 0u);
+    ASSERT_EQ(e.inputs().size(), 1u);
+    EXPECT_EQ(e.inputs()[0].name, "t");
+    // The boot register is shown among the locals.
+    bool boot = false;
+    for (const auto& l : e.locals())
+        boot = boot || l.name == "toggle_boot";
+    EXPECT_TRUE(boot);
+    // reset() goes back to the first reaction.
+    e.react({true}, {""});
+    EXPECT_FALSE(e.is_present(e.outputs()[0].var));
+    e.react({true}, {""});
+    EXPECT_TRUE(e.is_present(e.outputs()[0].var));
+    e.reset();
+    e.react({true}, {""});
+    EXPECT_FALSE(e.is_present(e.outputs()[0].var));
+
+    // sum: total takes inc's sum through its clock, which waits for data.
+    Module* sum = finalised("sum");
+    ASSERT_NE(sum, nullptr);
+    reaction_engine v(sum);
+    EXPECT_GE(v.hook_count(), 1u);
+    ASSERT_EQ(v.outputs().size(), 1u);
+    EXPECT_TRUE(v.outputs()[0].valued);
+    std::vector<std::string> asked;
+    v.set_data_source([&](const std::string& request) {
+        asked.push_back(request);
+        return std::string("7");
+    });
+    v.reset();
+    v.react({true}, {"30"});
+    EXPECT_EQ(v.value_of(v.outputs()[0]), "7");
+    // pre_total starts at the constant zero, known to the module: 0.
+    ASSERT_FALSE(asked.empty());
+    EXPECT_EQ(asked.back(), "MC,add_sat,0,30,100,");
+    v.react({true}, {"5"});
+    EXPECT_EQ(asked.back(), "MC,add_sat,7,5,100,");
+}
+
+} // namespace
