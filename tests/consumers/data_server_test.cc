@@ -6,7 +6,7 @@
 // then ends with status 0 once the stand-in closes the connexion.
 
 #include "data/data.h"
-#include "model/compilation.h"
+#include "context/compilation.h"
 #include "tests/consumers/c_reference.h"
 #include "tests/tarn_process.h"
 
