@@ -237,7 +237,7 @@ TEST(BramPrograms, RunAsTheirTracesSay)
             traces++;
         }
     }
-    EXPECT_GE(traces, 14);
+    EXPECT_GE(traces, 15);
 }
 
 TEST(BramPrograms, SameSourceSameBytes)
