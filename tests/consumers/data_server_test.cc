@@ -74,19 +74,8 @@ int main(int argc, char** argv)
 }
 )";
 
-// What every user of type integer writes: a check, both conversions.
-const char* integer_user = R"(#include <cstdlib>
-#include <string>
-typedef long integer;
-inline bool check_integer(const std::string& s)
-{
-    char* end = nullptr;
-    std::strtol(s.c_str(), &end, 10);
-    return !s.empty() && *end == '\0';
-}
-inline integer string_to_integer(const std::string& s) { return std::strtol(s.c_str(), nullptr, 10); }
-inline std::string integer_to_string(integer v) { return std::to_string(v); }
-)";
+// What every user of type integer writes, as shipped with the examples.
+const std::string integer_user = read_file(TARN_SOURCE_DIR "/examples/user/mosk_data_user_integer.h");
 
 // The user of type bool: string_to_bool is the server's own.
 const char* bool_user = R"(#include <string>

@@ -14,18 +14,8 @@ namespace {
 
 using c_reference::run;
 
-const char* integer_user = R"(#include <cstdlib>
-#include <string>
-typedef long integer;
-inline bool check_integer(const std::string& s)
-{
-    char* end = nullptr;
-    std::strtol(s.c_str(), &end, 10);
-    return !s.empty() && *end == '\0';
-}
-inline integer string_to_integer(const std::string& s) { return std::strtol(s.c_str(), nullptr, 10); }
-inline std::string integer_to_string(integer v) { return std::to_string(v); }
-)";
+// What every user of type integer writes, as shipped with the examples.
+const std::string integer_user = read_file(TARN_SOURCE_DIR "/examples/user/mosk_data_user_integer.h");
 
 // Builds the server of `module` and runs it on `reactions`; returns what
 // mosk printed, or skips when this build of tarn has no such target.
