@@ -6,12 +6,29 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
 
 const std::string golden = TARN_SOURCE_DIR "/tests/targets/golden/";
+
+// The first line where a text departs from its golden file, for a failure
+// message that names the place instead of printing both files.
+std::string first_difference(const std::string& got, const std::string& want)
+{
+    std::istringstream g(got), w(want);
+    std::string a, b;
+    for (int line = 1;; ++line) {
+        bool more_a = static_cast<bool>(std::getline(g, a)), more_b = static_cast<bool>(std::getline(w, b));
+        if (!more_a && !more_b)
+            return "texts differ in their last line end";
+        if (!more_a || !more_b || a != b)
+            return "line " + std::to_string(line) + ":\n  written: " + (more_a ? a : "<end>") +
+                   "\n  golden:  " + (more_b ? b : "<end>");
+    }
+}
 
 std::string module_text(const std::string& name)
 {
@@ -49,8 +66,11 @@ TEST(GoldenTexts, EveryGeneratorOnTheWorkedModuleAndExamples)
         args.insert(args.end(), c.options.begin(), c.options.end());
         tarn_output r = run_tarn_in(s.path, args);
         ASSERT_EQ(r.status, 0) << r.err;
-        for (const std::string& f : c.files)
-            EXPECT_EQ(read_file(s.path + "/" + f), read_file(golden + f)) << f;
+        for (const std::string& f : c.files) {
+            std::string written = read_file(s.path + "/" + f), expected = read_file(golden + f);
+            EXPECT_FALSE(expected.empty()) << "no golden " << f;
+            EXPECT_TRUE(written == expected) << f << " " << first_difference(written, expected);
+        }
     }
 }
 
