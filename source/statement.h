@@ -131,14 +131,15 @@ public:
     bool reincarnate() override { return true; }
 
     const std::string& getSignalName() const { return signalName; }
+    // The signal's equations take `condition`; a valued emission makes
+    // its carrier with the same condition. Automata and Mealy machines
+    // emit through it, once per action, without compiling the statement.
+    void emitWhen(Module* m, EquationTable* t, Expression* condition, bool initial);
 
 protected:
     Emit(const std::string& kind, Module* m, const std::string& signalName, DataExpr* value);
     // The checks of an emission of `value` (null: pure) on the signal.
     void checkEmission(const char* what);
-    // The signal's equations take `condition`; a valued emission makes
-    // its carrier with the same condition.
-    void emitWhen(Module* m, EquationTable* t, Expression* condition, bool initial);
 
     std::string signalName;
     DataExpr* value;
