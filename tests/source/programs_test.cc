@@ -5,6 +5,7 @@
 
 #include "tests/consumers/c_reference.h"
 #include "tests/source/bram_process.h"
+#include "tests/source/trace_check.h"
 
 #include <gtest/gtest.h>
 
@@ -19,89 +20,6 @@
 namespace {
 
 const std::string programs = TARN_SOURCE_DIR "/tests/source/programs";
-
-std::vector<std::string> files_with_suffix(const std::string& dir, const std::string& suffix)
-{
-    std::vector<std::string> names;
-    if (DIR* d = opendir(dir.c_str())) {
-        while (dirent* e = readdir(d)) {
-            std::string n = e->d_name;
-            if (n.size() > suffix.size() && n.compare(n.size() - suffix.size(), suffix.size(), suffix) == 0)
-                names.push_back(n.substr(0, n.size() - suffix.size()));
-        }
-        closedir(d);
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-bool exists(const std::string& path)
-{
-    struct stat st;
-    return stat(path.c_str(), &st) == 0;
-}
-
-std::vector<std::string> words(const std::string& text)
-{
-    std::istringstream in(text);
-    std::vector<std::string> w;
-    for (std::string x; in >> x;)
-        w.push_back(x);
-    return w;
-}
-
-// A trace file: "in:" and "out:" name the ports, each other line is
-// "inputs : outputs" for one reaction, "run" starts a new run from reset,
-// "#" a comment.
-struct expected_run {
-    c_reference::trace inputs;
-    std::vector<std::vector<int>> outputs;
-};
-struct trace_file {
-    std::vector<std::string> in, out;
-    std::vector<expected_run> runs;
-};
-
-trace_file read_trace(const std::string& path)
-{
-    trace_file t;
-    std::istringstream lines(read_file(path));
-    t.runs.emplace_back();
-    for (std::string line; std::getline(lines, line);) {
-        if (line.empty() || line[0] == '#')
-            continue;
-        if (line.rfind("in:", 0) == 0) {
-            t.in = words(line.substr(3));
-        } else if (line.rfind("out:", 0) == 0) {
-            t.out = words(line.substr(4));
-        } else if (line == "run") {
-            t.runs.emplace_back();
-        } else {
-            std::size_t colon = line.find(':');
-            std::vector<int> in, out;
-            for (auto& w : words(line.substr(0, colon)))
-                in.push_back(std::stoi(w));
-            for (auto& w : words(line.substr(colon + 1)))
-                out.push_back(std::stoi(w));
-            t.runs.back().inputs.push_back(in);
-            t.runs.back().outputs.push_back(out);
-        }
-    }
-    return t;
-}
-
-// Reorders one reaction's values from the trace's port order to the
-// prototype's.
-std::vector<int> reorder(const std::vector<int>& values, const std::vector<std::string>& from,
-                         const std::vector<std::string>& to)
-{
-    std::vector<int> r;
-    for (const std::string& name : to)
-        for (std::size_t i = 0; i < from.size(); ++i)
-            if (from[i] == name)
-                r.push_back(values[i]);
-    return r;
-}
 
 // The reaction's parameters of a module with valued ports: type, whether
 // it is an output (a pointer), and name, in order.
@@ -343,8 +261,6 @@ TEST(BramPrograms, RejectionsSayWhyAndLeaveNoFile)
         {"repeat too many", good + "module m: Output: o; repeat 5000 { pause } end\n", "count 5000 above 1000"},
         {"if on literals", good + "module m: Output: o; if 1 < 2 emit o end\n",
          "the condition of an if has no type"},
-        {"automaton", good + "module m: Output: o; automaton state: S; transition: initial-> S; end\n",
-         "statement \"automaton\" is not supported by this compiler"},
         {"deep condition", good + "module m: Input: a; Output: o; present a" + [] {
              std::string s;
              for (int i = 0; i < 1200; i++)
