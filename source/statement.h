@@ -203,21 +203,4 @@ protected:
     Expression* elseCondition(Expression* s) override;
 };
 
-// A statement of the grammar that this compiler does not translate: its
-// compile ends the process with a message naming it.
-class Unsupported : public Statement {
-public:
-    Unsupported(Module* m, const std::string& what, std::vector<Statement*> sons = {})
-        : Statement("Unsupported", m), what(what), children(std::move(sons)) {}
-    void createEquations(Module* m, EquationTable* t) override;
-    void compile(Module* m, EquationTable* t) override;
-    bool reincarnate() override { return false; }
-    std::vector<Statement*> sons() override { return children; }
-    Statement* duplicate(Module* m, EquationTable*) override { return new Unsupported(m, what, children); }
-
-private:
-    std::string what;
-    std::vector<Statement*> children;
-};
-
 #endif

@@ -167,6 +167,29 @@ TEST(BramAutomata, RunOfACompiledModule)
     EXPECT_NE(loop.err.find("detecting variables in a dependance cycle"), std::string::npos) << loop.err;
 }
 
+// A value trigger and a valued Mealy equation go through bindings: bram
+// writes them and tarn reads them back without a message.
+TEST(BramAutomata, ValuedTriggersAndEquationsReadBack)
+{
+    const std::string data = "data: Type: integer; end data\n";
+    for (const std::string& source :
+         {data + "module vt: Input: v : integer; Output: o;\n"
+                 "automaton state: S; state: T / o; transition: initial-> S; S [value: $v > 2] -> T;\nend\n",
+          data + "module vm: Input: a, v : integer; Output: w : integer;\n"
+                 "Mealy Machine w($v + 1) = a;\nend\n"}) {
+        SCOPED_TRACE(source);
+        scratch_dir s;
+        s.write("p.zk", source);
+        tarn_output b = run_bram_in(s.path, {"p.zk"});
+        ASSERT_EQ(b.status, 0) << b.err;
+        std::string module = files_with_suffix(s.path, ".zkc").at(0);
+        EXPECT_NE(read_file(s.path + "/" + module + ".zkc").find("binding:"), std::string::npos);
+        tarn_output t = run_tarn_in(s.path, {module + ".zkc", "-c"});
+        EXPECT_EQ(t.status, 0) << t.err;
+        EXPECT_EQ(t.err, "parsing terminated\n");
+    }
+}
+
 struct rejection {
     const char* what;
     std::string source;
