@@ -17,6 +17,10 @@ struct bench_result {
     double solutions;   /* satisfying assignments of the result */
 };
 
+/* Set (before a build) to build the exclusive-or out of and, or and not,
+   in the order tarn's package does, instead of with the library's own. */
+extern int buddy_decomposed;
+
 /* Parity of n variables, folded left to right with xor. */
 void buddy_parity(int n, struct bench_result* r);
 /* Sum bits and carry out of a + b on n bits, operands a0..an-1 before

@@ -16,7 +16,7 @@ echo "$command \\- $summary"
 echo ".SH DESCRIPTION"
 awk -v heading="## $heading" '
   function roff(s) {
-    gsub(/\\/, "\\\\", s)
+    gsub(/\\/, "\\e", s)
     while (match(s, /`[^`]*`/)) s = substr(s, 1, RSTART - 1) "\\fB" substr(s, RSTART + 1, RLENGTH - 2) "\\fR" substr(s, RSTART + RLENGTH)
     if (s ~ /^[.\x27]/) s = "\\&" s
     return s

@@ -3,6 +3,7 @@
 // scale tests.
 //
 //   zkcgen <equations> [seed] [module name]
+//   zkcgen --wide <locals> [module name]
 //
 // The module is pure (no valued signal). Its signals, in declaration order
 // (which is the file's variable numbering): inputs, outputs, locals (wires,
@@ -13,6 +14,11 @@
 // register states, pre signals and locals defined earlier, so the equations
 // are acyclic. Some locals copy another wire (chains of wires), some are
 // constant, the rest combine two or three earlier signals.
+//
+// With --wide, the module is one output that reads many locals, each the
+// and of two inputs of its own: o = l0 or l1 or ..., lk = a_k and b_k. Its
+// locals are eliminated one after the other into the output, so the nodes
+// created grow with the square of the locals.
 //
 // Right members are built with the decision-diagram package over variables
 // created in file order, and the node table is written as the writer does:
@@ -63,8 +69,15 @@ struct equation {
 
 class generator {
 public:
-    generator(long equations, std::uint64_t seed, std::string name)
-        : random_(seed), name_(std::move(name)) {
+    generator(long equations, std::uint64_t seed, std::string name, bool wide = false)
+        : random_(seed), name_(std::move(name)), wide_(wide) {
+        if (wide_) {
+            wires_ = equations;
+            inputs_ = 2 * equations;
+            outputs_ = 1;
+            registers_ = memorised_ = 0;
+            return;
+        }
         long signals = equations / 2 < 4 ? 4 : equations / 2;
         inputs_ = signals / 16 + 1;
         outputs_ = signals / 16 + 1;
@@ -76,13 +89,17 @@ public:
 
     void write(std::ostream& out) {
         declare();
-        define();
+        if (wide_)
+            define_wide();
+        else
+            define();
         put(out);
     }
 
 private:
     rng random_;
     std::string name_;
+    bool wide_;
     long inputs_, outputs_, registers_, memorised_, wires_;
     bddpp_manager manager_;
     std::vector<signal_decl> inputs, outputs, locals, pres;
@@ -214,6 +231,21 @@ private:
         for (const signal_decl& s : outputs) define_signal(s.over, from_cluster());
     }
 
+    void define_wide() {
+        bdd any = manager_.Bdd_zero();
+        for (long k = 0; k < wires_; ++k) {
+            bdd a = manager_.Bdd_var_by_id(inputs[2 * k].over);
+            bdd b = manager_.Bdd_var_by_id(inputs[2 * k + 1].over);
+            bdd both = manager_.Bdd_and(a, b);
+            equations.push_back({locals[k].over, both});
+            equations.push_back({locals[k].over + 1, manager_.Bdd_not(both)});
+            bdd local = manager_.Bdd_var_by_id(locals[k].over);
+            any = manager_.Bdd_or(any, local);
+        }
+        equations.push_back({outputs[0].over, any});
+        equations.push_back({outputs[0].over + 1, manager_.Bdd_not(any)});
+    }
+
     static void put_list(std::ostream& out, const char* keyword, const std::vector<signal_decl>& list) {
         if (list.empty()) return;
         out << keyword;
@@ -228,11 +260,13 @@ private:
         out << "local:";
         for (const signal_decl& s : locals) out << ' ' << s.name;
         out << ";\n";
-        out << "register:\n";
-        for (long k = 0; k < registers_; ++k)
-            out << locals[register_next[k]].name << ' ' << locals[register_actual[k]].name << ' '
-                << register_init[k] << ";\n";
-        out << '\n';
+        if (registers_ > 0) {
+            out << "register:\n";
+            for (long k = 0; k < registers_; ++k)
+                out << locals[register_next[k]].name << ' ' << locals[register_actual[k]].name << ' '
+                    << register_init[k] << ";\n";
+            out << '\n';
+        }
         if (memorised_ > 0) {
             out << "memorized:\n";
             for (long k = 0; k < memorised_; ++k)
@@ -286,8 +320,14 @@ private:
 
 int main(int argc, char** argv)
 {
-    if (argc < 2 || argc > 4) {
-        std::cerr << "usage: zkcgen <equations> [seed] [module name]\n";
+    bool wide = argc > 1 && std::string(argv[1]) == "--wide";
+    if (wide) {
+        --argc;
+        ++argv;
+    }
+    if (argc < 2 || argc > (wide ? 3 : 4)) {
+        std::cerr << "usage: zkcgen <equations> [seed] [module name]\n"
+                     "       zkcgen --wide <locals> [module name]\n";
         return 1;
     }
     char* end = nullptr;
@@ -296,10 +336,10 @@ int main(int argc, char** argv)
         std::cerr << "zkcgen: the number of equations must be a positive integer\n";
         return 1;
     }
-    std::uint64_t seed = argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 1;
-    std::string name = argc > 3 ? argv[3] : "gen";
+    std::uint64_t seed = !wide && argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 1;
+    std::string name = wide ? (argc > 2 ? argv[2] : "wide") : (argc > 3 ? argv[3] : "gen");
     std::ios::sync_with_stdio(false);
-    generator(equations, seed, name).write(std::cout);
+    generator(equations, seed, name, wide).write(std::cout);
     std::cout.flush();
     return std::cout ? 0 : 1;
 }
