@@ -1,6 +1,7 @@
 #include "source/run.h"
 
 #include "context/compilation.h"
+#include "data/data.h"
 #include "model/module.h"
 #include "signals/signal.h"
 #include "signals/signal_manager.h"
@@ -140,36 +141,37 @@ void Run::complementary_check_syntax()
     std::string head = "Run of module \"" + c.module + "\": ";
     std::map<std::string, std::string> actual;  // called module's name -> caller's
     for (auto& [a, x] : renaming) {
-        if (called->getInputSignal(x) == nullptr && called->getOutputSignal(x) == nullptr)
+        if (called->getInputSignal(x) == nullptr && called->getOutputSignal(x) == nullptr &&
+            called->getDataSignal(x) == nullptr)
             run_error(module, head + "signal \"" + x + "\" is neither an input nor an output of \"" + c.module + "\"");
         if (!actual.emplace(x, a).second)
             run_error(module, head + "signal \"" + x + "\" renamed twice");
     }
-    for (bool inputs : {true, false}) {
-        std::list<Signal*>* list = inputs ? called->getInputSignalList() : called->getOutputSignalList();
-        if (list == nullptr)
+    // Inputs and data signals read the caller's signal; outputs drive it.
+    // A valued signal meets a signal of the same type; a data signal, which
+    // may have no type written, at least a valued one.
+    std::list<Signal*>* lists[] = {called->getInputSignalList(), called->getDataSignalList(),
+                                   called->getOutputSignalList()};
+    for (int k = 0; k < 3; k++) {
+        if (lists[k] == nullptr)
             continue;
-        for (Signal* x : *list) {
+        for (Signal* x : *lists[k]) {
             auto found = actual.find(x->getOriginalName());
             std::string name = found != actual.end() ? found->second : x->getOriginalName();
             Signal* a = module->getSignal(name);
             if (a == nullptr)
                 run_error(module, head + "signal \"" + name + "\"  undefined !");
-            if (!inputs && (a->isInput() || a->isPre()))
+            if (k == 2 && (a->isInput() || a->isPre()))
                 run_error(module, head + "output \"" + x->getOriginalName() + "\" meets the input signal \"" +
                                       name + "\"");
             std::string given = type_of(a, module), declared_type = type_of(x, called);
-            if (given != declared_type)
+            bool untyped_data = k == 1 && declared_type == "pure";
+            if (untyped_data ? given == "pure" : given != declared_type)
                 run_error(module, head + "signal \"" + name + "\" typed by : \"" + given + "\"\n whereas \"" +
                                       x->getOriginalName() + "\" is declared with the type : \"" +
-                                      declared_type + "\"");
-            if (x->isValued(called))
-                run_error(module, head + "valued signal \"" + x->getOriginalName() +
-                                      "\": run links modules of pure signals only");
+                                      (untyped_data ? std::string("a value") : declared_type) + "\"");
         }
     }
-    if (called->getDataSignalList() != nullptr && !called->getDataSignalList()->empty())
-        run_error(module, head + "data signals: run links modules of pure signals only");
 }
 
 bool Run::reincarnate()
@@ -248,29 +250,46 @@ void Run::compile_with_preemption(Module* m, EquationTable* t, const bdd& preemp
         // Wires: the called module closed their wires already.
         s->setWire();
         m->addWireSignal(s);
+        if (x->isValued(called))
+            s->setValueType(x->getValueType(called), m);
         fresh[x] = s;
         link(x, s, false);
     }
-    if (std::list<Signal*>* inputs = called->getInputSignalList())
-        for (Signal* x : *inputs)
-            link(x, actual_of(x), true);
+    for (std::list<Signal*>* inputs : {called->getInputSignalList(), called->getDataSignalList()})
+        if (inputs != nullptr)
+            for (Signal* x : *inputs)
+                link(x, actual_of(x), true);
     link(called->getSet(), set, false);
     link(called->getReset(), reset, false);
     link(called->getRtl(), rtl, false);
     if (std::list<regclass*>* registers = called->getRegisterList())
         for (regclass* r : *registers)
             m->addRegisterSignal(fresh[r->actual_var()], fresh[r->next_var()], r->is_initialy_true());
+    // The signals the called module's values read or bind, by its names:
+    // its interface is the caller's signals, the rest this call's own.
+    std::map<std::string, Signal*> valued;
+    for (std::list<Signal*>* l :
+         {called->getInputSignalList(), called->getDataSignalList(), called->getOutputSignalList()})
+        if (l != nullptr)
+            for (Signal* x : *l)
+                valued[x->getOriginalName()] = actual_of(x);
+    if (std::list<Signal*>* locals = called->getLocalSignalList())
+        for (Signal* x : *locals)
+            valued[x->getOriginalName()] = fresh[x];
     // A memorised pair of the called module memorises the signal its
     // actual one became; the pre signal, as any, is in no list.
     for (memorizedSignal* p : pres) {
-            auto* pre = new Signal(p->getPre()->getInternalName() + tag, m, wood);
-            pre->setPre();
-            pre->setInput();
-            link(p->getPre(), pre, false);
-            Signal* of = p->getActual();
-            Signal* target = of == nullptr ? nullptr : of->isInput() ? actual_of(of) : fresh[of];
-            m->addPreSignal(pre, target, p->getInitialValue());
-        }
+        auto* pre = new Signal(p->getPre()->getInternalName() + tag, m, wood);
+        pre->setPre();
+        pre->setInput();
+        link(p->getPre(), pre, false);
+        if (p->getPre()->isValued(called))
+            pre->setValueType(p->getPre()->getValueType(called), m);
+        valued[p->getPre()->getOriginalName()] = pre;
+        Signal* of = p->getActual();
+        Signal* target = of == nullptr ? nullptr : of->isInput() ? actual_of(of) : fresh[of];
+        m->addPreSignal(pre, target, p->getInitialValue());
+    }
     // Anything else the called wood names stays its own.
     bddpp_manager* source = from->my_bdd_manager();
     for (long i = 0; i < source->variables_number; i++) {
@@ -279,6 +298,13 @@ void Run::compile_with_preemption(Module* m, EquationTable* t, const bdd& preemp
             target = source->Name_var_by_index(i) + tag;
     }
     wood->Include_wood_instance(*from, names);
+    // Its values: each binding over this call's signals. A value an output
+    // carries is the caller's signal's value.
+    if (std::map<std::string, DataBinding*>* table = called->getDataTable())
+        for (auto& entry : *table) {
+            DataBinding* b = entry.second->instanciate(nullptr, &valued, m);
+            m->addSignalBinding(b->getValue(), b->getSignal(), b->getClock());
+        }
 
     // The called module's emissions join the caller's signals.
     bdd kept = manager->Bdd_not(preemption);

@@ -17,7 +17,15 @@ struct traced {
     std::string source;  // every module of it compiles
     std::string module;  // the one the trace is about
     std::string trace;   // as in the trace files of programs/
+    std::string user = "";  // C of the user's data, for valued ports
 };
+
+const std::string examples_user = TARN_SOURCE_DIR "/examples/user";
+const std::string integers = "data: Type: integer; Constant: integer one := 1; end data\n";
+const std::string zero = "#include \"C_data_user_integer.h\"\nconst integer zero_integer = 0;\n";
+// One reaction after it starts, each i gives o: i plus one, or i itself.
+const std::string add = "module add: Input: i : integer; Output: o : integer; loop { wait i >> emit o($i + one) } end\n";
+const std::string pass = "module pass: Input: i : integer; Output: o : integer; loop { wait i >> emit o($i) } end\n";
 
 // A module that emits b in every reaction, and one that ends one reaction
 // after it starts.
@@ -86,6 +94,24 @@ const std::vector<traced> cases = {
      "module pair: Input: a, b; Output: ta, tb;\n run second [a\\i, ta\\t] || run second [b\\i, tb\\t]\nend\n",
      "pair",
      "in: a b\nout: ta tb\n0 0 : 0 0\n1 0 : 0 0\n1 1 : 1 0\n0 1 : 0 1\n1 0 : 0 0\n1 0 : 1 0\n"},
+    {"a valued module run twice: each call reads its own input's value and gives its own output's",
+     integers + add + "module sums: Input: a : integer, b : integer; Output: x : integer, y : integer;\n"
+                      " run add [a\\i, x\\o] || run add [b\\i, y\\o]\nend\n",
+     "sums",
+     "in: a a_val b b_val\nout: x x_val y y_val\n"
+     "1 5 1 7 : 0 0 0 0\n1 5 0 0 : 1 6 0 0\n0 0 1 -3 : 0 0 1 -2\n1 10 1 20 : 1 11 1 21\n0 0 0 0 : 0 0 0 0\n",
+     zero},
+    {"values through a local between two calls and a pass-on module inside an automaton state",
+     integers + add + pass +
+         "module gate: Input: a : integer, go; Output: l : integer;\n"
+         "automaton state: Idle; state: On run pass [a\\i, l\\o]; transition: initial-> Idle; Idle [go] -> On;\nend\n"
+         "module chain: Input: a : integer, go; Output: x : integer; Local: l : integer;\n"
+         " run gate || run add [l\\i, x\\o]\nend\n",
+     "chain",
+     // On from reaction 2; from reaction 3 pass hands a on to l, and add
+     // gives l plus one in the same reaction.
+     "in: a a_val go\nout: x x_val\n1 1 0 : 0 0\n1 2 1 : 0 0\n1 3 0 : 1 4\n1 4 0 : 1 5\n0 0 0 : 0 0\n",
+     zero},
     {"a Mealy machine counts modulo 4",
      "module mod4: Input: tick; Output: b0, b1, wrap;\n"
      "Mealy Machine Register: r0 : 0 : n0, r1 : 0 : n1;\n"
@@ -110,7 +136,7 @@ TEST(BramAutomata, RunAsTheirTracesSay)
         tarn_output b = run_bram_in(s.path, {"p.zk"});
         ASSERT_EQ(b.status, 0) << b.err;
         EXPECT_EQ(b.err, "");
-        expect_trace(s, c.module, parse_trace(c.trace));
+        expect_trace(s, c.module, parse_trace(c.trace), c.user, examples_user);
     }
 }
 
