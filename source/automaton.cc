@@ -261,7 +261,43 @@ void Automaton::createEquations(Module* m, EquationTable* t)
     }
 
     // The modules the states run; a strong transition leaving the state
-    // takes back their emissions of that reaction.
+    // takes back their emissions of that reaction. A state that one of its
+    // own transitions enters again runs two copies of its module: the
+    // re-entry kills the live copy and starts the other one afresh in the
+    // same reaction, as a loop runs two copies of a body that can end and
+    // start again at once. The register `live` says which copy runs.
+    // `done` remembers a module that ended in the reaction its state was
+    // entered, so that the normal termination fires in the next reaction.
+    auto nextEquation = [&](Signal* next, const bdd& f) {
+        std::string nextName = next->getName(m, wood);
+        new Bddexpression(nextName, wood, next->getOverBdd(m, wood), f, 0, 0, Compilation::SREG);
+        new Bddexpression(nextName, wood, next->getUnderBdd(m, wood), b->Bdd_not(f), 0, 0, Compilation::VREG);
+    };
+    auto holds = [&](Signal* wire) {
+        return b->Bdd_and(wire->getOverBdd(m, wood), b->Bdd_not(wire->getUnderBdd(m, wood)));
+    };
+    struct Running {
+        std::vector<Run*> copies;
+        Signal* live = nullptr;
+        Signal* liveNext = nullptr;
+        Signal* done = nullptr;
+        Signal* doneNext = nullptr;
+    };
+    std::map<State*, Running> running;
+    auto liveOf = [&](Running& r, std::size_t k) {
+        if (r.live == nullptr)
+            return b->Bdd_one();
+        bdd l = r.live->getOverBdd(m, wood);
+        return k == 1 ? l : b->Bdd_not(l);
+    };
+    // The module has ended in this reaction, in the copy that was running
+    // before it.
+    auto ended = [&](Running& r) {
+        bdd e = b->Bdd_zero();
+        for (std::size_t k = 0; k < r.copies.size(); k++)
+            e = b->Bdd_or(e, b->Bdd_and(liveOf(r, k), holds(r.copies[k]->getRtl())));
+        return e;
+    };
     for (State* s : states) {
         Run* run = s->getRunModule();
         if (run == nullptr)
@@ -278,7 +314,26 @@ void Automaton::createEquations(Module* m, EquationTable* t)
                 gathered = b->Bdd_or(gathered, tr->triggerable_bdd(m));
             }
         }
-        run->compile_with_preemption(m, t, b->Bdd_and(minterm(s->getId()), strong[s->getName()]));
+        Running& r = running[s];
+        r.copies.push_back(run);
+        bool reentered = false, normal = false;
+        for (Transition* tr : transitions) {
+            if (tr->isInitial() || tr->getSource() != s->getName())
+                continue;
+            reentered = reentered || tr->getTarget() == s->getName();
+            normal = normal || tr->getType() == Transition::NORMAL_TERMINATION;
+        }
+        if (reentered) {
+            r.copies.push_back(static_cast<Run*>(run->duplicate(m, t)));
+            createRegister(m, t, free_name(m, "live" + name + "_" + s->getName()),
+                           free_name(m, "livenext" + name + "_" + s->getName()), r.live, r.liveNext);
+        }
+        if (normal)
+            createRegister(m, t, free_name(m, "done" + name + "_" + s->getName()),
+                           free_name(m, "donenext" + name + "_" + s->getName()), r.done, r.doneNext);
+        for (std::size_t k = 0; k < r.copies.size(); k++)
+            r.copies[k]->compile_with_preemption(
+                m, t, b->Bdd_and(b->Bdd_and(minterm(s->getId()), strong[s->getName()]), liveOf(r, k)));
     }
 
     Emissions emissions(b);
@@ -309,9 +364,9 @@ void Automaton::createEquations(Module* m, EquationTable* t)
                     std::cerr << text << std::endl;
                     c = b->Bdd_zero();
                 } else {
-                    Signal* done = source->getRunModule()->getRtl();
-                    bdd ended = b->Bdd_and(done->getOverBdd(m, wood), b->Bdd_not(done->getUnderBdd(m, wood)));
-                    c = b->Bdd_and(b->Bdd_and(here, ended),
+                    Running& r = running[source];
+                    bdd end = b->Bdd_or(ended(r), r.done->getOverBdd(m, wood));
+                    c = b->Bdd_and(b->Bdd_and(here, end),
                                    b->Bdd_not(b->Bdd_or(preempt, weak[source->getName()])));
                 }
                 break;
@@ -351,31 +406,41 @@ void Automaton::createEquations(Module* m, EquationTable* t)
         stay = b->Bdd_and(stay, b->Bdd_not(kill));
         code(s->getId(), stay);
     }
-    for (int i = 0; i < bits; i++) {
-        bdd f = b->Bdd_simplify2(setbit[i], clearbit[i]);
-        std::string nextName = nextSignal[i]->getName(m, wood);
-        new Bddexpression(nextName, wood, nextSignal[i]->getOverBdd(m, wood), f, 0, 0, Compilation::SREG);
-        new Bddexpression(nextName, wood, nextSignal[i]->getUnderBdd(m, wood), b->Bdd_not(f), 0, 0,
-                          Compilation::VREG);
-    }
+    for (int i = 0; i < bits; i++)
+        nextEquation(nextSignal[i], b->Bdd_simplify2(setbit[i], clearbit[i]));
     for (State* s : states)
         for (Emit* e : s->getMooreActions())
             emissions.add(e, b->Minterm(s->getId(), bits, next.data()));
 
     // The runs start on entering their state and are killed on leaving it
-    // (or with the automaton).
+    // (or with the automaton); on a re-entry the copy that was not running
+    // starts.
     for (State* s : states) {
-        Run* run = s->getRunModule();
-        if (run == nullptr)
+        if (running.count(s) == 0)
             continue;
+        Running& r = running[s];
         bdd here = minterm(s->getId());
         bdd killed = b->Bdd_and(here, kill);
         for (Transition* tr : transitions)
             if (!tr->isInitial() && tr->getSource() == s->getName() && tr->getType() != Transition::NORMAL_TERMINATION)
                 killed = b->Bdd_or(killed, b->Bdd_and(here, tr->triggerable_bdd(m)));
-        bdd started = runStart.count(s) != 0 ? runStart[s] : b->Bdd_zero();
-        t->createEquation(run->getSet(), new WiresExpression(started, b->Bdd_not(started)), m);
-        t->createEquation(run->getReset(), new WiresExpression(killed, b->Bdd_not(killed)), m);
+        bdd entered = runStart.count(s) != 0 ? runStart[s] : b->Bdd_zero();
+        bdd endsAtOnce = b->Bdd_zero();
+        for (std::size_t k = 0; k < r.copies.size(); k++) {
+            Run* run = r.copies[k];
+            bdd started = r.live == nullptr ? entered : b->Bdd_and(entered, b->Bdd_not(liveOf(r, k)));
+            bdd stopped = b->Bdd_and(killed, liveOf(r, k));
+            t->createEquation(run->getSet(), new WiresExpression(started, b->Bdd_not(started)), m);
+            t->createEquation(run->getReset(), new WiresExpression(stopped, b->Bdd_not(stopped)), m);
+            endsAtOnce = b->Bdd_or(endsAtOnce, b->Bdd_and(started, holds(run->getRtl())));
+        }
+        if (r.live != nullptr) {
+            bdd live = r.live->getOverBdd(m, wood);
+            nextEquation(r.liveNext, b->Bdd_or(b->Bdd_and(live, b->Bdd_not(entered)),
+                                               b->Bdd_and(b->Bdd_not(live), entered)));
+        }
+        if (r.done != nullptr)
+            nextEquation(r.doneNext, b->Bdd_and(endsAtOnce, b->Bdd_not(kill)));
     }
     t->createEquation(rtl, new WiresExpression(ending, b->Bdd_not(ending)), m);
     emissions.emit(m, t);

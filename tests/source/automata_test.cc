@@ -27,10 +27,11 @@ const std::string zero = "#include \"C_data_user_integer.h\"\nconst integer zero
 const std::string add = "module add: Input: i : integer; Output: o : integer; loop { wait i >> emit o($i + one) } end\n";
 const std::string pass = "module pass: Input: i : integer; Output: o : integer; loop { wait i >> emit o($i) } end\n";
 
-// A module that emits b in every reaction, and one that ends one reaction
-// after it starts.
+// A module that emits b in every reaction, and two that end one and two
+// reactions after they start.
 const std::string beat = "module beat: Output: b; loop { emit b >> pause } end\n";
 const std::string once = "module once: Output: d; pause >> emit d end\n";
+const std::string twice = "module twice: Output: d; pause >> pause >> emit d end\n";
 
 const std::vector<traced> cases = {
     {"two states: entered by the initial transition, kept while nothing leaves",
@@ -89,6 +90,28 @@ const std::vector<traced> cases = {
             "automaton state: P run once; state: Q / q; transition: initial-> P; P normalterm-> Q;\nend\n",
      "after",
      "in:\nout: d q\n: 0 0\n: 1 1\n: 0 1\n"},
+    {"a state entered again restarts its module: killed, then started afresh in the same reaction",
+     twice + "module again: Input: s, w; Output: d;\n"
+             "automaton state: P run twice; transition: initial-> P; P [s] strong-> P; P [w] weak-> P;\nend\n",
+     "again",
+     // Strong in reaction 2: d two reactions after, in 4.
+     "in: s w\nout: d\n0 0 : 0\n1 0 : 0\n0 0 : 0\n0 0 : 1\n0 0 : 0\n"
+     // Weak in reaction 3 keeps the old copy's d and starts the new one.
+     "run\nin: s w\nout: d\n0 0 : 0\n0 0 : 0\n0 1 : 1\n0 0 : 0\n0 0 : 1\n"
+     // Strong in reaction 3 takes it back.
+     "run\nin: s w\nout: d\n0 0 : 0\n0 0 : 0\n1 0 : 0\n0 0 : 0\n0 0 : 1\n"},
+    {"a normal termination back to its own state runs the module again",
+     twice + "module rerun: Output: d;\n"
+             "automaton state: P run twice; transition: initial-> P; P normalterm-> P;\nend\n",
+     "rerun",
+     "in:\nout: d\n: 0\n: 0\n: 1\n: 0\n: 1\n: 0\n: 1\n"},
+    {"a module that ends in the reaction its state is entered: the normal termination follows in the next",
+     "module now: Output: d; emit d end\n"
+     "module quickly: Input: a; Output: d, q;\n"
+     "automaton state: S; state: P run now; state: Q / q;\n"
+     "transition: initial-> S; S [a] -> P; P normalterm-> Q;\nend\n",
+     "quickly",
+     "in: a\nout: d q\n0 : 0 0\n1 : 1 0\n0 : 0 1\n0 : 0 1\n"},
     {"one module run twice in parallel: each call has state of its own",
      "module second: Input: i; Output: t; loop { wait i >> wait i >> emit t } end\n"
      "module pair: Input: a, b; Output: ta, tb;\n run second [a\\i, ta\\t] || run second [b\\i, tb\\t]\nend\n",
