@@ -277,7 +277,8 @@ void Run::compile_with_preemption(Module* m, EquationTable* t, const bdd& preemp
         for (Signal* x : *locals)
             valued[x->getOriginalName()] = fresh[x];
     // A memorised pair of the called module memorises the signal its
-    // actual one became; the pre signal, as any, is in no list.
+    // actual one became: the caller's for an interface signal, whose value
+    // the caller's signal carries. The pre signal, as any, is in no list.
     for (memorizedSignal* p : pres) {
         auto* pre = new Signal(p->getPre()->getInternalName() + tag, m, wood);
         pre->setPre();
@@ -287,7 +288,7 @@ void Run::compile_with_preemption(Module* m, EquationTable* t, const bdd& preemp
             pre->setValueType(p->getPre()->getValueType(called), m);
         valued[p->getPre()->getOriginalName()] = pre;
         Signal* of = p->getActual();
-        Signal* target = of == nullptr ? nullptr : of->isInput() ? actual_of(of) : fresh[of];
+        Signal* target = of == nullptr ? nullptr : of->isInput() || of->isOutput() ? actual_of(of) : fresh[of];
         m->addPreSignal(pre, target, p->getInitialValue());
     }
     // Anything else the called wood names stays its own.

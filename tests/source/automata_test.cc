@@ -124,6 +124,14 @@ const std::vector<traced> cases = {
      "in: a a_val b b_val\nout: x x_val y y_val\n"
      "1 5 1 7 : 0 0 0 0\n1 5 0 0 : 1 6 0 0\n0 0 1 -3 : 0 0 1 -2\n1 10 1 20 : 1 11 1 21\n0 0 0 0 : 0 0 0 0\n",
      zero},
+    {"a called module's memorised output: each call sums its own input on its own output",
+     integers + "module cnt: Input: i : integer; Output: o : integer; Pre: po : o;\n"
+                " loop { emit o($po + $i) >> pause }\nend\n"
+                "module sums2: Input: a : integer, b : integer; Output: x : integer, y : integer;\n"
+                " run cnt [a\\i, x\\o] || run cnt [b\\i, y\\o]\nend\n",
+     "sums2",
+     "in: a a_val b b_val\nout: x x_val y y_val\n1 2 1 10 : 1 2 1 10\n1 3 0 0 : 1 5 1 10\n0 0 1 1 : 1 5 1 11\n",
+     zero},
     {"values through a local between two calls and a pass-on module inside an automaton state",
      integers + add + pass +
          "module gate: Input: a : integer, go; Output: l : integer;\n"
