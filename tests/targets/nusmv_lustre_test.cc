@@ -1,6 +1,6 @@
-// The NuSMV and Lustre files: whole texts of the worked module and of two
-// bundled examples, the driver's order, and definitions against uses over
-// every example and a sample of generated modules.
+// The NuSMV and Lustre files beyond their golden texts: definitions against
+// uses over every example and a sample of generated modules, and the forms
+// that finalised modules do not reach.
 #include "builder.h"
 #include "smv_lustre_check.h"
 #include "smv_lustre_run.h"
@@ -11,36 +11,6 @@
 namespace {
 
 const std::string golden = TARN_SOURCE_DIR "/tests/targets/golden/";
-
-TEST(NusmvLustre, WholeTextsOfTheWorkedModuleAndTwoExamples)
-{
-    struct {
-        const char* name;
-        std::string zkc;
-    } cases[] = {{"m", worked_module_text},
-                 {"shift", read_file(smv_lustre_examples + "shift.zkc")},
-                 {"peak", read_file(smv_lustre_examples + "peak.zkc")}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        both_texts t = generate_both(c.name, c.zkc);
-        EXPECT_EQ(t.smv, read_file(golden + c.name + ".smv"));
-        EXPECT_EQ(t.lus, read_file(golden + c.name + ".lus"));
-    }
-}
-
-TEST(NusmvLustre, AnnouncedInTheDriversOrderAndTheWiresFlagChangesNoText)
-{
-    scratch_dir dir;
-    dir.write("m.zkc", worked_module_text);
-    tarn_output run = run_tarn_in(dir.path, {"m.zkc", "-blif", "-nusmv", "-lustre"});
-    ASSERT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(run.out.substr(0, run.out.find("compilation finished")),
-              "generation of ./m.log\ngeneration of ./m.lus\ngeneration of ./m.smv\ngeneration of ./m.blif\n");
-    std::string smv = read_file(dir.path + "/m.smv");
-    run = run_tarn_in(dir.path, {"m.zkc", "-nusmv", "-no_suppress_wires"});
-    ASSERT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(read_file(dir.path + "/m.smv"), smv);
-}
 
 // Each rule that leaves a name undefined is met where the example says.
 TEST(NusmvLustre, EveryExampleDefinesWhatItReads)
