@@ -90,21 +90,24 @@ test-sanitize: deps
 	  ctest --output-on-failure -j $(JOBS) --timeout 1200 -LE long
 
 # Every fuzz target of the tree (a fuzz/ folder beside each reader) for
-# FUZZ_TIME seconds each, from the corpus kept beside it; what is found
-# lands in $(BUILD)-fuzz/runs/<target>/.
+# FUZZ_TIME seconds each, from the corpus kept beside it; the whole log and
+# what is found land in $(BUILD)-fuzz/runs/<target>/, and the coverage at
+# the start and the end, the figures and any finding are printed.
 FUZZ_TIME ?= 60
 fuzz: deps
 	CC=clang CXX=clang++ cmake -S . -B $(BUILD)-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTARN_FUZZ=ON
 	cmake --build $(BUILD)-fuzz -j $(JOBS) $$(cmake --build $(BUILD)-fuzz --target help | sed -n 's/^\.\.\. \([a-z_]*_fuzz\)$$/--target \1/p')
-	@set -e; for f in $(BUILD)-fuzz/fuzz/*/*_fuzz; do \
+	@set -e; found=0; for f in $(BUILD)-fuzz/fuzz/*/*_fuzz; do \
 	  name=$$(basename $$f); src=$$(basename $$(dirname $$f))/fuzz; \
 	  run=$(BUILD)-fuzz/runs/$$name; mkdir -p $$run/corpus; \
 	  cp -n $$src/corpus/* $$run/corpus/ 2>/dev/null || true; \
 	  dict=""; for d in $$src/*.dict; do [ -f $$d ] && dict="-dict=$$d"; done; \
 	  echo "== $$name for $(FUZZ_TIME) s"; \
 	  ( cd $$run && ASAN_OPTIONS=detect_leaks=0 $(CURDIR)/$$f corpus $$(echo $$dict | sed 's|=|=$(CURDIR)/|') \
-	      -max_total_time=$(FUZZ_TIME) -timeout=10 -rss_limit_mb=4096 -print_final_stats=1 ) 2>&1 | tail -15; \
-	done
+	      -max_total_time=$(FUZZ_TIME) -timeout=10 -rss_limit_mb=4096 -print_final_stats=1 ) > $$run/fuzz.log 2>&1 || true; \
+	  grep -E '^#[0-9]+ *(INITED|DONE)|^Done|^stat::|^==[0-9]+==|^SUMMARY' $$run/fuzz.log; \
+	  if ls $$run | grep -E '^(crash|timeout|leak|oom|slow-unit)-'; then echo "$$name: findings in $$run"; found=1; fi; \
+	done; exit $$found
 
 release: deps
 	cmake -S . -B $(BUILD)-release -DCMAKE_BUILD_TYPE=Release
