@@ -20,8 +20,11 @@ all: executables
 deps:
 	bash scripts/install-deps
 
+# A build folder keeps the configuration it was made with (the sanitizer
+# folder stays one when its tests install from it).
 configure: deps
-	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	@if [ -f $(BUILD)/CMakeCache.txt ]; then cmake -S . -B $(BUILD) > /dev/null; \
+	else cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo; fi
 
 executables: configure
 	cmake --build $(BUILD) -j $(JOBS) $(addprefix --target ,$(EXECUTABLES))

@@ -3,6 +3,7 @@
 
 #include "bdd/bddpp.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <sstream>
@@ -63,11 +64,21 @@ void bddpp_manager::Bdd_sop_1(const bdd& f, std::list<bdd>& cover)
     Bdd_sop_0(f, first);
 
     std::vector<bdd> cubes;
-    std::vector<int> present(variables_number > 0 ? variables_number : 1);
+    std::vector<int> present(plain_operators && variables_number > 0 ? variables_number : 1);
+    std::vector<long> indices;
     for (bdd c : first) {
-        Present_variables(c, present.data());
-        for (long i = 0; i < variables_number; ++i) {
-            if (!present[i]) continue;
+        // The indices the cube reads, increasing: from its support, or, in
+        // the plain form, from the whole table.
+        indices.clear();
+        if (plain_operators) {
+            Present_variables(c, present.data());
+            for (long i = 0; i < variables_number; ++i)
+                if (present[i]) indices.push_back(i);
+        } else {
+            for (long id : set_of_id_depend_on(c)) indices.push_back(index_by_id[id]);
+            std::sort(indices.begin(), indices.end());
+        }
+        for (long i : indices) {
             bdd variable = Bdd_var_by_index(i);
             bdd e = Bdd_exist(c, variable);
             bdd reduced = Bdd_reduce(f, e);
@@ -201,18 +212,26 @@ std::string bddpp_manager::Print_product_to_String_pref_suff(const std::string& 
 {
     if (Bdd_is_zero_tautologic(cube)) return "0";
     if (Bdd_is_one_tautologic(cube)) return "1";
-    std::vector<int> literals(variables_number > 0 ? variables_number : 1);
-    Bdd_to_literals(cube, literals.data());
     std::string text;
     bool first = true;
-    for (long i = 0; i < variables_number; ++i) {
-        if (literals[i] == 2) continue;
+    auto put = [&](long i, int literal) {
         if (!first) text += and_word;
         first = false;
-        if (literals[i] == 0) text += not_open;
+        if (literal == 0) text += not_open;
         text += prefix + var_names[id_by_index[i]] + suffix;
-        if (literals[i] == 0) text += not_close;
+        if (literal == 0) text += not_close;
+    };
+    if (plain_operators) {
+        std::vector<int> literals(variables_number > 0 ? variables_number : 1);
+        Bdd_to_literals(cube, literals.data());
+        for (long i = 0; i < variables_number; ++i)
+            if (literals[i] != 2) put(i, literals[i]);
+        return text;
     }
+    // The cube's own path gives the same literals in the same order.
+    std::vector<std::pair<long, int>> literals;
+    Cube_literal_list(cube, literals);
+    for (const auto& literal : literals) put(literal.first, literal.second);
     return text;
 }
 

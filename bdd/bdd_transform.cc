@@ -6,6 +6,7 @@
 #include "bdd/bddpp.h"
 #include "bdd/bdd_transform_walk.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
@@ -511,7 +512,12 @@ int bddpp_manager::Bdd_eval_for_literal(const bdd& f, int* literals)
 
 // Slots written in a branch that failed stay written: the cube may carry
 // literals off the path that was kept, which only makes it smaller.
-bool bddpp_manager::Bdd_OneSat(bdd_node* f, int link, int* literals)
+namespace {
+
+// The depth-first search for a path to one, then side first; `set` is told
+// each literal as the walk takes it.
+template <class Set>
+bool one_sat_walk(const bddpp_manager& m, bdd_node* f, int link, Set set)
 {
     std::vector<Linked> tried_then; // nodes whose then side is being tried
     bdd_node* n = f;
@@ -521,27 +527,63 @@ bool bddpp_manager::Bdd_OneSat(bdd_node* f, int link, int* literals)
             std::cerr << "ERROR: call bddpp_manager::Bdd_OneSat() with null reference" << std::endl;
             std::exit(1);
         }
-        if (n == one) {
+        if (n == m.one) {
             if (l == 1) return true;
             if (tried_then.empty()) return false;
             Linked back = tried_then.back();
             tried_then.pop_back();
-            literals[Node_index(back.node)] = 0;
+            set(m.Node_index(back.node), 0);
             l = back.link * back.node->else_link_type;
             n = back.node->else_node;
             continue;
         }
-        literals[Node_index(n)] = 1;
+        set(m.Node_index(n), 1);
         tried_then.push_back(Linked{l, n});
         n = n->then_node;
     }
 }
 
+} // namespace
+
+// Slots written in a branch that failed stay written: the cube may carry
+// literals off the path that was kept, which only makes it smaller.
+bool bddpp_manager::Bdd_OneSat(bdd_node* f, int link, int* literals)
+{
+    return one_sat_walk(*this, f, link, [literals](long index, int value) { literals[index] = value; });
+}
+
+// The conjunctions are made by increasing index, as Literals_to_bdd makes
+// them; the plain form goes through the whole table.
 bdd bddpp_manager::Bdd_satisfy(const bdd& f)
 {
-    std::vector<int> literals(variables_number > 0 ? variables_number : 1, 2);
-    Bdd_OneSat(f.node(), f.link_type(), literals.data());
-    return Literals_to_bdd(literals.data());
+    if (plain_operators) {
+        std::vector<int> literals(variables_number > 0 ? variables_number : 1, 2);
+        Bdd_OneSat(f.node(), f.link_type(), literals.data());
+        return Literals_to_bdd(literals.data());
+    }
+    if (static_cast<long>(satisfy_literals.size()) < variables_number)
+        satisfy_literals.resize(static_cast<std::size_t>(variables_number), 2);
+    satisfy_written.clear();
+    one_sat_walk(*this, f.node(), f.link_type(), [this](long index, int value) {
+        if (satisfy_literals[index] == 2) satisfy_written.push_back(index);
+        satisfy_literals[index] = value;
+    });
+    std::sort(satisfy_written.begin(), satisfy_written.end());
+    bdd r = Bdd_one();
+    for (long i : satisfy_written) {
+        bdd literal = Bdd_var_by_index(i);
+        if (satisfy_literals[i] == 0) literal = Bdd_not(literal);
+        r = Bdd_and(r, literal);
+        satisfy_literals[i] = 2;
+    }
+    return r;
+}
+
+void bddpp_manager::Cube_literal_list(const bdd& cube, std::vector<std::pair<long, int>>& literals)
+{
+    literals.clear();
+    for_each_literal(*this, cube.link_type(), cube.node(),
+                     [&literals](long index, int value) { literals.emplace_back(index, value); });
 }
 
 bdd bddpp_manager::Literals_to_bdd(int* literals)

@@ -446,6 +446,9 @@ public:
 
     bool Bdd_OneSat(bdd_node* f, int link, int* literals);
     bdd Bdd_satisfy(const bdd& f);
+    // The literals of a cube other than one, by increasing index, as
+    // Bdd_to_literals would set them (1 positive, 0 negative).
+    void Cube_literal_list(const bdd& cube, std::vector<std::pair<long, int>>& literals);
     bdd Literals_to_bdd(int* literals);
     bdd Bdd_one_implicant(const bdd& f);
 
@@ -654,6 +657,11 @@ private:
     // Bdd_cube_reduce's table of literals by index: 2 everywhere between calls.
     std::vector<int> cube_literals;
     bool cube_literals_busy = false;
+    // Bdd_satisfy's table of literals by index, 2 everywhere between calls,
+    // and the indices a call wrote: a call costs the path it walks, not
+    // the number of variables.
+    std::vector<int> satisfy_literals;
+    std::vector<long> satisfy_written;
 
     std::vector<apply_frame>* apply_stack = nullptr;
     computed_entry* computed = nullptr;

@@ -1,9 +1,12 @@
 #include "source/bram.h"
 
 #include "model/module.h"
+#include "source/run.h"
 #include "source/zk_parser.h"
 #include "source/zk_scanner.h"
 
+#include <algorithm>
+#include <dirent.h>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -29,8 +32,32 @@ int bram_compile(const std::string& input, const std::string& outputDir, std::os
     parser->scanner = lexer;
     if (parser->parse() != 0)
         return 1;
+    // Modules that a run names are found among the modules of the file,
+    // then in the files of the "Run:" declarations, then in the compiled
+    // modules beside the source.
+    Run::FileModules = &parser->modules;
+    std::string sourceDir = bram_directory_of(input);
+    auto* compiled = new std::list<std::string>;
     for (Module* m : parser->modules)
-        m->compile();
+        for (const RunDeclaration& d : Run::declarations(m))
+            if (!d.file.empty())
+                compiled->push_back(sourceDir + "/" + d.file + ".zkc");
+    std::vector<std::string> beside;
+    if (DIR* d = opendir(sourceDir.c_str())) {
+        while (dirent* e = readdir(d)) {
+            std::string n = e->d_name;
+            if (n.size() > 4 && n.compare(n.size() - 4, 4, ".zkc") == 0)
+                beside.push_back(sourceDir + "/" + n);
+        }
+        closedir(d);
+    }
+    std::sort(beside.begin(), beside.end());
+    for (const std::string& f : beside)
+        if (std::find(compiled->begin(), compiled->end(), f) == compiled->end())
+            compiled->push_back(f);
+    Module::CompilationFileList = compiled;
+    for (Module* m : parser->modules)
+        compile_source_module(m);
 
     // Every text first, then the files.
     std::vector<std::pair<std::string, std::string>> files;

@@ -73,6 +73,23 @@ public:
     void print(std::ostream& os) override { os << " error "; }
 };
 
+// Two wires already computed as functions of the wood's variables: the
+// conditions an automaton or a linked module builds on BDDs directly.
+class WiresExpression : public Expression {
+public:
+    WiresExpression(const bdd& over, const bdd& under) : o(over), u(under) {}
+    bdd getOverBdd(Module*, Bddexpressionwood*) override { return o; }
+    bdd getUnderBdd(Module*, Bddexpressionwood*) override { return u; }
+    bdd getInitialOverBdd(Module*, Bddexpressionwood*) override { return o; }
+    bdd getInitialUnderBdd(Module*, Bddexpressionwood*) override { return u; }
+    Expression* duplicate() override { return new WiresExpression(o, u); }
+    void print(std::ostream& os) override { os << " wires "; }
+
+private:
+    bdd o;
+    bdd u;
+};
+
 // ---------------------------------------------------------------- operators
 
 // How an operator reads its operands: the current occurrence of every

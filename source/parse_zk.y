@@ -24,23 +24,41 @@
  * an interface has no such doubt).
  *
  * "repeat n { p }" is n copies of p in sequence, "wait n e" n waits in
- * sequence. Automata, Mealy machines and run statements are read in full
- * and become statements that the compiler refuses by name.
+ * sequence.
+ *
+ * In a transition "initial->" is the source of an initial transition; a
+ * missing arrow is a weak transition, as "->" is. A trigger is "[e]", a
+ * priority in front ("2 [e]"), "other [e]" or "[value: d]"; "[ ]" or no
+ * trigger at all is always true.
  */
 
 %code requires {
 #include <list>
 #include <map>
 #include <string>
+#include <utility>
+#include <vector>
 class Statement;
 class Expression;
 class DataExpr;
+class Emit;
+class State;
+class Transition;
+// A transition's trigger as written.
+struct zk_trigger {
+    long priority;        // -1: none written
+    bool other;
+    Expression* condition;  // null: none written
+    DataExpr* value;        // "[value: d]"
+};
 }
 
 %{
 #include "data/data.h"
 #include "model/module.h"
+#include "source/automaton.h"
 #include "source/expression.h"
+#include "source/run.h"
 #include "source/statement_control.h"
 #include "source/zk_parser.h"
 
@@ -71,6 +89,13 @@ static long number_of(std::string* text)
     std::list<DataExpr*>* datas;
     std::map<int, DataExpr*>* values;
     int language;
+    std::vector<Emit*>* emits;
+    zk_trigger* trigger;
+    State* state;
+    std::vector<State*>* states;
+    Transition* transition;
+    std::vector<Transition*>* transitions;
+    std::vector<std::pair<std::string, std::string>>* renames;
 }
 
 /* Each fixed word names its token in the messages of a syntax error. */
@@ -161,7 +186,7 @@ static long number_of(std::string* text)
 %left '*' '/'
 %precedence ZK_NOT ZK_ABS UMINUS
 
-%type <text> ident type_name method_name constant_name module_name signal_name
+%type <text> ident type_name method_name constant_name module_name signal_name file_name variable
 %type <text> opt_type_decl opt_const_decl
 %type <texts> ident_list
 %type <statement> module_body instruction operator parallel sequence present absent
@@ -173,6 +198,17 @@ static long number_of(std::string* text)
 %type <datas> data_exp_list
 %type <values> assign_value_list
 %type <language> assign_language
+%type <emits> action valued_signal_list
+%type <trigger> trigger
+%type <state> state
+%type <states> state_list
+%type <transition> transition
+%type <transitions> transition_def transition_list
+%type <renames> opt_renaming renaming_list
+%type <number> opt_final tpe
+%type <text> state_name
+%type <statement> opt_run
+%type <expression> right_part
 
 %start entry
 
@@ -410,13 +446,13 @@ ne_run_decl_list
 
 run_decl
     : STRING ':' module_name
-        { delete $1; delete $3; }
+        { pzk_parser->run_declaration(*$1, "", *$3); delete $1; delete $3; }
     | STRING ':' file_name ':' module_name
-        { delete $1; delete $5; }
+        { pzk_parser->run_declaration(*$1, *$3, *$5); delete $1; delete $3; delete $5; }
     ;
 
 file_name
-    : ident  { delete $1; }
+    : ident
     ;
 
 module_name
@@ -548,29 +584,33 @@ sustain_until
 
 run
     : ZK_RUN ZK_ID opt_renaming
-        { delete $2; $$ = new Unsupported(pzk_parser->module, "run"); }
+        { $$ = new Run(pzk_parser->module, *$2, std::move(*$3)); delete $2; delete $3; }
     ;
 
 opt_renaming
     : %empty
+        { $$ = new std::vector<std::pair<std::string, std::string>>; }
     | '[' renaming_list ']'
+        { $$ = $2; }
     ;
 
+/* "a\x": the caller's signal a stands for x of the module run. */
 renaming_list
-    : renaming
-    | renaming_list ',' renaming
-    ;
-
-renaming
     : signal_name ZK_BACKSLASH signal_name
-        { delete $1; delete $3; }
+        { $$ = new std::vector<std::pair<std::string, std::string>>{{*$1, *$3}}; delete $1; delete $3; }
+    | renaming_list ',' signal_name ZK_BACKSLASH signal_name
+        { $1->emplace_back(*$3, *$5); delete $3; delete $5; $$ = $1; }
     ;
 
-/* ---- automata, read and refused ---- */
+/* ---- automata ---- */
 
 automaton
     : ZK_AUTOMATON aut_geometry state_list transition_def
-        { $$ = new Unsupported(pzk_parser->module, "automaton"); }
+        {
+            $$ = new Automaton(pzk_parser->module, std::move(*$3), std::move(*$4));
+            delete $3;
+            delete $4;
+        }
     ;
 
 aut_geometry
@@ -591,12 +631,24 @@ real_pair
 
 state_list
     : state
+        { $$ = new std::vector<State*>{$1}; }
     | state_list state
+        {
+            for (State* s : *$1)
+                if (s->getName() == $2->getName())
+                    pzk_parser->error("ERROR: two states or more have the same name: " + s->getName());
+            $1->push_back($2);
+            $$ = $1;
+        }
     ;
 
 state
     : ZK_STATE ZK_ID opt_final opt_run action opt_geometry ';'
-        { delete $2; }
+        {
+            $$ = new State(*$2, $3 != 0, static_cast<Run*>($4), std::move(*$5));
+            delete $2;
+            delete $5;
+        }
     ;
 
 opt_geometry
@@ -605,57 +657,78 @@ opt_geometry
     ;
 
 opt_run
-    : %empty
-    | run  { delete $1; }
+    : %empty  { $$ = nullptr; }
+    | run     { $$ = $1; }
     ;
 
 transition_def
-    : ZK_TRANSITION transition_list
+    : ZK_TRANSITION transition_list  { $$ = $2; }
     ;
 
 transition_list
     : transition
+        { $$ = new std::vector<Transition*>{$1}; }
     | transition_list transition
+        { $1->push_back($2); $$ = $1; }
     ;
 
 transition
     : state_name trigger action tpe state_name trans_geometry ';'
+        {
+            $$ = new Transition(*$1, *$5, $4, $2->condition, $2->value, $2->other, static_cast<int>($2->priority),
+                                std::move(*$3));
+            delete $1;
+            delete $2;
+            delete $3;
+            delete $5;
+        }
     ;
 
+/* The empty name stands for the initial pseudo-state. */
 state_name
-    : ZK_INIT
-    | ZK_ID  { delete $1; }
+    : ZK_INIT  { $$ = new std::string(); }
+    | ZK_ID    { $$ = $1; }
     ;
 
 opt_final
-    : %empty
-    | ZK_FINAL
+    : %empty    { $$ = 0; }
+    | ZK_FINAL  { $$ = 1; }
     ;
 
 tpe
-    : %empty
-    | ZK_ARROW
-    | ZK_STRONGARROW
-    | ZK_WEAKARROW
-    | ZK_NORMALTERMARROW
+    : %empty              { $$ = Transition::WEAK; }
+    | ZK_ARROW            { $$ = Transition::WEAK; }
+    | ZK_STRONGARROW      { $$ = Transition::STRONG; }
+    | ZK_WEAKARROW        { $$ = Transition::WEAK; }
+    | ZK_NORMALTERMARROW  { $$ = Transition::NORMAL_TERMINATION; }
     ;
 
 trigger
     : %empty
+        { $$ = new zk_trigger{-1, false, nullptr, nullptr}; }
     | '[' ']'
-    | INTEGER '[' ']'                            { delete $1; }
+        { $$ = new zk_trigger{-1, false, nullptr, nullptr}; }
+    | INTEGER '[' ']'
+        { $$ = new zk_trigger{pzk_parser->count(number_of($1)), false, nullptr, nullptr}; }
     | ZK_OTHER '[' ']'
+        { $$ = new zk_trigger{-1, true, nullptr, nullptr}; }
     | '[' quadrival_exp ']'
-    | INTEGER '[' quadrival_exp ']'              { delete $1; }
+        { $$ = new zk_trigger{-1, false, $2, nullptr}; }
+    | INTEGER '[' quadrival_exp ']'
+        { $$ = new zk_trigger{pzk_parser->count(number_of($1)), false, $3, nullptr}; }
     | ZK_OTHER '[' quadrival_exp ']'
+        { $$ = new zk_trigger{-1, true, $3, nullptr}; }
     | '[' ZK_VALUE data_exp ']'
-    | INTEGER '[' ZK_VALUE data_exp ']'          { delete $1; }
+        { $$ = new zk_trigger{-1, false, nullptr, $3}; }
+    | INTEGER '[' ZK_VALUE data_exp ']'
+        { $$ = new zk_trigger{pzk_parser->count(number_of($1)), false, nullptr, $4}; }
     | ZK_OTHER '[' ZK_VALUE data_exp ']'
+        { $$ = new zk_trigger{-1, true, nullptr, $4}; }
     ;
 
 action
-    : %empty
-    | '/' valued_signal_list
+    : %empty                   { $$ = new std::vector<Emit*>; }
+    | '/' valued_signal_list   { $$ = $2; }
     ;
 
 trans_geometry
@@ -663,10 +736,14 @@ trans_geometry
     ;
 
 valued_signal_list
-    : signal_name                                           { delete $1; }
-    | signal_name '(' data_exp ')'                          { delete $1; }
-    | valued_signal_list ',' signal_name                    { delete $3; }
-    | valued_signal_list ',' signal_name '(' data_exp ')'   { delete $3; }
+    : signal_name
+        { $$ = new std::vector<Emit*>{new Emit(pzk_parser->module, *$1, nullptr)}; delete $1; }
+    | signal_name '(' data_exp ')'
+        { $$ = new std::vector<Emit*>{new Emit(pzk_parser->module, *$1, $3)}; delete $1; }
+    | valued_signal_list ',' signal_name
+        { $1->push_back(new Emit(pzk_parser->module, *$3, nullptr)); delete $3; $$ = $1; }
+    | valued_signal_list ',' signal_name '(' data_exp ')'
+        { $1->push_back(new Emit(pzk_parser->module, *$3, $5)); delete $3; $$ = $1; }
     ;
 
 /* ---- conditions ---- */
@@ -701,11 +778,11 @@ signal_name
     : ident
     ;
 
-/* ---- Mealy machines, read and refused ---- */
+/* ---- Mealy machines ---- */
 
 mealy_machine
     : ZK_MEALY_MACHINE register_decl_list equation_decl_list
-        { $$ = new Unsupported(pzk_parser->module, "Mealy Machine"); }
+        { $$ = pzk_parser->mealy_machine(); }
     ;
 
 register_decl_list
@@ -718,8 +795,11 @@ ne_register_list
     | ne_register_list ',' reg
     ;
 
+/* "r : 0 : rn": the register r, its initial value, the name of its
+   next value. */
 reg
-    : ident ':' INTEGER ':' ident  { delete $1; delete $3; delete $5; }
+    : ident ':' INTEGER ':' ident
+        { pzk_parser->mealy_register(*$1, number_of($3), *$5); delete $1; delete $5; }
     ;
 
 equation_decl_list
@@ -729,24 +809,40 @@ equation_decl_list
 
 equation
     : variable '=' right_part
+        { pzk_parser->mealy_equation(*$1, nullptr, $3); delete $1; }
     | variable '(' data_exp ')' '=' right_part
+        { pzk_parser->mealy_equation(*$1, $3, $6); delete $1; }
     ;
 
 variable
-    : ident  { delete $1; }
+    : ident
     ;
 
+/* An integer is False for 0 and True otherwise; "abs e" closes e as in
+   conditions. */
 right_part
-    : ident                          { delete $1; }
-    | right_part ZK_AND right_part
-    | right_part ZK_OR right_part
+    : ident                          { $$ = pzk_parser->mealy_operand(*$1); delete $1; }
+    | right_part ZK_AND right_part   { $$ = pzk_parser->nest(new AndExpression($1, $3), {$1, $3}); }
+    | right_part ZK_OR right_part    { $$ = pzk_parser->nest(new OrExpression($1, $3), {$1, $3}); }
     | right_part ZK_NOR right_part
+        { $$ = pzk_parser->nest(new NotExpression(new OrExpression($1, $3)), {$1, $3}); }
     | right_part ZK_XOR right_part
+        {
+            $$ = pzk_parser->nest(new OrExpression(new AndExpression($1, new NotExpression($3)),
+                                                   new AndExpression(new NotExpression($1), $3)),
+                                  {$1, $3});
+        }
     | right_part ZK_NAND right_part
-    | ZK_NOT right_part
+        { $$ = pzk_parser->nest(new NotExpression(new AndExpression($1, $3)), {$1, $3}); }
+    | ZK_NOT right_part              { $$ = pzk_parser->nest(new NotExpression($2), {$2}); }
     | ZK_ABS right_part
-    | INTEGER                        { delete $1; }
-    | '(' right_part ')'
+        { $$ = pzk_parser->nest(new NotExpression(new NpExpression($2)), {$2}); }
+    | INTEGER
+        {
+            long n = number_of($1);
+            $$ = n != 0 ? static_cast<Expression*>(new TrueExpression()) : new FalseExpression();
+        }
+    | '(' right_part ')'             { $$ = $2; }
     ;
 
 ident

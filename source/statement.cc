@@ -295,13 +295,3 @@ void Present::createEquations(Module* m, EquationTable* table)
     Expression* other = f != nullptr ? static_cast<Expression*>(f->getRtl()) : elseCondition(set);
     table->createEquation(rtl, new OrExpression(t->getRtl(), other), m, true);
 }
-
-// ------------------------------------------------------------- unsupported
-
-void Unsupported::createEquations(Module*, EquationTable*) {}
-
-void Unsupported::compile(Module* m, EquationTable*)
-{
-    Compilation::fatal("Error in module \"" + m->getName() + "\":\n statement \"" + what +
-                       "\" is not supported by this compiler");
-}

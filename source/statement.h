@@ -131,14 +131,15 @@ public:
     bool reincarnate() override { return true; }
 
     const std::string& getSignalName() const { return signalName; }
+    // The signal's equations take `condition`; a valued emission makes
+    // its carrier with the same condition. Automata and Mealy machines
+    // emit through it, once per action, without compiling the statement.
+    void emitWhen(Module* m, EquationTable* t, Expression* condition, bool initial);
 
 protected:
     Emit(const std::string& kind, Module* m, const std::string& signalName, DataExpr* value);
     // The checks of an emission of `value` (null: pure) on the signal.
     void checkEmission(const char* what);
-    // The signal's equations take `condition`; a valued emission makes
-    // its carrier with the same condition.
-    void emitWhen(Module* m, EquationTable* t, Expression* condition, bool initial);
 
     std::string signalName;
     DataExpr* value;
@@ -200,23 +201,6 @@ public:
 protected:
     Expression* thenCondition(Expression* s) override;
     Expression* elseCondition(Expression* s) override;
-};
-
-// A statement of the grammar that this compiler does not translate: its
-// compile ends the process with a message naming it.
-class Unsupported : public Statement {
-public:
-    Unsupported(Module* m, const std::string& what, std::vector<Statement*> sons = {})
-        : Statement("Unsupported", m), what(what), children(std::move(sons)) {}
-    void createEquations(Module* m, EquationTable* t) override;
-    void compile(Module* m, EquationTable* t) override;
-    bool reincarnate() override { return false; }
-    std::vector<Statement*> sons() override { return children; }
-    Statement* duplicate(Module* m, EquationTable*) override { return new Unsupported(m, what, children); }
-
-private:
-    std::string what;
-    std::vector<Statement*> children;
 };
 
 #endif

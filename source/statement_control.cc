@@ -271,22 +271,19 @@ Statement* If::duplicate(Module* m, EquationTable* table)
     return new If(m, value->duplicate(), t->duplicate(m, table), f != nullptr ? f->duplicate(m, table) : nullptr);
 }
 
-void If::complementary_check_syntax()
+void checkValueCondition(Module* m, DataExpr* value, const std::string& what)
 {
-    std::string type = known_type(value, module);
+    std::string type = known_type(value, m);
     if (type.empty())
-        Compilation::fatal("Error in module \"" + module->getName() +
-                           "\":\n the condition of an if has no type: it reads literals only");
-    settle_literals(value, type, module);
-    Statement::complementary_check_syntax();
+        Compilation::fatal("Error in module \"" + m->getName() + "\":\n the condition of " + what +
+                           " has no type: it reads literals only");
+    settle_literals(value, type, m);
 }
 
-// The test signal is made before the branches are compiled: they may be
-// dated before the if's own equations exist.
-void If::compile(Module* m, EquationTable* table)
+Signal* valueTestSignal(Module* m, DataExpr* value, const std::string& name)
 {
     Bddexpressionwood* wood = m->getBddWood();
-    std::string test = "COND" + name;
+    std::string test = name;
     while (m->getSignalManager()->getSignalRefByName(test) != nullptr)
         test += "_";
     auto* c = new Signal(test, m, wood);
@@ -300,6 +297,19 @@ void If::compile(Module* m, EquationTable* table)
             IndexSet none;
             new Bddexpression(id, wood, none, "VALUE_SIGNAL", 0, 0);
         }
-    e = c;
+    return c;
+}
+
+void If::complementary_check_syntax()
+{
+    checkValueCondition(module, value, "an if");
+    Statement::complementary_check_syntax();
+}
+
+// The test signal is made before the branches are compiled: they may be
+// dated before the if's own equations exist.
+void If::compile(Module* m, EquationTable* table)
+{
+    e = valueTestSignal(m, value, "COND" + name);
     Present::compile(m, table);
 }

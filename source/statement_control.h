@@ -132,6 +132,15 @@ private:
     DataExpr* value;
 };
 
+// A data expression read as a condition: its type must be known from
+// what it reads ("the condition of <what> has no type" otherwise), and its
+// literals take that type.
+void checkValueCondition(Module* m, DataExpr* value, const std::string& what);
+// The test signal of a data expression: a local named `name` (with "_"
+// more while the name is taken), bound to the value without clock, present
+// where the value holds.
+Signal* valueTestSignal(Module* m, DataExpr* value, const std::string& name);
+
 // n copies of a statement in sequence: repeat n times, and wait n times.
 Statement* repeated(Module* m, Statement* s, long n);
 

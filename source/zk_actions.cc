@@ -10,6 +10,8 @@
 #include "signals/signal.h"
 #include "source/equationtable.h"
 #include "source/expression.h"
+#include "source/automaton.h"
+#include "source/run.h"
 #include "source/statement.h"
 #include "source/zk_scanner.h"
 #include "wood/Bddexpression.h"
@@ -220,6 +222,88 @@ void class_zk_parser::declare_pre(const std::string& pre, const std::string& act
         error("pre signal \"" + pre + "\" of the pure signal \"" + actual + "\" takes no initial value");
     }
     module->addPreSignal(p, a, value);
+}
+
+void class_zk_parser::run_declaration(const std::string& instance, const std::string& file, const std::string& name)
+{
+    for (const RunDeclaration& d : Run::declarations(module))
+        if (d.instance == instance)
+            error("instance \"" + instance + "\" declared twice in module \"" + module->getName() + "\"");
+    Run::declare(module, {instance, file, name});
+}
+
+// ----------------------------------------------------------- Mealy machines
+
+void class_zk_parser::mealy_register(const std::string& actual, long initial, const std::string& next)
+{
+    if (initial != 0 && initial != 1)
+        error("register \"" + actual + "\" starts at 0 or 1, not " + std::to_string(initial));
+    for (const std::string& name : {actual, next}) {
+        check_new_name(name);
+        for (const mealy_register_decl& r : mealy_registers)
+            if (r.actual->getOriginalName() == name || r.next->getOriginalName() == name)
+                error("register name \"" + name + "\" declared twice");
+    }
+    if (actual == next)
+        error("register \"" + actual + "\" is its own next value");
+    // Made now, so that right parts read them; listed when the machine
+    // compiles, after the module's own signals have their equations.
+    Signal* a = new Signal(actual, module, module->getBddWood(), true);
+    Signal* n = new Signal(next, module, module->getBddWood(), true);
+    mealy_registers.push_back({a, n, static_cast<int>(initial)});
+}
+
+Expression* class_zk_parser::mealy_operand(const std::string& name)
+{
+    for (const mealy_register_decl& r : mealy_registers) {
+        if (r.actual->getOriginalName() == name)
+            return r.actual;
+        if (r.next->getOriginalName() == name)
+            return r.next;
+    }
+    return condition_signal(name);
+}
+
+void class_zk_parser::mealy_equation(const std::string& left, DataExpr* value, Expression* right)
+{
+    for (const mealy_equation_decl& e : mealy_equations) {
+        std::string defined = e.left != nullptr ? e.left->getOriginalName()
+                                                : static_cast<Emit*>(e.emission)->getSignalName();
+        if (defined == left)
+            error("\"" + left + "\" defined twice in the Mealy machine");
+    }
+    for (const mealy_register_decl& r : mealy_registers) {
+        if (r.actual->getOriginalName() == left)
+            error("register \"" + left + "\" takes its value from \"" + r.next->getOriginalName() + "\"");
+        if (r.next->getOriginalName() == left) {
+            if (value != nullptr)
+                error("the next value \"" + left + "\" of a register takes no data value");
+            mealy_equations.push_back({r.next, nullptr, right});
+            return;
+        }
+    }
+    // The checks of an emission come with the statement's.
+    mealy_equations.push_back({nullptr, new Emit(module, left, value), right});
+}
+
+Statement* class_zk_parser::mealy_machine()
+{
+    std::vector<MealyMachine::Register> registers;
+    for (const mealy_register_decl& r : mealy_registers) {
+        bool given = false;
+        for (const mealy_equation_decl& e : mealy_equations)
+            given = given || e.left == r.next;
+        if (!given)
+            error("no equation gives \"" + r.next->getOriginalName() + "\", the next value of register \"" +
+                  r.actual->getOriginalName() + "\"");
+        registers.push_back({r.actual, r.next, r.initial});
+    }
+    std::vector<MealyMachine::Equation> equations;
+    for (const mealy_equation_decl& e : mealy_equations)
+        equations.push_back({e.left, static_cast<Emit*>(e.emission), e.right});
+    mealy_registers.clear();
+    mealy_equations.clear();
+    return new MealyMachine(module, std::move(registers), std::move(equations));
 }
 
 // ------------------------------------------------------------- expressions

@@ -12,6 +12,7 @@
 #include <initializer_list>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 class DataExpr;
 class Expression;
@@ -53,6 +54,22 @@ public:
     void declare_output(const std::string& name, const std::string* type);
     void declare_local(const std::string& name, const std::string* type);
     void declare_pre(const std::string& pre, const std::string& actual, const std::string* initial);
+
+    // A "Run:" declaration of the module: instance, file (empty when none)
+    // and module.
+    void run_declaration(const std::string& instance, const std::string& file, const std::string& module);
+
+    // ---- Mealy machines ----
+    // The register `actual`, with its initial value (0 or 1) and the name
+    // of its next value; both names are new in the module.
+    void mealy_register(const std::string& actual, long initial, const std::string& next);
+    // A name in a right part: a register, its next value, or a signal.
+    Expression* mealy_operand(const std::string& name);
+    // `left` := `right`: a register's next value, or an output or local,
+    // with `value` its value for a valued one.
+    void mealy_equation(const std::string& left, DataExpr* value, Expression* right);
+    // The machine read so far; every register must have its next value.
+    Statement* mealy_machine();
 
     // ---- expressions ----
     // A declared signal of the module, read in a condition.
@@ -98,6 +115,18 @@ public:
     [[noreturn]] void error(const std::string& text);
 
 private:
+    struct mealy_register_decl {
+        Signal* actual;
+        Signal* next;
+        int initial;
+    };
+    std::vector<mealy_register_decl> mealy_registers;
+    struct mealy_equation_decl {
+        Signal* left;
+        Statement* emission;
+        Expression* right;
+    };
+    std::vector<mealy_equation_decl> mealy_equations;
     std::unordered_map<const void*, int> depths;
     std::string constant_type;
     std::string constant_name;

@@ -1,5 +1,5 @@
 /* The user's side of the type "integer" for the C of the examples: the
-   type, its copy, and the operators the examples' data tests use. zero_integer,
+   type, its copy, and the operators the examples' tests and sums use. zero_integer,
    the methods and the constants without a C value are defined in
    <module>_user.c. */
 #ifndef C_DATA_USER_INTEGER_H
@@ -11,5 +11,6 @@ typedef int integer;
    the bound signal's type, which is "pure" when that signal is pure. */
 #define copy_pure(x) (x)
 #define sup_integer(a, b) ((a) > (b))
+#define add_integer(a, b) ((a) + (b))
 
 #endif

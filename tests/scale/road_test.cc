@@ -107,10 +107,11 @@ TEST_F(Road, TarnFinishesAndWritesTheThreeFiles)
     EXPECT_NE(read_file(base + ".h").find(z.name), std::string::npos);
 }
 
-// The whole road with the plain recursions of the decision-diagram
-// operators and with the production ones (computed table, explicit stacks,
-// remembered substitutions, joins made directly): the same nodes in the same
-// order, so the same texts. Ten thousand equations are where the
+// The whole road, every target, with the plain recursions of the
+// decision-diagram operators and with the production ones (computed table,
+// explicit stacks, remembered substitutions, joins made directly, covers
+// walked along their cubes instead of tables of every variable): the same
+// nodes in the same order, so the same texts. Ten thousand equations are where the
 // substitutions of the clean-up meet nodes that are not the ones their key
 // finds in the unique table.
 TEST(RoadDifferential, PlainAndProductionOperatorsWriteTheSameTexts)
@@ -131,7 +132,9 @@ TEST(RoadDifferential, PlainAndProductionOperatorsWriteTheSameTexts)
             unsetenv("DISPLAY");
             bddpp_manager::plain_by_default() = plain_operators;
             tarn_flags flags;
-            flags.blifFlag = flags.cFlag = 1;
+            flags.docFlag = flags.lustreFlag = flags.esterelFlag = flags.nusmvFlag = flags.blifFlag = 1;
+            flags.cFlag = flags.vhdlFlag = flags.systemcFlag = flags.csharpFlag = flags.qsrFlag = 1;
+            flags.valuedSimulFlag = 1;
             _exit(moved ? tarn_run(name + ".zkc", flags) : 127);
         }
         int status = -1;
@@ -140,9 +143,12 @@ TEST(RoadDifferential, PlainAndProductionOperatorsWriteTheSameTexts)
     };
     ASSERT_EQ(road(fast.path, false), 0);
     ASSERT_EQ(road(plain.path, true), 0);
-    for (const char* suffix : {".blif", ".c", ".h"}) {
-        std::string a = read_file(fast.path + "/" + name + suffix);
-        EXPECT_FALSE(a.empty()) << suffix;
-        EXPECT_TRUE(a == read_file(plain.path + "/" + name + suffix)) << suffix << " differs";
+    for (std::string file : {".blif", ".c", ".h", ".strl", ".doc", ".lus", ".smv", ".vhd", ".cs", "_sc.cc",
+                             "_encapsulated.qsr"}) {
+        file = name + file;
+        std::string a = read_file(fast.path + "/" + file);
+        EXPECT_FALSE(a.empty()) << file;
+        EXPECT_TRUE(a == read_file(plain.path + "/" + file)) << file << " differs";
     }
+    EXPECT_TRUE(read_file(fast.path + "/mosk_" + name + ".cc") == read_file(plain.path + "/mosk_" + name + ".cc"));
 }
