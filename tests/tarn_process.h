@@ -61,4 +61,25 @@ inline tarn_output run_tarn_in(const std::string& dir, const std::vector<std::st
     return r;
 }
 
+// A module of `equations` random equations written by zkcgen as
+// `dir`/`name`.zkc (the name also names the module); its text, empty when
+// zkcgen failed.
+inline std::string generate_module(const std::string& dir, const std::string& name, long equations, long seed)
+{
+    std::string file = dir + "/" + name + ".zkc";
+    std::string command = "'" TARN_BINARY_DIR "/tools/zkcgen' " + std::to_string(equations) + " " +
+                          std::to_string(seed) + " " + name + " > '" + file + "'";
+    EXPECT_EQ(std::system(command.c_str()), 0) << command;
+    return read_file(file);
+}
+
+// The example `name` of the source tree copied into `dir`; its text.
+inline std::string copy_example(const std::string& dir, const std::string& name)
+{
+    std::string text = read_file(TARN_SOURCE_DIR "/examples/" + name + ".zkc");
+    EXPECT_FALSE(text.empty()) << name;
+    std::ofstream(dir + "/" + name + ".zkc") << text;
+    return text;
+}
+
 #endif

@@ -193,9 +193,7 @@ std::string example(const std::string& name) { return read_file(TARN_SOURCE_DIR 
 std::string generated(long equations, unsigned seed, const std::string& name)
 {
     scratch_dir s;
-    run(zkcgen + " " + std::to_string(equations) + " " + std::to_string(seed) + " " + name + " > '" + s.path +
-        "/g.zkc'");
-    return read_file(s.path + "/g.zkc");
+    return generate_module(s.path, name, equations, seed);
 }
 
 // A pure module whose C# is compared must have no memorised pair.
@@ -299,35 +297,6 @@ TEST(CSharpConsumer, LiteralTextsMcsRefuses)
         ASSERT_EQ(out.status, 0) << out.err;
         EXPECT_EQ(mcs_errors(s, "m", false), r.errors);
     }
-}
-
-// The nested guard of a local clock against the C's single one.
-TEST(CSharpConsumer, LocalClockIsGuardedByItsOwnPresence)
-{
-    scratch_dir s;
-    generate(s, "m",
-             "module: m 0 0 input: a : long ; output: f ; local: c : long ;\n"
-             "connexion: SETm RESETm RTLm;\nequation_def:\n2\n0: 0:1:1,-1\n1: -1:-3:-3,1\n"
-             "expressions:\n1 1 2:0,1,(0 )\n1 1 4:0,1,(0 )\nend:\n"
-             "binding: (2, 3): value: 0 clock: (4, 5); end: evaltable: 0: %%14(0, 1); end:\n"
-             "data: type: long; end:\n");
-    std::string cs = read_file(s.path + "/m.cs");
-    EXPECT_NE(cs.find("   if (v_s_c) \n"
-                      "      {\n"
-                      "          if (f) \n"
-                      "            {\n"
-                      "               v_s_c_val = a_val;\n"
-                      "            }\n"
-                      "         else\n"
-                      "            {\n"
-                      "               v_s_c_val = zero_long;\n"
-                      "            }\n"
-                      "         }\n"),
-              std::string::npos)
-        << cs;
-    std::string c = read_file(s.path + "/m.c");
-    EXPECT_NE(c.find("   if (f) \n   {\n         v_s_c_val = copy_"), std::string::npos) << c;
-    EXPECT_EQ(c.find("if (v_s_c)"), std::string::npos);
 }
 
 TEST(CSharpConsumer, PureModulesReactLikeTheirC)

@@ -5,14 +5,11 @@
 // answers each request of that stand-in over loopback as its text says,
 // then ends with status 0 once the stand-in closes the connexion.
 
-#include "data/data.h"
-#include "context/compilation.h"
 #include "tests/consumers/c_reference.h"
 #include "tests/tarn_process.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -112,7 +109,7 @@ std::string stand_in_binary()
 std::string serve(const scratch_dir& s, const server_case& x, const std::string& zkc_text = "")
 {
     if (zkc_text.empty())
-        EXPECT_EQ(run("cp '" TARN_SOURCE_DIR "/examples/" + x.file + ".zkc' '" + s.path + "'"), 0);
+        copy_example(s.path, x.file);
     else
         s.write(x.file + ".zkc", zkc_text);
     EXPECT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " " + x.file + ".zkc -valued_simul > tarn.txt 2>&1"),
@@ -277,61 +274,6 @@ TEST(DataServer, ModuleWithoutDataRefusesEveryOperation)
 {
     scratch_dir s;
     server_case x{"toggle", "toggle", {}, {{"BOP,3,integer, + ,4,integer,", "--"}, {"UOP, !,true,bool,", "--"}}};
-    check_replies(s, x);
-}
-
-// The requests that the data layer makes when the simulator evaluates a
-// value, answered by a server: a constant the module leaves to the user,
-// a method call on it, a comparison and a negation.
-TEST(DataServer, RequestsOfTheDataLayerAreUnderstood)
-{
-    DataTypeTable types;
-    types.addType("integer");
-    DataMethodTable methods;
-    methods.addMethod(new MethodDecl(new std::string("integer"), new std::string("bump"),
-                                     new std::list<std::string>{"integer", "integer"}));
-    DataConstantTable constants;
-    constants.addConstant(new ConstantDecl("integer", "offset"));
-    Compilation::GDataTypeTable = &types;
-    Compilation::GDataMethodTable = &methods;
-    Compilation::GDataConstantTable = &constants;
-
-    // Each request is answered as the server below must answer it, so that
-    // the next request carries the value.
-    std::vector<exchange> asked;
-    std::function<std::string(const std::string&)> ask = [&](const std::string& request) {
-        static const std::vector<exchange> answers = {
-            {"CONST,offset,", "1000"},
-            {"MC,bump,5,1000,", "1005"},
-            {"BOP,1005,integer, > ,7,integer,", "true"},
-            {"UOP, -,1005,integer,", " -1005"},
-        };
-        for (const exchange& a : answers)
-            if (a.first == request) {
-                asked.push_back(a);
-                return a.second;
-            }
-        asked.push_back({request, "?"});
-        return std::string("?");
-    };
-    auto* call = new DataMethodCall(
-        0, new std::list<DataExpr*>{new DataValue("5", "integer"), new DataConstant(constants.getConstantIndex("offset"))});
-    call->setType("integer");
-    DataBinaryOp compare(DataExpr::Sup, call, new DataValue("7", "integer"));
-    compare.MOSK_put(nullptr, nullptr, ask);
-    DataUnaryOp negate(DataExpr::Uminus, call);
-    negate.MOSK_put(nullptr, nullptr, ask);
-    Compilation::GDataTypeTable = nullptr;
-    Compilation::GDataMethodTable = nullptr;
-    Compilation::GDataConstantTable = nullptr;
-
-    ASSERT_EQ(asked.size(), 6u);
-    server_case x{"peak", "peak",
-                  {{"integer", std::string(integer_user) +
-                                   "inline integer bump(integer a, integer b) { return a + b; }\n"
-                                   "const integer offset = 1000;\n"}},
-                  asked};
-    scratch_dir s;
     check_replies(s, x);
 }
 

@@ -36,7 +36,7 @@ TEST(SystemCConsumer, PureExamplesFollowTheirCWhereDefined)
     for (const example_case& x : cases) {
         SCOPED_TRACE(x.name);
         scratch_dir s;
-        ASSERT_EQ(run(std::string("cp '" TARN_SOURCE_DIR "/examples/") + x.name + ".zkc' '" + s.path + "'"), 0);
+        copy_example(s.path, x.name);
         sc_run r = compare_with_c(s, x.name, 21);
         EXPECT_EQ(r.refused, x.refused);
         EXPECT_EQ(r.undefined_outputs, x.undefined);
@@ -67,7 +67,7 @@ TEST(SystemCConsumer, ValuedExamplesReadWhatTheUnitNeverDeclares)
     for (const auto& x : cases) {
         SCOPED_TRACE(x.module);
         scratch_dir s;
-        ASSERT_EQ(run(std::string("cp '" TARN_SOURCE_DIR "/examples/") + x.module + ".zkc' '" + s.path + "'"), 0);
+        copy_example(s.path, x.module);
         ASSERT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " " + x.module + ".zkc -systemc > out.txt 2>&1"),
                   0);
         s.write(std::string(x.module) + "_typedecl.h", "typedef int integer;\n#define sup_integer(a, b) ((a) > (b))\n");

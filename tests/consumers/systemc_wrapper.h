@@ -310,9 +310,7 @@ inline void sweep(int count, long first, long growth, int seed_base)
         std::string name = "gen" + std::to_string(seed_base + k);
         SCOPED_TRACE(name);
         scratch_dir s;
-        ASSERT_EQ(run(zkcgen + " " + std::to_string(first + k * growth) + " " + std::to_string(seed_base + k) + " " +
-                      name + " > '" + s.path + "/" + name + ".zkc'"),
-                  0);
+        generate_module(s.path, name, first + k * growth, seed_base + k);
         sc_run r = compare_with_c(s, name, 200 + seed_base + k);
         compared += r.compared;
         undefined += r.undefined_outputs.size();

@@ -302,9 +302,7 @@ inline void check_generated(long equations, int seed, int& compared, int& change
 {
     std::string name = "gen" + std::to_string(equations) + "_" + std::to_string(seed);
     scratch_dir s;
-    ASSERT_EQ(run(zkcgen + " " + std::to_string(equations) + " " + std::to_string(seed) + " " + name + " > '" +
-                  s.path + "/" + name + ".zkc'"),
-              0);
+    generate_module(s.path, name, equations, seed);
     pure_run r;
     check_pure(s, name, 100 + seed, seed % 2 == 0, &r);
     compared += r.compared;

@@ -14,11 +14,6 @@ namespace {
 
 using namespace vhdl_bench;
 
-void copy_example(const scratch_dir& s, const std::string& name)
-{
-    ASSERT_EQ(run("cp '" TARN_SOURCE_DIR "/examples/" + name + ".zkc' '" + s.path + "'"), 0);
-}
-
 // The first message of a refused text: its first line, the quoted source
 // line and the caret.
 std::string first_message(const ghdl_run& r)
@@ -201,7 +196,7 @@ TEST(VhdlConsumer, PureExamplesFollowTheC)
     for (const char* name : {"toggle", "shift", "watchdog"})
         for (bool altera : {false, true}) {
             scratch_dir s;
-            copy_example(s, name);
+            copy_example(s.path, name);
             pure_run r;
             check_pure(s, name, 7, altera, &r);
             if (r.compared > 0)
@@ -229,7 +224,7 @@ TEST(VhdlConsumer, ValuedSumFollowsTheC)
         GTEST_SKIP() << "ghdl is not installed";
     for (bool altera : {false, true}) {
         scratch_dir s;
-        copy_example(s, "sum");
+        copy_example(s.path, "sum");
         check_valued(s, "sum", altera, 3);
     }
 }
@@ -252,7 +247,7 @@ TEST(VhdlConsumer, ValuedTestsFollowTheCAndClockedValuesAreGuardedByPresence)
         GTEST_SKIP() << "ghdl is not installed";
     for (bool altera : {false, true}) {
         scratch_dir s;
-        copy_example(s, "peak");
+        copy_example(s.path, "peak");
         ASSERT_EQ(run("cd '" + s.path + "' && sed -e 's/^module: peak /module: peakv /' "
                       "-e 's/RESETpeak/RESETpeakv/; s/SETpeak/SETpeakv/; s/RTLpeak/RTLpeakv/' "
                       "-e 's/integer offset;/integer offset :default= \"1000\";/' "
@@ -297,7 +292,7 @@ TEST(VhdlConsumer, ConstantsWithoutVhdlValueStopTheRun)
                           {"peak", "offset", "constant threshold : integer := 7;\n"}};
     for (const auto& c : cases) {
         scratch_dir s;
-        copy_example(s, c.module);
+        copy_example(s.path, c.module);
         std::string module = c.module;
         tarn_output r = run_tarn_in(s.path, {module + ".zkc", "-vhdl"});
         EXPECT_EQ(r.status, 1);
@@ -323,7 +318,7 @@ TEST(VhdlConsumer, AReservedWordAsPortNameIsRefused)
     if (!have("ghdl"))
         GTEST_SKIP() << "ghdl is not installed";
     scratch_dir s;
-    copy_example(s, "blink");
+    copy_example(s.path, "blink");
     ASSERT_EQ(run_tarn_in(s.path, {"blink.zkc", "-vhdl"}).status, 0);
     s.write("tb.vhd", "entity tb is\nend tb;\narchitecture bench of tb is\nbegin\nend bench;\n");
     ghdl_run r = simulate(s.path, "bit", {"blink.vhd", "tb.vhd"}, {}, 0);
@@ -380,20 +375,6 @@ TEST(VhdlConsumer, AMemorisedLocalIsUndeclaredAndAPresenceNeverLoaded)
         // bit starts at '0'; std_logic at 'U', printed X.
         EXPECT_EQ(r.vhdl["q"], std::vector<int>(steps, altera ? -1 : 0));
     }
-}
-
-// The same departure in an example: shift's q = r2 and pre d.
-TEST(VhdlConsumer, ShiftReadsItsMemorisedInputAsZero)
-{
-    if (!have("ghdl"))
-        GTEST_SKIP() << "ghdl is not installed";
-    scratch_dir s;
-    copy_example(s, "shift");
-    pure_run r;
-    check_pure(s, "shift", 7, false, &r);
-    EXPECT_EQ(r.facts.reading_pre, std::set<std::string>{"q"});
-    EXPECT_EQ(r.vhdl["q"], std::vector<int>(steps, 0));
-    EXPECT_NE(r.c["q"], std::vector<int>(steps, 0));
 }
 
 // A comparison is a conditional expression of type bit: as the operand of

@@ -226,39 +226,29 @@ place where(const std::string& label)
     return {"", 0, 0};
 }
 
-class Panel : public ::testing::Test {
-protected:
-    scratch_dir scratch;
-    const std::string& dir = scratch.path;
-    virtual_display display;
+void press(const virtual_display& display, const std::string& window, const std::string& label)
+{
+    place p = where(label);
+    display.click(window, p.x, p.y);
+}
 
-    void SetUp() override
-    {
-        ASSERT_FALSE(display.name.empty()) << "Xvfb did not start";
-        scratch.write("m.zkc", worked_module_text);
-    }
-    void press(const std::string& window, const std::string& label)
-    {
-        place p = where(label);
-        display.click(window, p.x, p.y);
-    }
-    // The visible windows of FLTK other than the panel: its dialogs.
-    std::vector<std::string> dialogs(const std::string& window)
-    {
-        std::vector<std::string> ids = display.windows("--class FLTK");
-        ids.erase(std::remove(ids.begin(), ids.end(), window), ids.end());
-        return ids;
-    }
-    // Waits for one dialog, then closes it with its default button.
-    bool close_dialog(const std::string& window)
-    {
-        std::vector<std::string> open;
-        if (!wait_until(5, [&] { return (open = dialogs(window)).size() == 1; }))
-            return false;
-        display.key(open[0], "Return");
-        return wait_until(5, [&] { return dialogs(window).empty(); });
-    }
-};
+// The visible windows of FLTK other than the panel: its dialogs.
+std::vector<std::string> dialogs(const virtual_display& display, const std::string& window)
+{
+    std::vector<std::string> ids = display.windows("--class FLTK");
+    ids.erase(std::remove(ids.begin(), ids.end(), window), ids.end());
+    return ids;
+}
+
+// Waits for one dialog, then closes it with its default button.
+bool close_dialog(const virtual_display& display, const std::string& window)
+{
+    std::vector<std::string> open;
+    if (!wait_until(5, [&] { return (open = dialogs(display, window)).size() == 1; }))
+        return false;
+    display.key(open[0], "Return");
+    return wait_until(5, [&] { return dialogs(display, window).empty(); });
+}
 
 std::vector<std::string> generation_lines(const std::string& out)
 {
@@ -270,9 +260,7 @@ std::vector<std::string> generation_lines(const std::string& out)
     return lines;
 }
 
-}  // namespace
-
-TEST_F(Panel, WindowAndWidgetsOnScreen)
+void window_and_widgets(const virtual_display& display, const std::string& dir)
 {
     panel_process tarn(dir, display.name, {"m.zkc"});
     std::string window = display.window(panel_title);
@@ -333,7 +321,7 @@ TEST_F(Panel, WindowAndWidgetsOnScreen)
     EXPECT_EQ(shot.pixel(400, 22), background) << "the version field has no box";
 
     // Quit reads nothing: not even the log is written.
-    press(window, "Quit");
+    press(display, window, "Quit");
     EXPECT_EQ(tarn.wait_exit(), 0);
     EXPECT_EQ(tarn.out(), "");
     EXPECT_EQ(tarn.err(), "");
@@ -342,7 +330,7 @@ TEST_F(Panel, WindowAndWidgetsOnScreen)
 
 // What a set of pressed buttons makes the run do is what the matching
 // options do in a batch run: the same lines, messages and files.
-TEST_F(Panel, ButtonsChooseTheTargetsOfTheRun)
+void buttons_choose_targets(const virtual_display& display, const std::string&)
 {
     struct choice {
         std::vector<std::string> buttons;
@@ -372,8 +360,8 @@ TEST_F(Panel, ButtonsChooseTheTargetsOfTheRun)
         std::string window = display.window(panel_title);
         ASSERT_NE(window, "") << what << tarn.err();
         for (const std::string& b : ch.buttons)
-            press(window, b);
-        press(window, "Compile && Quit");
+            press(display, window, b);
+        press(display, window, "Compile && Quit");
         ASSERT_EQ(tarn.wait_exit(), 0) << what << tarn.err();
 
         EXPECT_EQ(generation_lines(tarn.out()), generation_lines(expected.out)) << what;
@@ -391,36 +379,36 @@ TEST_F(Panel, ButtonsChooseTheTargetsOfTheRun)
     }
 }
 
-TEST_F(Panel, MessagesKeepThePanelOpen)
+void messages_keep_panel_open(const virtual_display& display, const std::string& dir)
 {
     panel_process tarn(dir, display.name, {});
     std::string window = display.window(panel_title);
     ASSERT_NE(window, "") << tarn.err();
 
-    press(window, "Compile && Quit");
-    EXPECT_TRUE(close_dialog(window)) << "no message for a missing file";
+    press(display, window, "Compile && Quit");
+    EXPECT_TRUE(close_dialog(display, window)) << "no message for a missing file";
     EXPECT_EQ(tarn.err(), "FILE NOT SELECTED!\n");
     EXPECT_TRUE(tarn.running());
     EXPECT_EQ(display.window(panel_title, 1), window);
 
     // A cancelled file selection.
-    press(window, "Load");
+    press(display, window, "Load");
     std::string selector = display.window("file selection");
     ASSERT_NE(selector, "");
     display.key(selector, "Escape");
-    EXPECT_TRUE(close_dialog(window)) << "no message for a cancelled selection";
+    EXPECT_TRUE(close_dialog(display, window)) << "no message for a cancelled selection";
     EXPECT_EQ(tarn.err(), "FILE NOT SELECTED!\nFILE NOT FOUND!\n");
     EXPECT_TRUE(tarn.running());
 
     // A file typed into the selector is the input of the run.
-    press(window, "Load");
+    press(display, window, "Load");
     selector = display.window("file selection");
     ASSERT_NE(selector, "");
     display.run("xdotool type --window " + selector + " '" + dir + "/m.zkc'");
     display.key(selector, "Return");
     EXPECT_TRUE(wait_until(5, [&] { return display.windows("--name '^file selection$'").empty(); }));
-    press(window, "c");
-    press(window, "Compile && Quit");
+    press(display, window, "c");
+    press(display, window, "Compile && Quit");
     ASSERT_EQ(tarn.wait_exit(), 0) << tarn.err();
     EXPECT_EQ(generation_lines(tarn.out()),
               (std::vector<std::string>{"generation of " + dir + "/m.log", "generation of " + dir + "/m.c",
@@ -428,17 +416,32 @@ TEST_F(Panel, MessagesKeepThePanelOpen)
     EXPECT_NE(read_file(dir + "/m.c"), "");
 }
 
-TEST_F(Panel, NameWithoutSuffixStaysChosen)
+void name_without_suffix(const virtual_display& display, const std::string& dir)
 {
     panel_process tarn(dir, display.name, {"m"});
     std::string window = display.window(panel_title);
     ASSERT_NE(window, "") << tarn.err();
-    EXPECT_TRUE(close_dialog(window)) << "no message for a name without .zkc";
+    EXPECT_TRUE(close_dialog(display, window)) << "no message for a name without .zkc";
     EXPECT_EQ(tarn.err(), "ERROR IN LOADING FILE:\nm\n");
-    press(window, "Compile && Quit");
+    press(display, window, "Compile && Quit");
     ASSERT_EQ(tarn.wait_exit(), 0) << tarn.err();
     EXPECT_EQ(generation_lines(tarn.out()), std::vector<std::string>{"generation of ./m.log"});
     EXPECT_TRUE(std::ifstream(dir + "/m.zkc.log").good());
+}
+
+}  // namespace
+
+// One virtual display for the panel's checks, in sequence, each in a
+// fresh directory holding m.zkc.
+TEST(Panel, OnScreenButtonsAndMessages)
+{
+    virtual_display display;
+    ASSERT_FALSE(display.name.empty()) << "Xvfb did not start";
+    for (auto check : {window_and_widgets, buttons_choose_targets, messages_keep_panel_open, name_without_suffix}) {
+        scratch_dir scratch;
+        scratch.write("m.zkc", worked_module_text);
+        check(display, scratch.path);
+    }
 }
 
 // A server resets when its last client leaves: the panel must reach it

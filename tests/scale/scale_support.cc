@@ -9,7 +9,6 @@
 #include <fstream>
 #include <sstream>
 
-const std::string zkcgen_path = TARN_BINARY_DIR "/tools/zkcgen";
 const std::string tarn_path = TARN_BINARY_DIR "/driver/tarn";
 
 int run_shell(const std::string& command)
@@ -21,10 +20,7 @@ int run_shell(const std::string& command)
 std::string generate(const scratch_dir& s, long equations, int seed)
 {
     std::string name = "g" + std::to_string(equations) + "_" + std::to_string(seed);
-    std::string file = s.path + "/" + name + ".zkc";
-    int status = run_shell(zkcgen_path + " " + std::to_string(equations) + " " + std::to_string(seed) + " " + name +
-                           " > " + file);
-    return status == 0 ? file : "";
+    return generate_module(s.path, name, equations, seed).empty() ? "" : s.path + "/" + name + ".zkc";
 }
 
 namespace {

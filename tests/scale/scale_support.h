@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-extern const std::string zkcgen_path;
 extern const std::string tarn_path;
 
 int run_shell(const std::string& command);  // exit status, -1 if none

@@ -84,9 +84,7 @@ inline int agree(const std::string& name, const std::string& source, long equati
     if (!source.empty())
         EXPECT_EQ(run("cp '" + source + "' '" + file + "'"), 0);
     else
-        EXPECT_EQ(run(zkcgen + " " + std::to_string(equations) + " " + std::to_string(seed) + " " + name + " > '" +
-                      file + "'"),
-                  0);
+        generate_module(s.path, name, equations, seed);
     EXPECT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " " + name + ".zkc -c > /dev/null 2>&1"), 0);
     std::vector<std::string> inputs, outputs;
     if (!read_prototype(read_file(s.path + "/" + name + ".h"), name, inputs, outputs)) {

@@ -198,7 +198,7 @@ TEST(Vcd, GtkwaveReadsTheDumpAsThePrintedTrace)
     {
         // A generated module with many locals.
         scratch_dir s;
-        ASSERT_EQ(run(c_reference::zkcgen + " 300 4 big > '" + s.path + "/big.zkc'"), 0);
+        generate_module(s.path, "big", 300, 4);
         std::vector<std::string> inputs = declared(read_file(s.path + "/big.zkc"), "input:");
         std::vector<std::string> outputs = declared(read_file(s.path + "/big.zkc"), "output:");
         ASSERT_FALSE(inputs.empty());

@@ -15,10 +15,7 @@ TEST(DocSweep, EveryNameReadIsDefinedInFiftyGeneratedModules)
         // From a handful of equations to a few thousand, each size its seed.
         long equations = 5 + 61L * k;
         std::string zkc = s.path + "/" + name + ".zkc";
-        ASSERT_EQ(std::system(("'" TARN_BINARY_DIR "/tools/zkcgen' " + std::to_string(equations) + " " +
-                               std::to_string(1000 + k) + " " + name + " > '" + zkc + "'")
-                                  .c_str()),
-                  0);
+        generate_module(s.path, name, equations, 1000 + k);
         tarn_output r = run_tarn_in(s.path, {name + ".zkc", "-doc"});
         ASSERT_EQ(r.status, 0) << r.err;
         std::string text = read_file(s.path + "/" + name + ".doc");

@@ -44,10 +44,7 @@ inline void check_generated(int seed, long equations)
     std::string name = "gen" + std::to_string(seed);
     SCOPED_TRACE(name);
     scratch_dir dir;
-    std::string command = "'" TARN_BINARY_DIR "/tools/zkcgen' " + std::to_string(equations) + " " +
-                          std::to_string(seed) + " " + name + " > '" + dir.path + "/g.zkc'";
-    ASSERT_EQ(std::system(command.c_str()), 0);
-    std::string zkc = read_file(dir.path + "/g.zkc");
+    std::string zkc = generate_module(dir.path, name, equations, seed);
     ASSERT_FALSE(zkc.empty());
     std::set<std::string> rules = check_both(name, zkc);
     // A pure module leaves only its memorised pairs, its outputs' under

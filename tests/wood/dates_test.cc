@@ -3,7 +3,7 @@
 
 #include <random>
 
-#include "tests/wood/wood_fixture.h"
+#include "tests/wood/wood_builder.h"
 
 using testing::internal::CaptureStderr;
 using testing::internal::CaptureStdout;

@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "tests/wood/wood_fixture.h"
+#include "tests/wood/wood_builder.h"
 
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;

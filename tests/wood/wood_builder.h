@@ -1,7 +1,7 @@
+// Small woods for the tests: variables by name, equations by name, and
+// the text of everything a pass may change in the tables.
 #ifndef TARN_TESTS_WOOD_WOOD_BUILDER_H
 #define TARN_TESTS_WOOD_WOOD_BUILDER_H
-
-// Small woods for the tests: variables by name, equations by name.
 
 #include <gtest/gtest.h>
 
@@ -10,6 +10,7 @@
 #include <regex>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "wood/Bddexpression.h"
 
@@ -30,6 +31,34 @@ struct WoodBuilder {
         return new Bddexpression(name, wood.get(), v(name), exp, 0, 0, type);
     }
     Bddexpression* at(const std::string& name) const { return wood->exp_table[index(name)]; }
+};
+
+// A wood held by value whose equations make their own variable.
+struct TestWood {
+    Bddexpressionwood wood;
+
+    bdd var(const std::string& n) { return wood.New_var_last(n); }
+    long idx(const std::string& n) { return wood.Index_var_by_name(n); }
+    bddpp_manager& m() { return *wood.bdd_manager; }
+    Bddexpression* eq(const std::string& n, const bdd& exp, long early = 0, long late = 0)
+    {
+        bdd v = var(n);
+        return new Bddexpression(n, &wood, v, exp, early, late);
+    }
+    Bddexpression* at(const std::string& n) { return wood.exp_table[idx(n)]; }
+    IndexSet readers(const std::string& n) { return wood.amont_table[idx(n)]; }
+    IndexSet ids(std::initializer_list<const char*> names)
+    {
+        IndexSet r;
+        for (const char* n : names) r.insert(idx(n));
+        return r;
+    }
+    std::vector<std::string> names(const std::list<long>& l)
+    {
+        std::vector<std::string> r;
+        for (long i : l) r.push_back(wood.Name_var_by_index(i));
+        return r;
+    }
 };
 
 // Stream forms carry addresses; the tests compare them without.

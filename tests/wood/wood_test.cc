@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "tests/wood/wood_fixture.h"
+#include "tests/wood/wood_builder.h"
 
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
