@@ -95,7 +95,20 @@ void Bddexpressionwood::stat(std::ostream& out) const
         if (late_dates[i] >= 0 && late_dates[i] <= nb_level)
             by_level[late_dates[i]].second.push_back(i);
     }
+    // Dates come from the file and may be anything up to the largest long:
+    // a run of more than a million levels without any date is one line,
+    // so that the listing ends.
+    const long empty_run = 1000000;
     for (long level = 0; level <= nb_level; ++level) {
+        auto next = by_level.lower_bound(level);
+        long last_empty = next == by_level.end() ? nb_level : next->first - 1;
+        if (last_empty - level >= empty_run) {
+            out << "      levels: " << level << " to " << last_empty << ": no date" << std::endl;
+            if (last_empty == nb_level)
+                break;
+            level = last_empty;
+            continue;
+        }
         out << "      level: " << level << std::endl;
         auto found = by_level.find(level);
         out << "        early date: ";

@@ -66,6 +66,11 @@ std::vector<bad_case> bad_cases()
         {"10 MB name", worked_with("local: n r;", "local: n r " + std::string(10000000, 'q') + ";"), 0,
          "parsing terminated\n"},
         {"10 MB comment", "// " + std::string(10000000, 'c') + "\n" + text, 0, "parsing terminated\n"},
+        // Found by the fuzzer: the cycle's report lists the wood's levels
+        // up to a date read from the file, eleven digits long.
+        {"cycle dated near the largest long",
+         read_file(TARN_SOURCE_DIR "/tests/driver/inputs/cycle_dated_near_the_largest_long.zkc"), 1,
+         "~      levels: 2 to 12147483647: no date\n"},
     };
     // A valid module cut at every tenth of its length.
     for (int k = 1; k < 10; ++k)
