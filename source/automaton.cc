@@ -265,7 +265,10 @@ void Automaton::createEquations(Module* m, EquationTable* t)
     // own transitions enters again runs two copies of its module: the
     // re-entry kills the live copy and starts the other one afresh in the
     // same reaction, as a loop runs two copies of a body that can end and
-    // start again at once. The register `live` says which copy runs.
+    // start again at once. The register `live` says which copy runs. So
+    // does a state that an initial transition enters and that a transition
+    // leaves for a final state: the automaton ends there, and a loop around
+    // it starts it again in the same reaction.
     // `done` remembers a module that ended in the reaction its state was
     // entered, so that the normal termination fires in the next reaction.
     auto nextEquation = [&](Signal* next, const bdd& f) {
@@ -316,13 +319,19 @@ void Automaton::createEquations(Module* m, EquationTable* t)
         }
         Running& r = running[s];
         r.copies.push_back(run);
-        bool reentered = false, normal = false;
+        bool reentered = false, normal = false, initial = false, ends = false;
         for (Transition* tr : transitions) {
-            if (tr->isInitial() || tr->getSource() != s->getName())
+            if (tr->isInitial()) {
+                initial = initial || tr->getTarget() == s->getName();
+                continue;
+            }
+            if (tr->getSource() != s->getName())
                 continue;
             reentered = reentered || tr->getTarget() == s->getName();
             normal = normal || tr->getType() == Transition::NORMAL_TERMINATION;
+            ends = ends || (tr->getType() != Transition::NORMAL_TERMINATION && state(tr->getTarget())->isFinal());
         }
+        reentered = reentered || (initial && ends);
         if (reentered) {
             r.copies.push_back(static_cast<Run*>(run->duplicate(m, t)));
             createRegister(m, t, free_name(m, "live" + name + "_" + s->getName()),
@@ -412,15 +421,15 @@ void Automaton::createEquations(Module* m, EquationTable* t)
         for (Emit* e : s->getMooreActions())
             emissions.add(e, b->Minterm(s->getId(), bits, next.data()));
 
-    // The runs start on entering their state and are killed on leaving it
-    // (or with the automaton); on a re-entry the copy that was not running
-    // starts.
+    // The runs start on entering their state and are killed on leaving it,
+    // with the automaton, or when the automaton starts again while in the
+    // state; on a re-entry the copy that was not running starts.
     for (State* s : states) {
         if (running.count(s) == 0)
             continue;
         Running& r = running[s];
         bdd here = minterm(s->getId());
-        bdd killed = b->Bdd_and(here, kill);
+        bdd killed = b->Bdd_and(here, b->Bdd_or(kill, start));
         for (Transition* tr : transitions)
             if (!tr->isInitial() && tr->getSource() == s->getName() && tr->getType() != Transition::NORMAL_TERMINATION)
                 killed = b->Bdd_or(killed, b->Bdd_and(here, tr->triggerable_bdd(m)));

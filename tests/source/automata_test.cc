@@ -100,6 +100,14 @@ const std::vector<traced> cases = {
      "run\nin: s w\nout: d\n0 0 : 0\n0 0 : 0\n0 1 : 1\n0 0 : 0\n0 0 : 1\n"
      // Strong in reaction 3 takes it back.
      "run\nin: s w\nout: d\n0 0 : 0\n0 0 : 0\n1 0 : 0\n0 0 : 0\n0 0 : 1\n"},
+    {"a loop starts again an automaton that ends from a running state: the modules under it start afresh",
+     twice + "module inner: Output: d; automaton state: P run twice; transition: initial-> P;\nend\n"
+             "module mid: Input: a; Output: d;\n"
+             "automaton state: Q run inner; state: F final; transition: initial-> Q; Q [a] -> F;\nend\n"
+             "module outer: Input: a; Output: d; loop { run mid } end\n",
+     "outer",
+     // Restarted in reaction 2: d two reactions after, in 4, not in 3.
+     "in: a\nout: d\n0 : 0\n1 : 0\n0 : 0\n0 : 1\n0 : 0\n"},
     {"a normal termination back to its own state runs the module again",
      twice + "module rerun: Output: d;\n"
              "automaton state: P run twice; transition: initial-> P; P normalterm-> P;\nend\n",
