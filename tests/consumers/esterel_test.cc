@@ -5,10 +5,10 @@
 // says otherwise; those rules are listed once, by what they are.
 
 #include "data/data.h"
-#include "driver/tarn_run.h"
 #include "model/module.h"
 #include "signals/signal.h"
 #include "tests/consumers/c_reference.h"
+#include "tests/consumers/finalised_module.h"
 #include "tests/tarn_process.h"
 #include "tests/worked_module.h"
 #include "wood/Bddexpression.h"
@@ -42,19 +42,9 @@ struct module_facts {
 module_facts read_facts(const std::string& file)
 {
     module_facts f;
-    std::string suffix;
-    bool ok = false;
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    Module* m = parse(file, suffix, &ok);
-    if (m != nullptr)
-        Module::finalize(m, 0);
-    testing::internal::GetCapturedStdout();
-    testing::internal::GetCapturedStderr();
-    if (!ok || m == nullptr) {
-        ADD_FAILURE() << "not read: " << file;
+    Module* m = finalised_module(file);
+    if (m == nullptr)
         return f;
-    }
     Bddexpressionwood* wood = m->getBddWood();
     if (m->getOutputSignalList() != nullptr)
         for (Signal* s : *m->getOutputSignalList())
