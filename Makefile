@@ -93,7 +93,11 @@ test-sanitize: deps
 # FUZZ_TIME seconds each, from the corpus kept beside it; the whole log and
 # what is found land in $(BUILD)-fuzz/runs/<target>/, and the coverage at
 # the start and the end, the figures and any finding are printed.
-FUZZ_TIME ?= 60
+# A target runs in slices of FUZZ_SLICE seconds, each a fresh process on
+# the corpus grown so far: the modules a run makes live until its process
+# ends, so one process over millions of inputs would grow without bound.
+FUZZ_TIME  ?= 60
+FUZZ_SLICE ?= 600
 fuzz: deps
 	CC=clang CXX=clang++ cmake -S . -B $(BUILD)-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTARN_FUZZ=ON
 	cmake --build $(BUILD)-fuzz -j $(JOBS) $$(cmake --build $(BUILD)-fuzz --target help | sed -n 's/^\.\.\. \([a-z_]*_fuzz\)$$/--target \1/p')
@@ -102,11 +106,14 @@ fuzz: deps
 	  run=$(BUILD)-fuzz/runs/$$name; mkdir -p $$run/corpus; \
 	  cp -n $$src/corpus/* $$run/corpus/ 2>/dev/null || true; \
 	  dict=""; for d in $$src/*.dict; do [ -f $$d ] && dict="-dict=$$d"; done; \
-	  echo "== $$name for $(FUZZ_TIME) s"; \
-	  ( cd $$run && ASAN_OPTIONS=detect_leaks=0 $(CURDIR)/$$f corpus $$(echo $$dict | sed 's|=|=$(CURDIR)/|') \
-	      -max_total_time=$(FUZZ_TIME) -timeout=10 -rss_limit_mb=4096 -print_final_stats=1 ) > $$run/fuzz.log 2>&1 || true; \
-	  grep -E '^#[0-9]+ *(INITED|DONE)|^Done|^stat::|^==[0-9]+==|^SUMMARY' $$run/fuzz.log; \
-	  if ls $$run | grep -E '^(crash|timeout|leak|oom|slow-unit)-'; then echo "$$name: findings in $$run"; found=1; fi; \
+	  echo "== $$name for $(FUZZ_TIME) s"; : > $$run/fuzz.log; \
+	  left=$(FUZZ_TIME); while [ $$left -gt 0 ]; do \
+	    slice=$$(( left < $(FUZZ_SLICE) ? left : $(FUZZ_SLICE) )); left=$$(( left - slice )); \
+	    ( cd $$run && ASAN_OPTIONS=detect_leaks=0 $(CURDIR)/$$f corpus $$(echo $$dict | sed 's|=|=$(CURDIR)/|') \
+	        -max_total_time=$$slice -timeout=10 -rss_limit_mb=4096 -print_final_stats=1 ) >> $$run/fuzz.log 2>&1 || left=0; \
+	  done; \
+	  grep -E '^#[0-9]+ *(INITED|DONE)|^Done|^stat::number|^stat::new|^stat::peak|^==[0-9]+==|^SUMMARY' $$run/fuzz.log; \
+	  if ls $$run | grep -E '^(crash|timeout|leak|oom)-'; then echo "$$name: findings in $$run"; found=1; fi; \
 	done; exit $$found
 
 release: deps

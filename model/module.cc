@@ -139,10 +139,34 @@ Signal* Module::getSignalFromInternalName(const std::string& n) const
     return s;
 }
 
+std::unordered_map<std::string, Signal*> Module::signalsByName() const
+{
+    std::unordered_map<std::string, Signal*> byName;
+    for (const std::list<Signal*>* l : {inputs, outputs, data_signals, locals})
+        if (l != nullptr)
+            for (Signal* s : *l)
+                if (s != nullptr)
+                    byName.emplace(s->getOriginalName(), s);
+    if (memorized != nullptr)
+        for (memorizedSignal* pair : *memorized)
+            if (pair != nullptr && pair->getPre() != nullptr)
+                byName.emplace(pair->getPre()->getInternalName(), pair->getPre());
+    return byName;
+}
+
 Signal* Module::getSignalById(long id, Bddexpressionwood* w)
 {
     SignalRef* ref = signal_manager->getSignalRefById(id, w);
     return ref != nullptr ? getSignal(ref->getInternalName()) : nullptr;
+}
+
+Signal* Module::getSignalById(long id, Bddexpressionwood* w, const std::unordered_map<std::string, Signal*>& byName)
+{
+    SignalRef* ref = signal_manager->getSignalRefById(id, w);
+    if (ref == nullptr)
+        return nullptr;
+    auto found = byName.find(ref->getInternalName());
+    return found != byName.end() ? found->second : nullptr;
 }
 
 std::string Module::getSignalNameById(long id, Bddexpressionwood* w)

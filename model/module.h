@@ -10,6 +10,7 @@
 #include <istream>
 #include <ostream>
 #include <string>
+#include <unordered_map>
 
 class Bddexpressionwood;
 class EquationTable;
@@ -94,8 +95,15 @@ public:
     // The same lists by internal name.
     Signal* getSignalFromInternalName(const std::string& name) const;
 
+    // Every signal getSignal finds, under the name it finds it by, the
+    // first one in getSignal's order: one lookup each for a walk over many
+    // names, while the lists stay as they are.
+    std::unordered_map<std::string, Signal*> signalsByName() const;
+
     // Lookups by BDD variable index in a wood.
     Signal* getSignalById(long id, Bddexpressionwood* wood);
+    // The same through a table of signalsByName().
+    Signal* getSignalById(long id, Bddexpressionwood* wood, const std::unordered_map<std::string, Signal*>& byName);
     // The ref's current name; no ref is a fatal error.
     std::string getSignalNameById(long id, Bddexpressionwood* wood);
     // The other wire of the same ref; no ref is a fatal error.

@@ -96,6 +96,7 @@ void Module::CSharp_put(std::ostream& os)
     std::set<std::string> stateNames;
     for (regclass* r : regs)
         stateNames.insert(r->actual_var()->getOverName(this));
+    std::unordered_map<std::string, Signal*> byName = signalsByName();
     for (long index : wood->Set_of_index_used_variables()) {
         std::string var = wood->Name_var_by_index(index);
         bool under = var.compare(0, 4, "v_v_") == 0;
@@ -103,7 +104,7 @@ void Module::CSharp_put(std::ostream& os)
         if (over && stateNames.count(var) != 0)
             continue;
         os << "            bool " << var;
-        Signal* s = getSignalById(index, wood);
+        Signal* s = getSignalById(index, wood, byName);
         if (!under && s != nullptr && (s->isInput() || s->isOutput() || s->isRegister()))
             os << "  =  false";
         os << ";\n";

@@ -92,6 +92,16 @@ TEST_F(ReadModule, LookupByVariable)
     EXPECT_EQ(m.getSignalById(999, wood), nullptr);
     Bddexpressionwood elsewhere;
     EXPECT_EQ(m.getSignalById(pre->getUnderBddId(&m, wood), &elsewhere), nullptr);
+    // The table form finds what the scan finds, for every variable: the
+    // first of two signals of one name, pre signals by internal name.
+    m.addPreSignal(make("in"), loc, "0");
+    const auto byName = m.signalsByName();
+    for (long id = -1; id <= wood->my_bdd_manager()->variables_number; ++id) {
+        EXPECT_EQ(m.getSignalById(id, wood, byName), m.getSignalById(id, wood)) << id;
+        EXPECT_EQ(m.getSignalById(id, &elsewhere, byName), m.getSignalById(id, &elsewhere)) << id;
+    }
+    EXPECT_EQ(byName.at("both"), out);
+    EXPECT_EQ(byName.at("in"), in);
 
     Module plain("p");
     Signal* s = new Signal("s", &plain, plain.getBddWood());
