@@ -165,48 +165,28 @@ void restrict_literal(Bddexpressionwood& w, const bdd& cube, std::list<int>& kee
     w.constants_propagation_literal(keep);
 }
 
-// The snap of both sides, which must agree. A snap of the texts makes
-// nodes: both sides must take the same snaps.
-template <class Snap = decltype(&state)> std::string same_start(WoodBuilder& slow, WoodBuilder& fast, Snap snap = state)
-{
-    std::string start = snap(slow);
-    EXPECT_EQ(start, snap(fast));
-    return start;
-}
-
-// `on_slow` on one side and `on_fast` on the other: both must leave the
-// same reports and the same snap, which is returned; the reports in
-// `report` if asked.
-template <class Slow, class Fast, class Snap = decltype(&state)>
-std::string same_effect(WoodBuilder& slow, WoodBuilder& fast, Slow on_slow, Fast on_fast, Snap snap = state,
-                        std::string* report = nullptr)
-{
-    std::string slow_err = stderr_of([&] { on_slow(*slow.wood); });
-    std::string fast_err = stderr_of([&] { on_fast(*fast.wood); });
-    EXPECT_EQ(slow_err, fast_err);
-    if (report != nullptr)
-        *report = slow_err;
-    return same_start(slow, fast, snap);
-}
-
 } // namespace
 
 TEST(WholeWoodPasses, ReaderRebuildMatchesTheLiteralOne)
 {
     long mended = 0;
-    for (unsigned seed = 1; seed <= 300 && !HasFailure(); ++seed) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
+    for (unsigned seed = 1; seed <= 300; ++seed) {
         WoodBuilder slow, fast;
         build_spoilt(slow, seed);
         build_spoilt(fast, seed);
-        std::string spoilt = same_start(slow, fast);
-        mended += same_effect(slow, fast, rebuild_literal,
-                              [](Bddexpressionwood& w) { w.internal_global_build_dependances(); }) != spoilt;
+        std::string spoilt = state(slow);
+        ASSERT_EQ(spoilt, state(fast)) << "seed " << seed;
+        rebuild_literal(*slow.wood);
+        fast.wood->internal_global_build_dependances();
+        ASSERT_EQ(state(slow), state(fast)) << "seed " << seed;
+        mended += state(slow) != spoilt ? 1 : 0;
         // Exact tables: the check finds nothing, a second rebuild neither.
-        EXPECT_EQ(stderr_of([&] { fast.wood->coherence_dependances_check(std::cerr); }), "");
+        testing::internal::CaptureStderr();
+        fast.wood->coherence_dependances_check(std::cerr);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "seed " << seed;
         std::string once = state(fast);
         fast.wood->internal_global_build_dependances();
-        EXPECT_EQ(once, state(fast));
+        ASSERT_EQ(once, state(fast)) << "seed " << seed;
     }
     EXPECT_GT(mended, 250);
 }
@@ -216,8 +196,7 @@ TEST(WholeWoodPasses, ConstantsLeaveNothingToPrune)
     // The wire and local passes drop the prune that used to follow the
     // propagation: it must be a no-op there, whatever the wood was.
     long propagated = 0;
-    for (unsigned seed = 1; seed <= 300 && !HasFailure(); ++seed) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
+    for (unsigned seed = 1; seed <= 300; ++seed) {
         WoodBuilder slow, fast;
         build_spoilt(slow, seed);
         build_spoilt(fast, seed);
@@ -225,12 +204,12 @@ TEST(WholeWoodPasses, ConstantsLeaveNothingToPrune)
         if (seed % 2 == 0)
             keep = {int(Compilation::SOUTPUT), int(Compilation::SREG)};
         long before = slow.wood->exp_number();
-        same_effect(
-            slow, fast, [&](Bddexpressionwood& w) { w.constants_propagation_literal(keep); },
-            [&](Bddexpressionwood& w) { w.constants_propagation(keep); });
-        std::string propagated_state = state(fast);
+        slow.wood->constants_propagation_literal(keep);
+        fast.wood->constants_propagation(keep);
+        std::string propagated_state = state(slow);
+        ASSERT_EQ(propagated_state, state(fast)) << "seed " << seed;
         fast.wood->prune_readers();
-        EXPECT_EQ(propagated_state, state(fast));
+        ASSERT_EQ(propagated_state, state(fast)) << "seed " << seed;
         propagated += slow.wood->exp_number() != before ? 1 : 0;
     }
     EXPECT_GT(propagated, 100);
@@ -239,8 +218,7 @@ TEST(WholeWoodPasses, ConstantsLeaveNothingToPrune)
 TEST(WholeWoodPasses, RestrictionMatchesTheLiteralRewrite)
 {
     long changed = 0;
-    for (unsigned seed = 1; seed <= 300 && !HasFailure(); ++seed) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
+    for (unsigned seed = 1; seed <= 300; ++seed) {
         WoodBuilder slow, fast;
         build_spoilt(slow, seed);
         build_spoilt(fast, seed);
@@ -248,21 +226,26 @@ TEST(WholeWoodPasses, RestrictionMatchesTheLiteralRewrite)
         long n = slow.wood->nb_bdd_vars;
         long a = long(rng() % n), b = long(rng() % n);
         int form = int(rng() % 4); // literal, negated literal, cube of two, a non-cube
-        auto cube = [&](Bddexpressionwood& w) {
-            bddpp_manager* m = w.bdd_manager;
-            bdd x = m->Bdd_var_by_index(a);
+        auto cube = [&](WoodBuilder& w) {
+            bdd x = w.m()->Bdd_var_by_index(a);
             if (form == 1)
-                return m->Bdd_not(x);
-            bdd y = m->Bdd_var_by_index(b);
-            return form == 2 ? m->Bdd_and(x, m->Bdd_not(y)) : (form == 3 ? m->Bdd_or(x, y) : x);
+                return w.m()->Bdd_not(x);
+            bdd y = w.m()->Bdd_var_by_index(b);
+            return form == 2 ? w.m()->Bdd_and(x, w.m()->Bdd_not(y)) : (form == 3 ? w.m()->Bdd_or(x, y) : x);
         };
         std::list<int> keep;
         if (seed % 2 == 0)
             keep = {int(Compilation::SOUTPUT)};
         std::string start = state(slow);
-        changed += same_effect(
-                       slow, fast, [&](Bddexpressionwood& w) { restrict_literal(w, cube(w), keep); },
-                       [&](Bddexpressionwood& w) { w.reduce_expressions(cube(w), keep); }) != start;
+        testing::internal::CaptureStderr();
+        restrict_literal(*slow.wood, cube(slow), keep);
+        std::string slow_err = testing::internal::GetCapturedStderr();
+        testing::internal::CaptureStderr();
+        fast.wood->reduce_expressions(cube(fast), keep);
+        std::string fast_err = testing::internal::GetCapturedStderr();
+        ASSERT_EQ(slow_err, fast_err) << "seed " << seed;
+        ASSERT_EQ(state(slow), state(fast)) << "seed " << seed;
+        changed += state(slow) != start ? 1 : 0;
     }
     EXPECT_GT(changed, 250);
 }
@@ -307,8 +290,7 @@ TEST(WholeWoodPasses, RestrictionRunMatchesSeparateCalls)
     // process on one that reads itself, so the woods of the wire pass read
     // downwards only.
     long exact = 0, changed = 0, hidden = 0;
-    for (unsigned seed = 1; seed <= 300 && !HasFailure(); ++seed) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
+    for (unsigned seed = 1; seed <= 300; ++seed) {
         const bool wires = seed % 3 != 0;
         WoodBuilder slow, fast;
         build_spoilt(slow, seed, wires, !wires);
@@ -320,17 +302,19 @@ TEST(WholeWoodPasses, RestrictionRunMatchesSeparateCalls)
         // Spoilt woods may list ids past the tables, which no text prints.
         auto snap = [wires](WoodBuilder& w) { return wires ? state(w) : state_and_texts(w); };
         Bddexpressionwood::ReductionRun run;
-        std::list<int> kinds{int(Compilation::SOUTPUT), int(Compilation::SREG)};
-        std::string start = wires ? same_effect(
-                                        slow, fast, [&](Bddexpressionwood& w) { w.suppress_wires(kinds); },
-                                        [&](Bddexpressionwood& w) { w.suppress_wires(kinds, run); }, snap)
-                                  : same_start(slow, fast, snap);
-        exact += run.exact ? 1 : 0;
-        std::string end = start;
+        if (wires) {
+            std::list<int> kinds{int(Compilation::SOUTPUT), int(Compilation::SREG)};
+            std::string slow_err = stderr_of([&] { slow.wood->suppress_wires(kinds); });
+            std::string fast_err = stderr_of([&] { fast.wood->suppress_wires(kinds, run); });
+            ASSERT_EQ(slow_err, fast_err) << "seed " << seed;
+            exact += run.exact ? 1 : 0;
+        }
+        std::string start = snap(slow);
+        ASSERT_EQ(start, snap(fast)) << "seed " << seed;
+
         std::mt19937 rng(seed * 7927);
         long n = slow.wood->nb_bdd_vars;
-        for (int step = 0; step < 5 && !HasFailure(); ++step) {
-            SCOPED_TRACE("step " + std::to_string(step));
+        for (int step = 0; step < 5; ++step) {
             // The kinds kept may change from one call to the next: a constant
             // kept by the first call leaves the wood in a later one.
             std::list<int> keep;
@@ -339,17 +323,17 @@ TEST(WholeWoodPasses, RestrictionRunMatchesSeparateCalls)
             // One literal mostly, sometimes a cube of two.
             long a = long(rng() % n), b = long(rng() % n);
             bool neg_a = rng() % 2, neg_b = rng() % 2, two = rng() % 4 == 0 && b != a;
-            auto cube = [&](Bddexpressionwood& w) {
-                bddpp_manager* m = w.bdd_manager;
-                bdd c = m->Bdd_var_by_index(a), d = m->Bdd_var_by_index(b);
-                c = neg_a ? m->Bdd_not(c) : c;
-                return two ? m->Bdd_and(c, neg_b ? m->Bdd_not(d) : d) : c;
+            auto cube = [&](WoodBuilder& w) {
+                bdd c = w.m()->Bdd_var_by_index(a), d = w.m()->Bdd_var_by_index(b);
+                c = neg_a ? w.m()->Bdd_not(c) : c;
+                return two ? w.m()->Bdd_and(c, neg_b ? w.m()->Bdd_not(d) : d) : c;
             };
-            end = same_effect(
-                slow, fast, [&](Bddexpressionwood& w) { w.reduce_expressions(cube(w), keep); },
-                [&](Bddexpressionwood& w) { w.reduce_expressions(cube(w), keep, run); }, snap);
+            std::string slow_err = stderr_of([&] { slow.wood->reduce_expressions(cube(slow), keep); });
+            std::string fast_err = stderr_of([&] { fast.wood->reduce_expressions(cube(fast), keep, run); });
+            ASSERT_EQ(slow_err, fast_err) << "seed " << seed << " step " << step;
+            ASSERT_EQ(snap(slow), snap(fast)) << "seed " << seed << " step " << step;
         }
-        changed += end != start ? 1 : 0;
+        changed += snap(slow) != start ? 1 : 0;
     }
     EXPECT_EQ(exact, 200);
     EXPECT_GT(changed, 200);
@@ -417,8 +401,7 @@ TEST(WholeWoodPasses, SortsByDateMatchTheLevelScans)
 TEST(WholeWoodPasses, SuppressLocalListMatchesPlainOneByOne)
 {
     long eliminated = 0, reports = 0;
-    for (unsigned seed = 1; seed <= 300 && !HasFailure(); ++seed) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
+    for (unsigned seed = 1; seed <= 300; ++seed) {
         WoodBuilder slow, fast;
         slow.m()->plain_operators = true;
         build_spoilt(slow, seed, seed % 4 == 1, seed % 5 != 0);
@@ -439,14 +422,13 @@ TEST(WholeWoodPasses, SuppressLocalListMatchesPlainOneByOne)
         if (seed % 3 == 0)
             vars.reverse();
         long before = slow.wood->exp_number();
-        std::string slow_err;
-        same_effect(
-            slow, fast,
-            [&](Bddexpressionwood& w) {
-                for (long v : vars)
-                    w.suppress_local(v);
-            },
-            [&](Bddexpressionwood& w) { w.suppress_local(vars); }, state_and_texts, &slow_err);
+        std::string slow_err = stderr_of([&] {
+            for (long v : vars)
+                slow.wood->suppress_local(v);
+        });
+        std::string fast_err = stderr_of([&] { fast.wood->suppress_local(vars); });
+        ASSERT_EQ(slow_err, fast_err) << "seed " << seed;
+        ASSERT_EQ(state_and_texts(slow), state_and_texts(fast)) << "seed " << seed;
         reports += slow_err.empty() ? 0 : 1;
         eliminated += before - slow.wood->exp_number();
     }
