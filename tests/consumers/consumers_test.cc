@@ -12,11 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
-#include <map>
-#include <random>
 #include <regex>
 #include <sstream>
 #include <string>

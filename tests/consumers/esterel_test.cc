@@ -7,7 +7,6 @@
 #include "data/data.h"
 #include "model/module.h"
 #include "signals/signal.h"
-#include "tests/consumers/c_reference.h"
 #include "tests/consumers/finalised_module.h"
 #include "tests/tarn_process.h"
 #include "tests/worked_module.h"
@@ -27,8 +26,6 @@
 #endif
 
 namespace {
-
-using namespace c_reference;
 
 // What the rules need to know of the module.
 struct module_facts {
