@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <map>
 #include <random>
 #include <regex>
@@ -29,90 +28,156 @@ inline const std::string cflags = "-Werror -Wno-int-conversion";
 using trace = std::vector<std::vector<int>>;         // step -> value per port
 using port_values = std::map<std::string, std::vector<int>>; // port -> value per step
 
+// A parameter of the reaction: a presence ("int x", "int* x") or a value
+// of the user's type ("integer x_val", "integer* x_val").
+struct c_port {
+    std::string name;
+    bool valued = false;
+};
+
 inline int run(const std::string& command) { return WEXITSTATUS(std::system(command.c_str())); }
 
 inline bool have(const char* tool) { return run(std::string("command -v ") + tool + " > /dev/null 2>&1") == 0; }
 
-// The reaction's parameters as the header declares them: "int x" is an
-// input, "int*x" an output. False when a parameter is of another type.
-inline bool read_prototype(const std::string& header, const std::string& module, std::vector<std::string>& inputs,
-                    std::vector<std::string>& outputs)
+// The reaction's parameters as the header declares them, pointers being
+// outputs. False when a parameter is of another type.
+inline bool read_ports(const std::string& header, const std::string& module, std::vector<c_port>& inputs,
+                       std::vector<c_port>& outputs)
 {
     std::string head = "extern void " + module + "_automaton(";
     std::size_t at = header.find(head);
     if (at == std::string::npos)
         return false;
-    std::size_t close = header.find(')', at);
-    std::stringstream params(header.substr(at + head.size(), close - at - head.size()));
+    std::stringstream params(header.substr(at + head.size(), header.find(')', at) - at - head.size()));
     std::string p;
+    std::smatch m;
     while (std::getline(params, p, ',')) {
-        std::smatch m;
-        if (std::regex_match(p, m, std::regex("\\s*int\\s*\\*\\s*(\\w+)\\s*")))
-            outputs.push_back(m[1]);
-        else if (std::regex_match(p, m, std::regex("\\s*int\\s+(\\w+)\\s*")))
-            inputs.push_back(m[1]);
-        else
+        if (!std::regex_match(p, m, std::regex("\\s*(int|integer)\\s*(\\*?)\\s*(\\w+)\\s*")))
             return false;
+        (m[2].length() != 0 ? outputs : inputs).push_back({m[3], m[1] == "integer"});
     }
     return true;
 }
 
-inline trace random_trace(std::size_t ports, unsigned seed)
+// The same for a pure module: the names alone, and false on a value.
+inline bool read_prototype(const std::string& header, const std::string& module, std::vector<std::string>& inputs,
+                           std::vector<std::string>& outputs)
+{
+    std::vector<c_port> in, out;
+    if (!read_ports(header, module, in, out))
+        return false;
+    for (auto [ports, names] : {std::pair{&in, &inputs}, std::pair{&out, &outputs}})
+        for (const c_port& p : *ports) {
+            if (p.valued)
+                return false;
+            names->push_back(p.name);
+        }
+    return true;
+}
+
+inline std::vector<c_port> presences(const std::vector<std::string>& names)
+{
+    std::vector<c_port> ports;
+    for (const std::string& n : names)
+        ports.push_back({n});
+    return ports;
+}
+
+// Each step a presence of 0 or 1 and a value from 0 to 59.
+inline trace random_trace(const std::vector<c_port>& inputs, unsigned seed, std::size_t length = steps)
 {
     std::mt19937 rng(seed);
-    trace t(steps, std::vector<int>(ports));
+    trace t(length, std::vector<int>(inputs.size()));
     for (auto& step : t)
-        for (int& v : step)
-            v = int(rng() % 2);
+        for (std::size_t i = 0; i < inputs.size(); ++i)
+            step[i] = int(rng() % (inputs[i].valued ? 60 : 2));
     return t;
 }
 
-// Compiles the module's C with a driver that resets once and reacts once
-// per line of inputs, printing the outputs.
-inline port_values run_c(const scratch_dir& s, const std::string& module, const std::vector<std::string>& inputs,
-                  const std::vector<std::string>& outputs, const trace& t)
+inline trace random_trace(std::size_t ports, unsigned seed)
 {
-    std::ofstream driver(s.path + "/driver.c");
-    driver << "#include <stdio.h>\n#include \"" << module << ".h\"\nint main(void) {\n";
-    driver << "  int in[" << inputs.size() + 1 << "], out[" << outputs.size() + 1 << "];\n";
-    driver << "  " << module << "_reset_automaton();\n  for (;;) {\n";
-    for (std::size_t i = 0; i < inputs.size(); ++i)
-        driver << "    if (scanf(\"%d\", &in[" << i << "]) != 1) return 0;\n";
-    if (inputs.empty())
-        driver << "    int go; if (scanf(\"%d\", &go) != 1) return 0;\n";
-    for (std::size_t o = 0; o < outputs.size(); ++o)
-        driver << "    out[" << o << "] = 0;\n";
-    driver << "    " << module << "_automaton(";
-    for (std::size_t i = 0; i < inputs.size(); ++i)
-        driver << (i ? ", " : "") << "in[" << i << "]";
-    for (std::size_t o = 0; o < outputs.size(); ++o)
-        driver << (o || !inputs.empty() ? ", " : "") << "&out[" << o << "]";
-    driver << ");\n";
-    for (std::size_t o = 0; o < outputs.size(); ++o)
-        driver << "    printf(\"%d \", out[" << o << "] != 0);\n";
-    driver << "    printf(\"\\n\");\n  }\n}\n";
-    driver.close();
+    return random_trace(std::vector<c_port>(ports), seed);
+}
 
-    std::string err = s.path + "/gcc.txt";
-    EXPECT_EQ(run("cd '" + s.path + "' && gcc " + cflags + " -o driver driver.c " + module + ".c 2> gcc.txt"), 0)
-        << read_file(err);
-    std::ofstream in(s.path + "/trace.txt");
+// The trace as a reaction reads it: a line per reaction, a lone 1 when the
+// module has no input.
+inline std::string trace_text(const trace& t, bool no_inputs)
+{
+    std::string text;
     for (const auto& step : t) {
         for (int v : step)
-            in << v << " ";
-        in << (inputs.empty() ? "1" : "") << "\n";
+            text += std::to_string(v) + " ";
+        text += no_inputs ? "1\n" : "\n";
     }
-    in.close();
-    EXPECT_EQ(run("cd '" + s.path + "' && ./driver < trace.txt > c_out.txt"), 0);
-    port_values values;
-    std::istringstream lines(read_file(s.path + "/c_out.txt"));
-    for (int step = 0; step < steps; ++step)
-        for (const std::string& o : outputs) {
-            int v = -1;
-            lines >> v;
-            values[o].push_back(v);
+    return text;
+}
+
+// The statements, C and C++ alike, of one reaction read from the stream
+// `in` and written to `out`: false (0) at the end of the trace. Before the
+// reaction each presence is cleared and each value set to -1, so that what
+// the reaction leaves there shows.
+inline std::string reaction_code(const std::string& module, const std::vector<c_port>& inputs,
+                                 const std::vector<c_port>& outputs)
+{
+    std::ostringstream r;
+    std::string args, sep;
+    for (const auto* list : {&inputs, &outputs})
+        for (const c_port& p : *list) {
+            r << "  " << (p.valued ? "integer" : "int") << " v_" << p.name << ";\n";
+            args += sep + (list == &outputs ? "&v_" : "v_") + p.name;
+            sep = ", ";
         }
+    if (inputs.empty())
+        r << "  int go; if (fscanf(in, \"%d\", &go) != 1) return 0;\n";
+    for (const c_port& p : inputs)
+        r << "  if (fscanf(in, \"%d\", &v_" << p.name << ") != 1) return 0;\n";
+    for (const c_port& p : outputs)
+        r << "  v_" << p.name << (p.valued ? " = -1;\n" : " = 0;\n");
+    r << "  " << module << "_automaton(" << args << ");\n";
+    for (const c_port& p : outputs)
+        r << "  fprintf(out, \"%d \", v_" << p.name << (p.valued ? "" : " != 0") << ");\n";
+    r << "  fprintf(out, \"\\n\");\n";
+    return r.str();
+}
+
+// Lines of values, one per reaction, a value per output: -1 where one is
+// missing.
+inline port_values read_values(const std::string& text, const std::vector<c_port>& outputs, std::size_t reactions)
+{
+    port_values values;
+    for (const c_port& o : outputs)
+        values[o.name].assign(reactions, -1);
+    std::istringstream lines(text);
+    std::string line;
+    for (std::size_t step = 0; step < reactions && std::getline(lines, line); ++step) {
+        std::istringstream fields(line);
+        for (const c_port& o : outputs)
+            fields >> values[o.name][step];
+    }
     return values;
+}
+
+// Compiles the module's C (with `more`, further files or options for gcc)
+// with a driver that resets once and reacts once per line of the trace.
+inline port_values run_c(const scratch_dir& s, const std::string& module, const std::vector<c_port>& inputs,
+                         const std::vector<c_port>& outputs, const trace& t, const std::string& more = "")
+{
+    s.write("driver.c", "#include <stdio.h>\n#include \"" + module + ".h\"\nstatic int react(FILE* in, FILE* out)\n{\n" +
+                            reaction_code(module, inputs, outputs) + "  return 1;\n}\nint main(void)\n{\n  " + module +
+                            "_reset_automaton();\n  while (react(stdin, stdout))\n    ;\n  return 0;\n}\n");
+    EXPECT_EQ(run("cd '" + s.path + "' && gcc " + cflags + " -o driver driver.c " + module + ".c " + more +
+                  " 2> gcc.txt"),
+              0)
+        << read_file(s.path + "/gcc.txt");
+    s.write("trace.txt", trace_text(t, inputs.empty()));
+    EXPECT_EQ(run("cd '" + s.path + "' && ./driver < trace.txt > c_out.txt"), 0);
+    return read_values(read_file(s.path + "/c_out.txt"), outputs, t.size());
+}
+
+inline port_values run_c(const scratch_dir& s, const std::string& module, const std::vector<std::string>& inputs,
+                         const std::vector<std::string>& outputs, const trace& t)
+{
+    return run_c(s, module, presences(inputs), presences(outputs), t);
 }
 
 } // namespace c_reference

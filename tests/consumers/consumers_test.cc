@@ -12,11 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
-#include <map>
-#include <random>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -91,8 +87,7 @@ void check(const subject& x, unsigned trace_seed, checked* result = nullptr)
         copy_example(s.path, x.name);
     else
         generate_module(s.path, x.name, x.equations, x.seed);
-    ASSERT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " " + x.name + ".zkc -blif -c > /dev/null 2>&1"),
-              0);
+    ASSERT_EQ(run_tarn_in(s.path, {x.name + ".zkc", "-blif", "-c"}).status, 0);
     std::vector<std::string> inputs, outputs;
     ASSERT_TRUE(read_prototype(read_file(s.path + "/" + x.name + ".h"), x.name, inputs, outputs));
     ASSERT_FALSE(outputs.empty());
@@ -120,18 +115,25 @@ void check(const subject& x, unsigned trace_seed, checked* result = nullptr)
     EXPECT_GT(changes, 0);
 }
 
-// A valued example with the user files shipped beside the examples (the
-// header of the type integer and the example's definitions) and a driver,
-// all compiled with the generated code.
-void build_valued(const scratch_dir& s, const std::string& module, const std::string& driver)
+// A valued example's C, built with the user files shipped beside the
+// examples (the header of the type integer and the example's
+// definitions), on a random trace of `length` reactions.
+struct valued_run {
+    trace t;
+    port_values out;
+};
+
+valued_run run_valued_example(const scratch_dir& s, const std::string& module, unsigned seed, std::size_t length)
 {
+    valued_run r;
     copy_example(s.path, module);
-    ASSERT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " " + module + ".zkc -c > /dev/null 2>&1"), 0);
-    std::ofstream(s.path + "/driver.c") << "#include <stdio.h>\n#include \"" << module << ".h\"\n" << driver;
-    ASSERT_EQ(run("cd '" + s.path + "' && gcc " + cflags + " -I . -I '" TARN_SOURCE_DIR "/examples/user' -o driver driver.c '" +
-                  TARN_SOURCE_DIR "/examples/user/" + module + "_user.c' " + module + ".c 2> gcc.txt"),
-              0)
-        << read_file(s.path + "/gcc.txt");
+    EXPECT_EQ(run_tarn_in(s.path, {module + ".zkc", "-c"}).status, 0);
+    std::vector<c_port> inputs, outputs;
+    EXPECT_TRUE(read_ports(read_file(s.path + "/" + module + ".h"), module, inputs, outputs));
+    r.t = random_trace(inputs, seed, length);
+    std::string user = TARN_SOURCE_DIR "/examples/user";
+    r.out = run_c(s, module, inputs, outputs, r.t, "-I . -I '" + user + "' '" + user + "/" + module + "_user.c'");
+    return r;
 }
 
 } // namespace
@@ -165,29 +167,17 @@ TEST(Consumers, PureExamplesAndGeneratedModulesAgreeInCAndBlif)
 TEST(Consumers, ValuedExampleCompilesAgainstUserHeadersAndCounts)
 {
     scratch_dir s;
-    build_valued(s, "sum",
-                 "int main(void) {\n  int inc, v, total; integer total_val;\n"
-                 "  sum_reset_automaton();\n"
-                 "  while (scanf(\"%d %d\", &inc, &v) == 2) {\n"
-                 "    sum_automaton(inc, v, &total, &total_val);\n"
-                 "    printf(\"%d %d\\n\", total != 0, total_val);\n  }\n}\n");
-    if (HasFatalFailure())
-        return;
-
-    std::mt19937 rng(5);
-    std::ostringstream in, expected;
+    valued_run r = run_valued_example(s, "sum", 5, 40);
+    std::vector<int> total, value;
     int pre = 0;
-    for (int step = 0; step < 40; ++step) {
-        int inc = int(rng() % 8 != 0), v = int(rng() % 40);
-        in << inc << " " << v << "\n";
-        int total = inc ? std::min(pre + v, 100) : 0;
-        expected << inc << " " << total << "\n";
-        pre = total;
+    for (const auto& step : r.t) {
+        total.push_back(step[0]);
+        value.push_back(step[0] ? std::min(pre + step[1], 100) : 0);
+        pre = value.back();
     }
-    std::ofstream(s.path + "/trace.txt") << in.str();
-    ASSERT_EQ(run("cd '" + s.path + "' && ./driver < trace.txt > out.txt"), 0);
-    EXPECT_EQ(read_file(s.path + "/out.txt"), expected.str());
-    EXPECT_NE(expected.str().find(" 100\n"), std::string::npos) << "the saturation was reached";
+    EXPECT_EQ(r.out["total"], total);
+    EXPECT_EQ(r.out["total_val"], value);
+    EXPECT_NE(std::find(value.begin(), value.end(), 100), value.end()) << "the saturation was reached";
 }
 
 // Tests decided from data by bindings without a clock (big, hot), a valued
@@ -203,37 +193,23 @@ TEST(Consumers, ValuedExampleCompilesAgainstUserHeadersAndCounts)
 TEST(Consumers, ValuedTestsAndLocalClockFollowTheModule)
 {
     scratch_dir s;
-    build_valued(s, "peak",
-                 "int main(void) {\n  int sample, v, alarm, peak; integer peak_val;\n"
-                 "  peak_reset_automaton();\n"
-                 "  while (scanf(\"%d %d\", &sample, &v) == 2) {\n"
-                 "    peak_automaton(sample, v, &alarm, &peak, &peak_val);\n"
-                 "    printf(\"%d %d %d\\n\", alarm != 0, peak != 0, peak_val);\n  }\n}\n");
-    if (HasFatalFailure())
-        return;
-
-    std::mt19937 rng(9);
-    std::ostringstream in, expected;
+    valued_run r = run_valued_example(s, "peak", 9, 60);
     const int best = 0;
-    int alarms = 0, peaks = 0;
-    for (int step = 0; step < 60; ++step) {
-        int sample = int(rng() % 3 != 0), v = int(rng() % 60) + step;
-        in << sample << " " << v << "\n";
-        int value = sample ? v : 0; // an absent sample reads the zero of its type
-        int alarm = sample && value > 50;
-        int up = sample && value > best;
-        expected << alarm << " " << up << " " << (up ? value + 1000 : 0) << "\n";
-        alarms += alarm;
-        peaks += up;
+    std::vector<int> alarm, peak, value;
+    for (const auto& step : r.t) {
+        int v = step[0] ? step[1] : 0; // an absent sample reads the zero of its type
+        alarm.push_back(step[0] && v > 50);
+        peak.push_back(step[0] && v > best);
+        value.push_back(peak.back() ? v + 1000 : 0);
     }
-    std::ofstream(s.path + "/trace.txt") << in.str();
-    ASSERT_EQ(run("cd '" + s.path + "' && ./driver < trace.txt > out.txt"), 0);
-    EXPECT_EQ(read_file(s.path + "/out.txt"), expected.str());
+    EXPECT_EQ(r.out["alarm"], alarm);
+    EXPECT_EQ(r.out["peak"], peak);
+    EXPECT_EQ(r.out["peak_val"], value);
     // Both branches of each decision must have been taken.
-    EXPECT_GT(alarms, 0);
-    EXPECT_LT(alarms, 60);
-    EXPECT_GT(peaks, 1);
-    EXPECT_LT(peaks, 40);
+    for (const auto* taken : {&alarm, &peak}) {
+        EXPECT_NE(std::count(taken->begin(), taken->end(), 1), 0);
+        EXPECT_NE(std::count(taken->begin(), taken->end(), 0), 0);
+    }
 }
 
 // accu binds its outputs themselves: a bound output is no parameter of the
@@ -243,7 +219,7 @@ TEST(Consumers, AccuCIsRefusedForItsBoundOutputsOnly)
 {
     scratch_dir s;
     copy_example(s.path, "accu");
-    ASSERT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " accu.zkc -c > /dev/null 2>&1"), 0);
+    ASSERT_EQ(run_tarn_in(s.path, {"accu.zkc", "-c"}).status, 0);
     EXPECT_NE(run("cd '" + s.path + "' && LC_ALL=C gcc " + cflags + " -I '" TARN_SOURCE_DIR
                   "/examples/user' -c accu.c 2> gcc.txt"),
               0);

@@ -199,7 +199,7 @@ std::string generated(long equations, unsigned seed, const std::string& name)
 // A pure module whose C# is compared must have no memorised pair.
 bool has_memorised(const std::string& zkc) { return zkc.find("memorized:") != std::string::npos; }
 
-TEST(CSharpConsumer, EveryExampleCompilesOrFailsAsItsTextSays)
+TEST(CSharpConsumer, TextsCompileOrFailAsTheySay)
 {
     require_tools();
     // An external constant comes out as "publicprivate const"; a user type
@@ -220,8 +220,9 @@ TEST(CSharpConsumer, EveryExampleCompilesOrFailsAsItsTextSays)
         "m.cs(52,21): error CS0136: A local variable named `i' cannot be declared in this scope because it would "
         "give a different meaning to `i', which is already used in a `parent or current' scope to denote something "
         "else\n";
+    const std::string head = "connexion: SETm RESETm RTLm;\nequation_def:\n2\n0: 0:1:1,-1\n1: -1:-3:-3,1\n";
     struct row {
-        std::string file, module, zkc, errors;
+        std::string what, module, zkc, errors;
     };
     const row rows[] = {
         {"accu", "accu", example("accu"), publicprivate_accu},
@@ -232,44 +233,25 @@ TEST(CSharpConsumer, EveryExampleCompilesOrFailsAsItsTextSays)
         {"toggle", "toggle", example("toggle"), ""},
         {"watchdog", "watchdog", example("watchdog"), ""},
         {"worked", "m", worked_module_text, loop_counter},
-    };
-    for (const row& r : rows) {
-        SCOPED_TRACE(r.file);
-        scratch_dir s;
-        s.write(r.module + ".zkc", r.zkc);
-        ASSERT_EQ(run_tarn_in(s.path, {r.module + ".zkc", "-csharp"}).status, 0);
-        EXPECT_EQ(mcs_errors(s, r.module, false), r.errors);
-    }
-}
-
-// The smallest modules whose literal C# mcs refuses.
-TEST(CSharpConsumer, LiteralTextsMcsRefuses)
-{
-    require_tools();
-    const std::string head = "connexion: SETm RESETm RTLm;\nequation_def:\n2\n0: 0:1:1,-1\n1: -1:-3:-3,1\n";
-    struct row {
-        const char* what;
-        std::string zkc, errors;
-    };
-    const row rows[] = {
-        {"an int input is read by Convert.ToUInt32",
+        // The smallest modules whose literal C# mcs refuses.
+        {"an int input is read by Convert.ToUInt32", "m",
          "module: m 0 0 input: x : int ; output: o ;\n" + head + "expressions:\n1 1 2:0,1,(0 )\nend:\n"
              "data: type: int; end:\n",
          "m.cs(53,38): error CS0266: Cannot implicitly convert type `uint' to `int'. An explicit conversion exists "
          "(are you missing a cast?)\n"},
-        {"a byte input is read by Convert.ToSByte",
+        {"a byte input is read by Convert.ToSByte", "m",
          "module: m 0 0 input: x : byte ; output: o ;\n" + head + "expressions:\n1 1 2:0,1,(0 )\nend:\n"
              "data: type: byte; end:\n",
          "m.cs(53,39): error CS0266: Cannot implicitly convert type `sbyte' to `byte'. An explicit conversion "
          "exists (are you missing a cast?)\n"},
-        {"an external constant",
+        {"an external constant", "m",
          "module: m 0 0 input: a ; output: o ;\n" + head + "expressions:\n1 1 2:0,1,(0 )\nend:\n"
              "data: type: int; constant: int k; end:\n",
          "m.cs(22,27): error CS1519: Unexpected symbol `const' in class, struct, or interface member declaration\n"
          "m.cs(22,34): error CS0145: A const field requires a value to be provided\n"},
         // The pointer forms of the output clock, and the presence of the
         // bound local, which finalisation removed.
-        {"an output clock",
+        {"an output clock", "m",
          "module: m 0 0 input: a : long ; output: y : long ; local: f ;\n" + head +
              "expressions:\n1 1 2:0,1,(0 )\n1 1 4:0,1,(0 )\nend:\n"
              "binding: (4, 5): value: 0 clock: (2, 3); end: evaltable: 0: %%14(0, 1); end:\n"
@@ -282,7 +264,7 @@ TEST(CSharpConsumer, LiteralTextsMcsRefuses)
          "m.cs(86,24): error CS0214: Pointers and fixed size buffers may only be used in an unsafe context\n"
          "m.cs(86,24): error CS0193: The * or -> operator must be applied to a pointer\n"},
         // The guard reads the local clock's presence before its equation.
-        {"a local clock computed after its bound signal",
+        {"a local clock computed after its bound signal", "m",
          "module: m 0 0 input: a : long ; output: f ; local: c : long ;\n" + head +
              "expressions:\n1 1 2:0,1,(0 )\n1 1 4:0,1,(0 )\nend:\n"
              "binding: (2, 3): value: 0 clock: (4, 5); end: evaltable: 0: %%14(0, 1); end:\n"
@@ -292,10 +274,10 @@ TEST(CSharpConsumer, LiteralTextsMcsRefuses)
     for (const row& r : rows) {
         SCOPED_TRACE(r.what);
         scratch_dir s;
-        s.write("m.zkc", r.zkc);
-        tarn_output out = run_tarn_in(s.path, {"m.zkc", "-csharp"});
+        s.write(r.module + ".zkc", r.zkc);
+        tarn_output out = run_tarn_in(s.path, {r.module + ".zkc", "-csharp"});
         ASSERT_EQ(out.status, 0) << out.err;
-        EXPECT_EQ(mcs_errors(s, "m", false), r.errors);
+        EXPECT_EQ(mcs_errors(s, r.module, false), r.errors);
     }
 }
 

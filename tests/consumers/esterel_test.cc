@@ -5,10 +5,9 @@
 // says otherwise; those rules are listed once, by what they are.
 
 #include "data/data.h"
-#include "driver/tarn_run.h"
 #include "model/module.h"
 #include "signals/signal.h"
-#include "tests/consumers/c_reference.h"
+#include "tests/consumers/finalised_module.h"
 #include "tests/tarn_process.h"
 #include "tests/worked_module.h"
 #include "wood/Bddexpression.h"
@@ -28,8 +27,6 @@
 
 namespace {
 
-using namespace c_reference;
-
 // What the rules need to know of the module.
 struct module_facts {
     std::set<std::string> output_unders;    // under wires of the outputs
@@ -42,19 +39,9 @@ struct module_facts {
 module_facts read_facts(const std::string& file)
 {
     module_facts f;
-    std::string suffix;
-    bool ok = false;
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    Module* m = parse(file, suffix, &ok);
-    if (m != nullptr)
-        Module::finalize(m, 0);
-    testing::internal::GetCapturedStdout();
-    testing::internal::GetCapturedStderr();
-    if (!ok || m == nullptr) {
-        ADD_FAILURE() << "not read: " << file;
+    Module* m = finalised_module(file);
+    if (m == nullptr)
         return f;
-    }
     Bddexpressionwood* wood = m->getBddWood();
     if (m->getOutputSignalList() != nullptr)
         for (Signal* s : *m->getOutputSignalList())

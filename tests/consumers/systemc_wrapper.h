@@ -86,30 +86,14 @@ inline std::string wrapper_object()
     return object;
 }
 
-// The adapter of a pure module: inputs and outputs as int, one line of the
-// trace per reaction, the outputs' presence written on one line.
-inline std::string pure_adapter(const std::string& module, const std::vector<std::string>& inputs,
-                                const std::vector<std::string>& outputs)
+// The adapter of a module: one line of the trace per reaction, the
+// outputs written on one line.
+inline std::string adapter(const std::string& module, const std::vector<c_port>& inputs,
+                           const std::vector<c_port>& outputs)
 {
-    std::vector<std::string> arguments;
-    std::string read = inputs.empty() ? "  int go; if (std::fscanf(in, \"%d\", &go) != 1) return false;\n" : "";
-    std::string write;
-    for (std::size_t k = 0; k < inputs.size(); ++k) {
-        read += "  if (std::fscanf(in, \"%d\", &i[" + std::to_string(k) + "]) != 1) return false;\n";
-        arguments.push_back("i[" + std::to_string(k) + "]");
-    }
-    for (std::size_t k = 0; k < outputs.size(); ++k) {
-        read += "  o[" + std::to_string(k) + "] = 0;\n";
-        arguments.push_back("&o[" + std::to_string(k) + "]");
-        write += "  std::fprintf(out, \"%d \", o[" + std::to_string(k) + "] != 0);\n";
-    }
-    std::string call;
-    for (const std::string& a : arguments)
-        call += (call.empty() ? "" : ", ") + a;
-    return "#include <cstdio>\n#include \"" + module + "_sc.h\"\n" + "void sc_reset_module() { " + module +
-           "_reset_automaton(); }\n" + "bool sc_react(std::FILE* in, std::FILE* out)\n{\n" + "  int i[" +
-           std::to_string(inputs.size() + 1) + "], o[" + std::to_string(outputs.size() + 1) + "];\n" + read + "  " +
-           module + "_automaton(" + call + ");\n" + write + "  std::fprintf(out, \"\\n\");\n  return true;\n}\n";
+    return "#include <stdio.h>\n#include \"" + module + "_sc.h\"\nvoid sc_reset_module() { " + module +
+           "_reset_automaton(); }\nbool sc_react(FILE* in, FILE* out)\n{\n" + reaction_code(module, inputs, outputs) +
+           "  return true;\n}\n";
 }
 
 struct compiled {
@@ -191,35 +175,6 @@ inline std::string simulate(const scratch_dir& s, const std::string& module, con
     return read_file(s.path + "/sc_out.txt");
 }
 
-// The trace as the adapter reads it: a line per reaction, a lone 1 when the
-// module has no input.
-inline std::string trace_text(const trace& t, bool no_inputs)
-{
-    std::string text;
-    for (const auto& step : t) {
-        for (int v : step)
-            text += std::to_string(v) + " ";
-        text += no_inputs ? "1\n" : "\n";
-    }
-    return text;
-}
-
-// The adapter's lines, a value per output; -1 where one is missing.
-inline port_values read_values(const std::string& text, const std::vector<std::string>& outputs)
-{
-    port_values values;
-    for (const std::string& o : outputs)
-        values[o].assign(steps, -1);
-    std::istringstream lines(text);
-    std::string line;
-    for (int step = 0; step < steps && std::getline(lines, line); ++step) {
-        std::istringstream fields(line);
-        for (const std::string& o : outputs)
-            fields >> values[o][step];
-    }
-    return values;
-}
-
 // What a reaction may leave undefined: a local of <m>_automaton that no
 // statement of the unit assigns (the pre copy of a memorised signal, which
 // this unit never loads), and every slot, variable, register state and
@@ -275,8 +230,7 @@ struct sc_run {
 inline sc_run compare_with_c(const scratch_dir& s, const std::string& module, unsigned trace_seed)
 {
     sc_run result;
-    EXPECT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " " + module + ".zkc -c -systemc > /dev/null 2>&1"),
-              0);
+    EXPECT_EQ(run_tarn_in(s.path, {module + ".zkc", "-c", "-systemc"}).status, 0);
     std::vector<std::string> inputs, outputs, sc_inputs, sc_outputs;
     EXPECT_TRUE(read_prototype(read_file(s.path + "/" + module + ".h"), module, inputs, outputs));
     EXPECT_TRUE(read_prototype(read_file(s.path + "/" + module + "_sc.h"), module, sc_inputs, sc_outputs));
@@ -286,9 +240,9 @@ inline sc_run compare_with_c(const scratch_dir& s, const std::string& module, un
         return result;
     trace t = random_trace(inputs.size(), trace_seed);
     port_values c = run_c(s, module, inputs, outputs, t);
-    port_values sc = read_values(simulate(s, module, pure_adapter(module, inputs, outputs),
+    port_values sc = read_values(simulate(s, module, adapter(module, presences(inputs), presences(outputs)),
                                           trace_text(t, inputs.empty())),
-                                 outputs);
+                                 presences(outputs), t.size());
     std::set<std::string> unset = unset_readers(read_file(s.path + "/" + module + "_sc.cc"));
     for (const std::string& o : outputs) {
         if (unset.count(o) != 0) {

@@ -6,17 +6,16 @@
 #define TARN_TESTS_CONSUMERS_VHDL_BENCH_H
 
 #include "bdd/bddpp.h"
-#include "driver/tarn_run.h"
 #include "model/module.h"
 #include "signals/signal.h"
 #include "tests/consumers/c_reference.h"
+#include "tests/consumers/finalised_module.h"
 #include "wood/Bddexpression.h"
 #include "tests/tarn_process.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <regex>
 #include <map>
 #include <set>
@@ -27,14 +26,6 @@
 namespace vhdl_bench {
 
 using namespace c_reference;
-
-// A port of the entity: its name and its VHDL type. A presence port has
-// the type of the variant's boolean, "bit" or "std_logic".
-struct port {
-    std::string name, type;
-};
-
-inline bool boolean(const std::string& type) { return type == "bit" || type == "std_logic"; }
 
 // The libraries the generated text needs: std_logic for the Altera form,
 // and the package of the user's types and methods when there is one.
@@ -48,38 +39,36 @@ inline std::string libs(bool altera, const std::string& package = "")
     return text;
 }
 
-// A reaction's input value as a literal of the port's type.
-inline std::string literal(const port& p, int v)
-{
-    return boolean(p.type) ? (v != 0 ? "'1'" : "'0'") : std::to_string(v);
-}
+inline std::string bit_type(bool altera) { return altera ? "std_logic" : "bit"; }
 
-// The testbench entity "tb": each signal is "tb_" and the port's name.
-// One line per reaction, the outputs in order, a presence as 1, 0 or X.
+// The testbench entity "tb": each signal is "tb_" and the port's name, a
+// presence of the variant's bit type, a value an integer. One line per
+// reaction, the outputs in order, a presence as 1, 0 or X.
 inline std::string testbench(const std::string& module, bool altera, const std::string& package,
-                             const std::vector<port>& inputs, const std::vector<port>& outputs, const trace& t)
+                             const std::vector<c_port>& inputs, const std::vector<c_port>& outputs, const trace& t)
 {
-    std::string bit = altera ? "std_logic" : "bit";
+    std::string bit = bit_type(altera);
     std::ostringstream tb;
     tb << libs(altera, package) << "use std.textio.all;\n"
        << "entity tb is\nend tb;\n\narchitecture bench of tb is\n"
        << "  signal tb_reset, tb_clk : " << bit << " := '0';\n";
-    for (const std::vector<port>* list : {&inputs, &outputs})
-        for (const port& p : *list)
-            tb << "  signal tb_" << p.name << " : " << p.type << ";\n";
+    for (const std::vector<c_port>* list : {&inputs, &outputs})
+        for (const c_port& p : *list)
+            tb << "  signal tb_" << p.name << " : " << (p.valued ? "integer" : bit) << ";\n";
     tb << "begin\n  dut: entity work." << module << " port map (";
-    for (const std::vector<port>* list : {&inputs, &outputs})
-        for (const port& p : *list)
+    for (const std::vector<c_port>* list : {&inputs, &outputs})
+        for (const c_port& p : *list)
             tb << p.name << " => tb_" << p.name << ", ";
     tb << "reset => tb_reset, clk => tb_clk);\n"
        << "  run: process\n    variable l : line;\n  begin\n"
        << "    tb_reset <= '0';\n    wait for 5 ns;\n    tb_reset <= '1';\n    wait for 5 ns;\n";
     for (const auto& step : t) {
         for (std::size_t i = 0; i < inputs.size(); ++i)
-            tb << "    tb_" << inputs[i].name << " <= " << literal(inputs[i], step[i]) << ";\n";
+            tb << "    tb_" << inputs[i].name << " <= "
+               << (inputs[i].valued ? std::to_string(step[i]) : step[i] != 0 ? "'1'" : "'0'") << ";\n";
         tb << "    wait for 5 ns;\n    tb_clk <= '1';\n    wait for 5 ns;\n    tb_clk <= '0';\n    wait for 5 ns;\n";
-        for (const port& p : outputs)
-            if (boolean(p.type))
+        for (const c_port& p : outputs)
+            if (!p.valued)
                 tb << "    if tb_" << p.name << " = '1' then write(l, string'(\"1 \")); elsif tb_" << p.name
                    << " = '0' then write(l, string'(\"0 \")); else write(l, string'(\"X \")); end if;\n";
             else
@@ -100,7 +89,7 @@ struct ghdl_run {
 // elaborates the testbench and runs it. A failed analysis or elaboration
 // stops there with its status and messages.
 inline ghdl_run simulate(const std::string& dir, const std::string& work, const std::vector<std::string>& files,
-                         const std::vector<port>& outputs, std::size_t reactions)
+                         const std::vector<c_port>& outputs, std::size_t reactions)
 {
     ghdl_run r{0, "", {}};
     std::string opts = " --workdir=" + work + " ";
@@ -118,20 +107,12 @@ inline ghdl_run simulate(const std::string& dir, const std::string& work, const 
     r.messages = read_file(dir + "/" + work + ".txt");
     std::istringstream lines(read_file(dir + "/" + work + "_out.txt"));
     for (std::size_t step = 0; step < reactions; ++step)
-        for (const port& p : outputs) {
+        for (const c_port& p : outputs) {
             std::string v;
             lines >> v;
             r.outputs[p.name].push_back(v == "X" || v.empty() ? -1 : std::stoi(v));
         }
     return r;
-}
-
-inline std::vector<port> presence_ports(const std::vector<std::string>& names, bool altera)
-{
-    std::vector<port> ports;
-    for (const std::string& n : names)
-        ports.push_back({n, altera ? "std_logic" : "bit"});
-    return ports;
 }
 
 // What the test reads off the finalised module itself.
@@ -149,20 +130,10 @@ struct module_facts {
 
 inline module_facts facts_of(const std::string& file)
 {
-    std::string suffix;
-    bool ok = false;
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    Module* module = parse(file, suffix, &ok);
-    if (ok && module != nullptr)
-        Module::finalize(module, 0);
-    testing::internal::GetCapturedStdout();
-    testing::internal::GetCapturedStderr();
     module_facts facts;
-    if (!ok || module == nullptr) {
-        ADD_FAILURE() << "not read: " << file;
+    Module* module = finalised_module(file);
+    if (module == nullptr)
         return facts;
-    }
     Bddexpressionwood* wood = module->getBddWood();
     bddpp_manager* m = wood->my_bdd_manager();
     std::set<long> pre;
@@ -246,9 +217,16 @@ inline void declare(const std::string& path, const std::string& module, const st
     std::ofstream(path) << text;
 }
 
-// What one pure module gave: the outputs of its C, those of its VHDL, and
-// the outputs left out of the comparison.
-struct pure_run {
+// The user's side of a valued module: the header of its type and its
+// code in C, and the package "zk_user" that brings both to the VHDL.
+struct user_side {
+    std::string c_header, c_code, vhdl_package;
+};
+
+// What one module gave: its trace, the outputs of its C and those of its
+// VHDL.
+struct module_run {
+    trace t;
     port_values c, vhdl;
     module_facts facts;
     ghdl_run ghdl;
@@ -256,44 +234,56 @@ struct pure_run {
     int changes = 0;   // changes of their values along the trace
 };
 
-// `module`.zkc in `dir`: its C and its VHDL (the Altera form if asked),
-// simulated on one random trace. The VHDL must follow the C on every output
-// that does not read a memorised presence. A text that reads undeclared
-// memorised locals must be refused by ghdl for them, and is then simulated
-// with their declarations added.
-inline void check_pure(const scratch_dir& s, const std::string& module, unsigned trace_seed, bool altera,
-                       pure_run* result = nullptr)
+// `module`.zkc in `s`: its C and its VHDL (the Altera form if asked),
+// simulated on one random trace, with the user's side if the module is
+// valued. The VHDL must follow the C on every output that does not read a
+// memorised presence, those in `left_out` aside. A text that reads
+// undeclared memorised locals must be refused by ghdl for them, and is
+// then simulated with their declarations added.
+inline module_run check(const scratch_dir& s, const std::string& module, unsigned trace_seed, bool altera,
+                        const user_side* user = nullptr, const std::set<std::string>& left_out = {})
 {
     SCOPED_TRACE(module + (altera ? " (altera)" : ""));
-    s.write("vhdl_libs.inc", libs(altera));
+    module_run r;
+    std::vector<std::string> vhdl_files{module + ".vhd", "tb.vhd"};
+    std::string package, c_files;
+    if (user != nullptr) {
+        package = "zk_user";
+        s.write("zk_user.vhd", user->vhdl_package);
+        s.write("C_data_user_integer.h", user->c_header);
+        s.write("user.c", "#include \"" + module + ".h\"\n" + user->c_code);
+        vhdl_files.insert(vhdl_files.begin(), "zk_user.vhd");
+        c_files = "user.c";
+    }
+    s.write("vhdl_libs.inc", libs(altera, package));
     tarn_output made = run_tarn_in(s.path, {module + ".zkc", "-c", altera ? "-altera" : "-vhdl"});
-    ASSERT_EQ(made.status, 0) << made.err;
-    std::vector<std::string> inputs, outputs;
-    ASSERT_TRUE(read_prototype(read_file(s.path + "/" + module + ".h"), module, inputs, outputs));
-    trace t = random_trace(inputs.size(), trace_seed);
-    pure_run r;
-    r.c = run_c(s, module, inputs, outputs, t);
-    std::vector<port> outs = presence_ports(outputs, altera);
-    s.write("tb.vhd", testbench(module, altera, "", presence_ports(inputs, altera), outs, t));
-    std::string bit = altera ? "std_logic" : "bit";
+    EXPECT_EQ(made.status, 0) << made.err;
+    std::vector<c_port> inputs, outputs;
+    if (made.status != 0 || !read_ports(read_file(s.path + "/" + module + ".h"), module, inputs, outputs)) {
+        ADD_FAILURE() << "no reaction in " << module << ".h";
+        return r;
+    }
+    r.t = random_trace(inputs, trace_seed);
+    r.c = run_c(s, module, inputs, outputs, r.t, c_files);
+    s.write("tb.vhd", testbench(module, altera, package, inputs, outputs, r.t));
+    std::string bit = bit_type(altera);
     r.facts = facts_of(s.path + "/" + module + ".zkc");
-    r.ghdl = simulate(s.path, bit, {module + ".vhd", "tb.vhd"}, outs, t.size());
+    r.ghdl = simulate(s.path, bit, vhdl_files, outputs, r.t.size());
     if (!r.facts.undeclared.empty()) {
         expect_undeclared(r.ghdl, module + ".vhd", r.facts.undeclared);
         declare(s.path + "/" + module + ".vhd", module, r.facts.undeclared, bit);
-        r.ghdl = simulate(s.path, bit + "_declared", {module + ".vhd", "tb.vhd"}, outs, t.size());
+        r.ghdl = simulate(s.path, bit + "_declared", vhdl_files, outputs, r.t.size());
     }
-    ASSERT_EQ(r.ghdl.status, 0) << r.ghdl.messages;
+    EXPECT_EQ(r.ghdl.status, 0) << r.ghdl.messages;
     r.vhdl = r.ghdl.outputs;
-    for (const std::string& o : outputs)
-        if (r.facts.reading_pre.count(o) == 0) {
-            EXPECT_EQ(r.vhdl[o], r.c[o]) << "output " << o;
+    for (const c_port& o : outputs)
+        if (r.facts.reading_pre.count(o.name) == 0 && left_out.count(o.name) == 0) {
+            EXPECT_EQ(r.vhdl[o.name], r.c[o.name]) << "output " << o.name;
             ++r.compared;
-            for (std::size_t step = 1; step < t.size(); ++step)
-                r.changes += r.c[o][step] != r.c[o][step - 1];
+            for (std::size_t step = 1; step < r.t.size(); ++step)
+                r.changes += r.c[o.name][step] != r.c[o.name][step - 1];
         }
-    if (result != nullptr)
-        *result = r;
+    return r;
 }
 
 // A generated module of `equations` equations, checked in the Altera form
@@ -303,8 +293,7 @@ inline void check_generated(long equations, int seed, int& compared, int& change
     std::string name = "gen" + std::to_string(equations) + "_" + std::to_string(seed);
     scratch_dir s;
     generate_module(s.path, name, equations, seed);
-    pure_run r;
-    check_pure(s, name, 100 + seed, seed % 2 == 0, &r);
+    module_run r = check(s, name, 100 + seed, seed % 2 == 0);
     compared += r.compared;
     changes += r.changes;
 }

@@ -7,8 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-#include <regex>
 
 namespace {
 
@@ -46,8 +44,9 @@ const char* const memorised_local = "module: mem  0 0\n"
                                     "1 1 5:0,-1,(0 )\n"
                                     "end:\n";
 
-// The user's side of the valued modules in C: the type integer, its
-// operations, zero and the methods.
+// The user's side of the valued modules: in C the type integer, its
+// operations, zero and the methods; in VHDL a package that vhdl_libs.inc
+// brings in.
 const char* const c_user_header = "typedef int integer;\n"
                                   "#define copy_integer(x) (x)\n"
                                   "#define copy_pure(x) (x)\n"
@@ -55,7 +54,6 @@ const char* const c_user_header = "typedef int integer;\n"
 const char* const c_user_code = "const integer zero_integer = 0;\n"
                                 "integer add_sat(integer a, integer b, integer l) { return a + b > l ? l : a + b; }\n"
                                 "integer bump(integer a, integer b) { return a + b; }\n";
-// ... and in VHDL, a package that vhdl_libs.inc brings in.
 const char* const vhdl_user_package = "package zk_user is\n"
                                       "  constant zero_integer : integer := 0;\n"
                                       "  function add_sat(a, b, l : integer) return integer;\n"
@@ -72,124 +70,20 @@ const char* const vhdl_user_package = "package zk_user is\n"
                                       "  end bump;\n"
                                       "end zk_user;\n";
 
-// The reaction's parameters of a valued module: "int x" and "integer x_val"
-// in, "int*x" and "integer* x_val" out.
-bool read_valued_prototype(const std::string& header, const std::string& module, std::vector<port>& inputs,
-                           std::vector<port>& outputs)
-{
-    std::string head = "extern void " + module + "_automaton(";
-    std::size_t at = header.find(head);
-    if (at == std::string::npos)
-        return false;
-    std::stringstream params(header.substr(at + head.size(), header.find(')', at) - at - head.size()));
-    std::string p;
-    std::smatch m;
-    while (std::getline(params, p, ',')) {
-        if (!std::regex_match(p, m, std::regex("\\s*(int|integer)\\s*(\\*?)\\s*(\\w+)\\s*")))
-            return false;
-        std::vector<port>& list = m[2].length() != 0 ? outputs : inputs;
-        list.push_back({m[3], m[1] == "int" ? "bit" : "integer"});
-    }
-    return true;
-}
+const user_side user{c_user_header, c_user_code, vhdl_user_package};
 
-// The C of a valued module with the user's files, run on `t`: presence
-// and values in, presence and values out, one line per reaction.
-port_values run_valued_c(const scratch_dir& s, const std::string& module, const std::vector<port>& inputs,
-                         const std::vector<port>& outputs, const trace& t)
-{
-    s.write("C_data_user_integer.h", c_user_header);
-    s.write("user.c", "#include \"" + module + ".h\"\n" + c_user_code);
-    std::ostringstream d;
-    d << "#include <stdio.h>\n#include \"" << module << ".h\"\nint main(void) {\n";
-    for (const std::vector<port>* list : {&inputs, &outputs})
-        for (const port& p : *list)
-            d << "  " << (boolean(p.type) ? "int " : "integer ") << p.name << ";\n";
-    d << "  " << module << "_reset_automaton();\n  for (;;) {\n";
-    for (const port& p : inputs)
-        d << "    if (scanf(\"%d\", &" << p.name << ") != 1) return 0;\n";
-    d << "    " << module << "_automaton(";
-    std::string sep;
-    for (const port& p : inputs)
-        d << sep << p.name, sep = ", ";
-    for (const port& p : outputs)
-        d << sep << "&" << p.name, sep = ", ";
-    d << ");\n";
-    for (const port& p : outputs)
-        d << "    printf(\"%d \", " << p.name << (boolean(p.type) ? " != 0" : "") << ");\n";
-    d << "    printf(\"\\n\");\n  }\n}\n";
-    s.write("driver.c", d.str());
-    port_values values;
-    EXPECT_EQ(run("cd '" + s.path + "' && gcc " + cflags + " -o driver driver.c user.c " + module + ".c 2> gcc.txt"),
-              0)
-        << read_file(s.path + "/gcc.txt");
-    std::ostringstream in;
-    for (const auto& step : t) {
-        for (int v : step)
-            in << v << " ";
-        in << "\n";
-    }
-    s.write("trace.txt", in.str());
-    EXPECT_EQ(run("cd '" + s.path + "' && ./driver < trace.txt > c_out.txt"), 0);
-    std::istringstream lines(read_file(s.path + "/c_out.txt"));
-    for (std::size_t step = 0; step < t.size(); ++step)
-        for (const port& p : outputs) {
-            int v = -1;
-            lines >> v;
-            values[p.name].push_back(v);
-        }
-    return values;
-}
-
-struct valued_run {
-    trace t;  // per reaction, the inputs in the order of the prototype
-    port_values c, vhdl;
+// A text that ghdl refuses: the module (an example when `text` is null),
+// whether it uses the user's package, and the first message.
+struct refused_text {
+    const char* module;
+    const char* text;
+    bool valued;
+    const char* message;
 };
-
-// A valued module `module`.zkc in `s`: its C with the user's C, its VHDL
-// with the user's package, both on one random trace (presence 0 or 1,
-// values from 0 to 59), which must give the same outputs but those in
-// `left_out`.
-void check_valued(const scratch_dir& s, const std::string& module, bool altera, unsigned seed,
-                  const std::set<std::string>& left_out = {}, valued_run* result = nullptr)
-{
-    SCOPED_TRACE(module + (altera ? " (altera)" : ""));
-    s.write("zk_user.vhd", vhdl_user_package);
-    s.write("vhdl_libs.inc", libs(altera, "zk_user"));
-    tarn_output made = run_tarn_in(s.path, {module + ".zkc", "-c", altera ? "-altera" : "-vhdl"});
-    ASSERT_EQ(made.status, 0) << made.err;
-    std::vector<port> inputs, outputs;
-    ASSERT_TRUE(read_valued_prototype(read_file(s.path + "/" + module + ".h"), module, inputs, outputs));
-    std::mt19937 rng(seed);
-    trace t(steps, std::vector<int>(inputs.size()));
-    for (auto& step : t)
-        for (std::size_t i = 0; i < inputs.size(); ++i)
-            step[i] = boolean(inputs[i].type) ? int(rng() % 3 != 0) : int(rng() % 60);
-    port_values c = run_valued_c(s, module, inputs, outputs, t);
-    for (std::vector<port>* list : {&inputs, &outputs})
-        for (port& p : *list)
-            if (boolean(p.type))
-                p.type = altera ? "std_logic" : "bit";
-    s.write("tb.vhd", testbench(module, altera, "zk_user", inputs, outputs, t));
-    ghdl_run r = simulate(s.path, altera ? "std_logic" : "bit", {"zk_user.vhd", module + ".vhd", "tb.vhd"},
-                          outputs, t.size());
-    ASSERT_EQ(r.status, 0) << r.messages;
-    int changes = 0;
-    for (const port& p : outputs) {
-        if (left_out.count(p.name) != 0)
-            continue;
-        EXPECT_EQ(r.outputs[p.name], c[p.name]) << "output " << p.name;
-        for (std::size_t step = 1; step < t.size(); ++step)
-            changes += c[p.name][step] != c[p.name][step - 1];
-    }
-    EXPECT_GT(changes, 0);
-    if (result != nullptr)
-        *result = {t, c, r.outputs};
-}
 
 } // namespace
 
-TEST(VhdlConsumer, PureExamplesFollowTheC)
+TEST(VhdlConsumer, ExamplesAndGeneratedModulesFollowTheC)
 {
     if (!have("ghdl"))
         GTEST_SKIP() << "ghdl is not installed";
@@ -197,36 +91,25 @@ TEST(VhdlConsumer, PureExamplesFollowTheC)
         for (bool altera : {false, true}) {
             scratch_dir s;
             copy_example(s.path, name);
-            pure_run r;
-            check_pure(s, name, 7, altera, &r);
+            module_run r = check(s, name, 7, altera);
             if (r.compared > 0)
-                EXPECT_GT(r.changes, 0);
+                EXPECT_GT(r.changes, 0) << name;
         }
-}
-
-TEST(VhdlConsumer, GeneratedModulesFollowTheC)
-{
-    if (!have("ghdl"))
-        GTEST_SKIP() << "ghdl is not installed";
+    // A valued input and a valued output fed through its clock by a binding
+    // over the memorised value of the output: both compared.
+    for (bool altera : {false, true}) {
+        scratch_dir s;
+        copy_example(s.path, "sum");
+        module_run r = check(s, "sum", 3, altera, &user);
+        EXPECT_EQ(r.compared, 2);
+        EXPECT_GT(r.changes, 0);
+    }
     const int sizes[][2] = {{20, 1}, {60, 2}, {150, 3}, {300, 4}, {600, 5}};
     int compared = 0, changes = 0;
     for (const auto& size : sizes)
         check_generated(size[0], size[1], compared, changes);
     EXPECT_GT(compared, 10);
     EXPECT_GT(changes, 10);
-}
-
-// A valued input and a valued output fed through its clock by a binding
-// over the memorised value of the output.
-TEST(VhdlConsumer, ValuedSumFollowsTheC)
-{
-    if (!have("ghdl"))
-        GTEST_SKIP() << "ghdl is not installed";
-    for (bool altera : {false, true}) {
-        scratch_dir s;
-        copy_example(s.path, "sum");
-        check_valued(s, "sum", altera, 3);
-    }
 }
 
 // peak with a value for every constant in every language (its offset is
@@ -253,10 +136,8 @@ TEST(VhdlConsumer, ValuedTestsFollowTheCAndClockedValuesAreGuardedByPresence)
                       "-e 's/integer offset;/integer offset :default= \"1000\";/' "
                       "-e 's/:c= \"50\" :default= \"7\"/:default= \"7\"/' peak.zkc > peakv.zkc"),
                   0);
-        valued_run r;
-        check_valued(s, "peakv", altera, 4, {"peak", "peak_val"}, &r);
-        if (HasFatalFailure())
-            return;
+        module_run r = check(s, "peakv", 4, altera, &user, {"peak", "peak_val"});
+        ASSERT_EQ(r.t.size(), std::size_t(steps));
         std::vector<int> c_peak, c_val, vhdl_peak, vhdl_val;
         int best = 0;
         for (const auto& step : r.t) {
@@ -276,9 +157,8 @@ TEST(VhdlConsumer, ValuedTestsFollowTheCAndClockedValuesAreGuardedByPresence)
     }
 }
 
-// Without a value for VHDL a constant stops the generation, as the Part of
-// the constants says: the temporary file stays as far as it got, and no
-// VHDL file is written.
+// Without a value for VHDL a constant stops the generation: the temporary
+// file stays as far as it got, and no VHDL file is written.
 TEST(VhdlConsumer, ConstantsWithoutVhdlValueStopTheRun)
 {
     // The message ends the process before the last constant's line is
@@ -309,46 +189,90 @@ TEST(VhdlConsumer, ConstantsWithoutVhdlValueStopTheRun)
 }
 
 // The known departures of the text, on the smallest modules that show
-// them.
-
-// "on" is a reserved word of VHDL: blink's output of that name is refused
-// where the port list declares it.
-TEST(VhdlConsumer, AReservedWordAsPortNameIsRefused)
+// them. blink: "on" is a reserved word of VHDL, refused where the port
+// list declares it. quiet: without outputs the port list ends on the ";"
+// of clk. cmp: a comparison is a conditional expression of type bit, and
+// as the operand of another operator cannot be parsed; t = (a > one) or
+// (a < one).
+TEST(VhdlConsumer, KnownDeparturesAreRefused)
 {
     if (!have("ghdl"))
         GTEST_SKIP() << "ghdl is not installed";
-    scratch_dir s;
-    copy_example(s.path, "blink");
-    ASSERT_EQ(run_tarn_in(s.path, {"blink.zkc", "-vhdl"}).status, 0);
-    s.write("tb.vhd", "entity tb is\nend tb;\narchitecture bench of tb is\nbegin\nend bench;\n");
-    ghdl_run r = simulate(s.path, "bit", {"blink.vhd", "tb.vhd"}, {}, 0);
-    EXPECT_NE(r.status, 0);
-    EXPECT_EQ(first_message(r), "blink.vhd:10:8: interface declaration expected\n"
-                                "       on : out bit;\n"
-                                "       ^\n");
-}
-
-// Without outputs the port list ends on the ";" of clk.
-TEST(VhdlConsumer, AModuleWithoutOutputsIsRefused)
-{
-    if (!have("ghdl"))
-        GTEST_SKIP() << "ghdl is not installed";
-    scratch_dir s;
-    s.write("quiet.zkc", "module: quiet  0 0\n"
-                         "input: a ;\n"
-                         "connexion: SETquiet RESETquiet RTLquiet;\n\n"
-                         "equation_def:\n"
-                         "1\n"
-                         "0: -1:-3:-3,1\n"
-                         "expressions:\n"
-                         "end:\n");
-    ASSERT_EQ(run_tarn_in(s.path, {"quiet.zkc", "-vhdl"}).status, 0);
-    s.write("tb.vhd", "entity tb is\nend tb;\narchitecture bench of tb is\nbegin\nend bench;\n");
-    ghdl_run r = simulate(s.path, "bit", {"quiet.vhd", "tb.vhd"}, {}, 0);
-    EXPECT_NE(r.status, 0);
-    EXPECT_EQ(first_message(r), "quiet.vhd:9:20: extra ';' at end of interface list\n"
-                                "       clk : in bit;\n"
-                                "                   ^\n");
+    const refused_text cases[] = {
+        {"blink", nullptr, false,
+         "blink.vhd:10:8: interface declaration expected\n"
+         "       on : out bit;\n"
+         "       ^\n"},
+        {"quiet",
+         "module: quiet  0 0\n"
+         "input: a ;\n"
+         "connexion: SETquiet RESETquiet RTLquiet;\n\n"
+         "equation_def:\n"
+         "1\n"
+         "0: -1:-3:-3,1\n"
+         "expressions:\n"
+         "end:\n",
+         false,
+         "quiet.vhd:9:20: extra ';' at end of interface list\n"
+         "       clk : in bit;\n"
+         "                   ^\n"},
+        {"cmp",
+         "module: cmp  0 0\n"
+         "input: a : integer ;\n"
+         "output: q ;\n"
+         "local: t : integer ;\n"
+         "connexion: SETcmp RESETcmp RTLcmp;\n\n"
+         "equation_def:\n"
+         "2\n"
+         "0: 4:1:1,-1\n"
+         "1: -1:-3:-3,1\n"
+         "expressions:\n"
+         "1 1 2:0,1,(4 )\n"
+         "1 1 3:0,-1,(4 )\n"
+         "1 1 4:-3,-3,(0 1 )\n"
+         "1 1 5:-3,-3,(0 1 )\n"
+         "end:\n\n"
+         "binding:\n"
+         "   (4, 5): value: 3;\n"
+         "end:\n\n"
+         "evaltable:\n"
+         "   0: %%14(0, 1);\n"
+         "   1: %%12(0, 2);\n"
+         "   2: $0;\n"
+         "   3: %%6(1, 4);\n"
+         "   4: %%10(0, 2);\n"
+         "end:\n\n"
+         "data:\n"
+         "type:\n"
+         "integer;\n\n"
+         "constant:\n"
+         "integer one :default= \"1\";\n"
+         "end:\n",
+         true,
+         "cmp.vhd:67:27: '=>' is expected instead of 'when'\n"
+         "      cmp_node(6) <= ('1' when (a_locval > one) else '0' or '1' when (a_locval < one) else '0');\n"
+         "                          ^\n"},
+    };
+    for (const refused_text& x : cases) {
+        SCOPED_TRACE(x.module);
+        scratch_dir s;
+        std::string module = x.module;
+        if (x.text == nullptr)
+            copy_example(s.path, module);
+        else
+            s.write(module + ".zkc", x.text);
+        std::vector<std::string> files{module + ".vhd", "tb.vhd"};
+        if (x.valued) {
+            s.write("vhdl_libs.inc", libs(false, "zk_user"));
+            s.write("zk_user.vhd", vhdl_user_package);
+            files.insert(files.begin(), "zk_user.vhd");
+        }
+        ASSERT_EQ(run_tarn_in(s.path, {module + ".zkc", "-vhdl"}).status, 0);
+        s.write("tb.vhd", "entity tb is\nend tb;\narchitecture bench of tb is\nbegin\nend bench;\n");
+        ghdl_run r = simulate(s.path, "bit", files, {}, 0);
+        EXPECT_NE(r.status, 0);
+        EXPECT_EQ(first_message(r), x.message);
+    }
 }
 
 // A pure local read by a memorised signal is no longer listed once the
@@ -363,8 +287,7 @@ TEST(VhdlConsumer, AMemorisedLocalIsUndeclaredAndAPresenceNeverLoaded)
     for (bool altera : {false, true}) {
         scratch_dir s;
         s.write("mem.zkc", memorised_local);
-        pure_run r;
-        check_pure(s, "mem", 5, altera, &r);
+        module_run r = check(s, "mem", 5, altera);
         EXPECT_EQ(r.facts.undeclared, std::set<std::string>{"v_s_m"});
         EXPECT_EQ(r.facts.reading_pre, std::set<std::string>{"q"});
         std::vector<int> late(steps);
@@ -377,52 +300,3 @@ TEST(VhdlConsumer, AMemorisedLocalIsUndeclaredAndAPresenceNeverLoaded)
     }
 }
 
-// A comparison is a conditional expression of type bit: as the operand of
-// another operator it cannot be parsed. t = (a > one) or (a < one).
-TEST(VhdlConsumer, AComparisonInsideAnOperatorIsRefused)
-{
-    if (!have("ghdl"))
-        GTEST_SKIP() << "ghdl is not installed";
-    scratch_dir s;
-    s.write("cmp.zkc", "module: cmp  0 0\n"
-                       "input: a : integer ;\n"
-                       "output: q ;\n"
-                       "local: t : integer ;\n"
-                       "connexion: SETcmp RESETcmp RTLcmp;\n\n"
-                       "equation_def:\n"
-                       "2\n"
-                       "0: 4:1:1,-1\n"
-                       "1: -1:-3:-3,1\n"
-                       "expressions:\n"
-                       "1 1 2:0,1,(4 )\n"
-                       "1 1 3:0,-1,(4 )\n"
-                       "1 1 4:-3,-3,(0 1 )\n"
-                       "1 1 5:-3,-3,(0 1 )\n"
-                       "end:\n\n"
-                       "binding:\n"
-                       "   (4, 5): value: 3;\n"
-                       "end:\n\n"
-                       "evaltable:\n"
-                       "   0: %%14(0, 1);\n"
-                       "   1: %%12(0, 2);\n"
-                       "   2: $0;\n"
-                       "   3: %%6(1, 4);\n"
-                       "   4: %%10(0, 2);\n"
-                       "end:\n\n"
-                       "data:\n"
-                       "type:\n"
-                       "integer;\n\n"
-                       "constant:\n"
-                       "integer one :default= \"1\";\n"
-                       "end:\n");
-    s.write("vhdl_libs.inc", libs(false, "zk_user"));
-    s.write("zk_user.vhd", vhdl_user_package);
-    ASSERT_EQ(run_tarn_in(s.path, {"cmp.zkc", "-vhdl"}).status, 0);
-    s.write("tb.vhd", "entity tb is\nend tb;\narchitecture bench of tb is\nbegin\nend bench;\n");
-    ghdl_run r = simulate(s.path, "bit", {"zk_user.vhd", "cmp.vhd", "tb.vhd"}, {}, 0);
-    EXPECT_NE(r.status, 0);
-    EXPECT_EQ(first_message(r),
-              "cmp.vhd:67:27: '=>' is expected instead of 'when'\n"
-              "      cmp_node(6) <= ('1' when (a_locval > one) else '0' or '1' when (a_locval < one) else '0');\n"
-              "                          ^\n");
-}
