@@ -112,7 +112,7 @@ fuzz: deps
 	    ( cd $$run && ASAN_OPTIONS=detect_leaks=0 $(CURDIR)/$$f corpus $$(echo $$dict | sed 's|=|=$(CURDIR)/|') \
 	        -max_total_time=$$slice -timeout=10 -rss_limit_mb=4096 -print_final_stats=1 ) >> $$run/fuzz.log 2>&1 || left=0; \
 	  done; \
-	  grep -E '^#[0-9]+ *(INITED|DONE)|^Done|^stat::number|^stat::new|^stat::peak|^==[0-9]+==|^SUMMARY' $$run/fuzz.log; \
+	  grep -E '^#[0-9]+[[:space:]]+(INITED|DONE)|^Done|^stat::number|^stat::new|^stat::peak|^==[0-9]+==|^SUMMARY' $$run/fuzz.log; \
 	  if ls $$run | grep -E '^(crash|timeout|leak|oom)-'; then echo "$$name: findings in $$run"; found=1; fi; \
 	done; exit $$found
 
