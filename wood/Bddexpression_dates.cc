@@ -12,6 +12,7 @@
 // literal passes, whose results on a cycle depend on the sweep order.
 
 #include "wood/Bddexpression.h"
+#include "context/compilation.h"
 #include "wood/flat_graph.h"
 
 #include <algorithm>
@@ -436,6 +437,23 @@ std::list<long> Bddexpressionwood::loop_detection()
 // down: m(v) = max(0, w(s) + m(s)) over the filled readers s.
 // Both enumerate every path when taken literally.
 
+namespace {
+
+// The literal walks enumerate every path, which on a signals cycle grows
+// with the power of the cycle's branching: past this many steps from one
+// call, the run ends with a message instead of going on for ever.
+const long critical_path_steps = 4000000;
+
+void count_critical_path_step(long& steps, long var, const char* walk)
+{
+    if (++steps > critical_path_steps)
+        Compilation::fatal(std::string("ERROR in Bddexpressionwood::") + walk + "(): more than " +
+                           std::to_string(critical_path_steps) + " steps walked from variable " +
+                           std::to_string(var) + ": the module has a signals cycle");
+}
+
+} // namespace
+
 long Bddexpressionwood::up_critical_path_literal(long var, long depth, long base)
 {
     struct Frame {
@@ -449,7 +467,9 @@ long Bddexpressionwood::up_critical_path_literal(long var, long depth, long base
     std::vector<Frame> stack;
     long result = 0;
     bool have_result = false;
-    auto enter = [this, &stack, &result, &have_result](long v, long d, long b) {
+    long steps = 0;
+    auto enter = [this, &stack, &result, &have_result, &steps, var](long v, long d, long b) {
+        count_critical_path_step(steps, var, "up_critical_path");
         const Bddexpression* e = slot(*this, v);
         if (e == nullptr) {
             result = b;
@@ -494,6 +514,7 @@ long Bddexpressionwood::down_critical_path_literal(long var, long depth, long ba
     };
     if (var < 0 || var >= nb_bdd_vars) return base;
     std::vector<Frame> stack;
+    long steps = 0;
     stack.push_back({base, depth, 0, amont_table[var].begin(), amont_table[var].end()});
     long result = 0;
     bool have_result = false;
@@ -518,6 +539,7 @@ long Bddexpressionwood::down_critical_path_literal(long var, long depth, long ba
             continue;
         }
         long d = f.depth + 1;
+        count_critical_path_step(steps, var, "down_critical_path");
         stack.push_back({e->w, d, 0, amont_table[s].begin(), amont_table[s].end()});
     }
     return result;

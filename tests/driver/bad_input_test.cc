@@ -71,6 +71,12 @@ std::vector<bad_case> bad_cases()
         {"cycle dated near the largest long",
          read_file(TARN_SOURCE_DIR "/tests/driver/inputs/cycle_dated_near_the_largest_long.zkc"), 1,
          "~      levels: 2 to 12147483647: no date\n"},
+        // Found by the fuzzer: a cycle whose paths the critical-path walk
+        // would enumerate for ever.
+        {"cycle with more paths than can be walked",
+         read_file(TARN_SOURCE_DIR "/tests/driver/inputs/cycle_with_many_paths.zkc"), 1,
+         "~ERROR in Bddexpressionwood::up_critical_path(): more than 4000000 steps walked from variable 4: the "
+         "module has a signals cycle\n"},
     };
     // A valid module cut at every tenth of its length.
     for (int k = 1; k < 10; ++k)
