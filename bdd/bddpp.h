@@ -214,6 +214,10 @@ public:
     // Removes the entry of the node's key, whatever node it points to;
     // false when there is none.
     bool erase(bdd_node* node);
+    // Removes every entry whose node carries the given mark (setting the
+    // mark to `swept` on them) in one pass over the slots, and counts the
+    // removals as erase() would. Returns how many went.
+    std::size_t sweep_marked(int marked, int swept);
     // Every node, in ascending (id, then global_id, else global_id,
     // else link bit) order.
     std::vector<bdd_node*> nodes_in_key_order() const;
@@ -247,6 +251,7 @@ private:
     std::size_t count;
     int shift;            // 64 - log2(capacity): a key's home is its hash's top bits
     std::uint32_t removal_count = 0;
+    void count_removals(std::size_t k);
 };
 
 // A table by variable id or index whose length doubles with the number of
@@ -659,6 +664,8 @@ private:
     struct apply_frame;
     struct computed_entry;
     void make_tables(long capacity);
+    template <class Collectable>
+    void collect_in_one_sweep(std::vector<bdd_node*>& work, Collectable collectable);
     bdd_node* new_variable(const std::string& name, long index, bool last);
     bdd_node* add_variable(const std::string& name, long index, bool last);
     bdd_node* apply(bool is_or, int link_x, bdd_node* x, int link_y, bdd_node* y,

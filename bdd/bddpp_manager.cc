@@ -455,6 +455,10 @@ void bddpp_manager::Bdd_gc() {
     map->for_each([&](bdd_node* n) {
         if (collectable(n) && n->references <= 0) work.push_back(n);
     });
+    if (!plain_operators) {
+        collect_in_one_sweep(work, collectable);
+        return;
+    }
     while (!work.empty()) {
         bdd_node* n = work.back();
         work.pop_back();
@@ -465,6 +469,38 @@ void bddpp_manager::Bdd_gc() {
         if (kids[1] == kids[0]) kids[1] = nullptr;
         for (bdd_node* k : kids)
             if (collectable(k) && k->references == 0) work.push_back(k);
+    }
+    gc_calls++;
+}
+
+// The same cascade, and the same entries out of the table, as one erase
+// per freed node: the nodes to free are found first (their children's
+// counts lowered as their deletion would), the table loses their entries
+// in one pass, and a freed node that was no longer in the table then
+// erases the entry of its key, as erase() does, whatever node holds it.
+// The nodes are deleted last, in the cascade's order.
+template <class Collectable>
+void bddpp_manager::collect_in_one_sweep(std::vector<bdd_node*>& work, Collectable collectable) {
+    constexpr int doomed = 2, swept = 3; // marks no walk leaves on a node
+    std::vector<bdd_node*> freed;
+    while (!work.empty()) {
+        bdd_node* n = work.back();
+        work.pop_back();
+        freed.push_back(n);
+        n->mark = doomed;
+        bdd_node* kids[2] = {n->then_node, n->else_node};
+        for (bdd_node* k : kids)
+            if (k) k->references--;
+        if (kids[1] == kids[0]) kids[1] = nullptr;
+        for (bdd_node* k : kids)
+            if (collectable(k) && k->references == 0) work.push_back(k);
+    }
+    map->sweep_marked(doomed, swept);
+    for (bdd_node* n : freed)
+        if (n->mark == doomed) map->erase(n);
+    for (bdd_node* n : freed) {
+        n->then_node = n->else_node = nullptr; // their counts are lowered already
+        delete n;
     }
     gc_calls++;
 }

@@ -345,11 +345,46 @@ bool bdd_unique_table::erase(bdd_node* node) {
     slots[hole].node = nullptr;
     slots[hole].hash = 0;
     --count;
-    // The rebuilt marks keep the count's low 30 bits: when those come round
-    // to zero again, every mark is forgotten.
-    if ((++removal_count & 0x3FFFFFFFu) == 0)
-        for_each([](bdd_node* n) { n->rebuilt = 0; });
+    count_removals(1);
     return true;
+}
+
+// The rebuilt marks keep the count's low 30 bits: when those come round to
+// zero again, every mark is forgotten.
+void bdd_unique_table::count_removals(std::size_t k) {
+    std::uint32_t before = removal_count & 0x3FFFFFFFu;
+    removal_count += static_cast<std::uint32_t>(k);
+    if (before + k > 0x3FFFFFFFu) for_each([](bdd_node* n) { n->rebuilt = 0; });
+}
+
+// The survivors are entered again from their hashes, without reading a
+// node; where they land may differ from where erasing one by one would
+// leave them, which nothing reads (walks that are behaviour sort).
+std::size_t bdd_unique_table::sweep_marked(int marked, int swept) {
+    std::vector<entry> kept;
+    kept.reserve(count);
+    std::size_t removed = 0;
+    for (std::size_t i = 0; i < capacity; ++i) {
+        bdd_node* n = slots[i].node;
+        if (!n) continue;
+        if (n->mark == marked) {
+            n->mark = swept;
+            ++removed;
+        } else {
+            kept.push_back(slots[i]);
+        }
+    }
+    if (removed == 0) return 0;
+    std::memset(static_cast<void*>(slots), 0, capacity * sizeof(entry));
+    const std::size_t mask = capacity - 1;
+    for (const entry& e : kept) {
+        std::size_t i = home(e.hash);
+        while (slots[i].node) i = (i + 1) & mask;
+        slots[i] = e;
+    }
+    count = kept.size();
+    count_removals(removed);
+    return removed;
 }
 
 void bdd_unique_table::grow() {
