@@ -2,7 +2,6 @@
 
 #include "bdd/bddpp.h"
 #include "bdd/bddpp_memory.h"
-#include "support/prefault.h"
 
 #include <sys/mman.h>
 
@@ -122,8 +121,6 @@ struct node_pool {
     char* fresh = nullptr;     // next never-used node of the current block
     char* fresh_end = nullptr;
     std::vector<std::pair<char*, std::size_t>> spare; // left by tables, not yet used
-    char* ahead = nullptr;     // the next new block, being made present
-    std::size_t blocks_made = 0;
     static constexpr std::size_t block_bytes = std::size_t(4) << 20;
 
     void* take() {
@@ -139,15 +136,7 @@ struct node_pool {
                 bytes = spare.back().second;
                 spare.pop_back();
             } else {
-                fresh = ahead != nullptr ? ahead : static_cast<char*>(bdd_block_alloc(block_bytes, false));
-                // From the second new block on, the next one is mapped
-                // ahead and its pages made present on the other core while
-                // this one fills.
-                ahead = nullptr;
-                if (++blocks_made >= 2) {
-                    ahead = static_cast<char*>(bdd_block_alloc(block_bytes, false));
-                    tarn_prefault::populate_in_background(ahead, block_bytes);
-                }
+                fresh = static_cast<char*>(bdd_block_alloc(block_bytes, false));
             }
             fresh_end = fresh + bytes / sizeof(bdd_node) * sizeof(bdd_node);
         }

@@ -9,8 +9,6 @@
 // Larger blocks go to malloc, with huge pages asked for the big ones. Memory is never handed back: the run builds
 // its wood once and writes it once. tarn runs on one thread.
 
-#include "support/prefault.h"
-
 #include <sys/mman.h>
 
 #include <cstddef>
@@ -65,15 +63,9 @@ std::uintptr_t map_region() {
     return base;
 }
 
-// From the second region on, the next one is mapped in advance and its
-// pages made present on the other core while the current one fills: a
-// run that needs two regions will likely need many.
-std::uintptr_t spare;
-
 Region* new_region() {
     if (region_count == kMaxRegions) return nullptr;
-    std::uintptr_t base = spare != 0 ? spare : map_region();
-    spare = 0;
+    std::uintptr_t base = map_region();
     if (base == 0) return nullptr;
     // The region's table lives in its own first slab.
     Region* r = reinterpret_cast<Region*>(base);
@@ -90,10 +82,6 @@ Region* new_region() {
     static_assert(sizeof(Region) <= kSlab, "the region table fits in one slab");
     r->size_class[0] = 0;
     slabs_used = 1;
-    if (region_count >= 2 && region_count < kMaxRegions) {
-        spare = map_region();
-        if (spare != 0) tarn_prefault::populate_in_background(reinterpret_cast<void*>(spare), kRegion);
-    }
     return r;
 }
 

@@ -2,15 +2,7 @@
 // library's operator new: every allocation of the test framework goes
 // through it too.
 
-#include "support/prefault.h"
-
 #include <gtest/gtest.h>
-
-#include <sys/mman.h>
-
-#ifndef MADV_POPULATE_WRITE
-#define MADV_POPULATE_WRITE 23
-#endif
 
 #include <cstdint>
 #include <cstring>
@@ -82,10 +74,9 @@ TEST(TarnHeap, FreedCellsAreReusedBeforeNewOnes) {
     delete again;
 }
 
-// Enough small objects for several regions, so that spare regions are made
-// present by the second thread while this one writes its own: every block
-// must keep what it was given.
-TEST(TarnHeap, ManyRegionsKeepTheirBytesWhilePagesAreMadePresent) {
+// Enough small objects for many regions: every block must keep what it
+// was given.
+TEST(TarnHeap, ManyRegionsKeepTheirBytes) {
     constexpr std::size_t kBlocks = 3'000'000;  // 64 bytes each: about 190 MiB
     std::vector<std::uint64_t*> blocks;
     blocks.reserve(kBlocks);
@@ -95,40 +86,11 @@ TEST(TarnHeap, ManyRegionsKeepTheirBytesWhilePagesAreMadePresent) {
             b[k] = i * 8 + k;
         blocks.push_back(b);
     }
-    tarn_prefault::drain();
     for (std::size_t i = 0; i < kBlocks; ++i)
         for (int k = 0; k < 8; ++k)
             ASSERT_EQ(blocks[i][k], i * 8 + k) << "block " << i;
     for (std::uint64_t* b : blocks)
         delete[] b;
-}
-
-// Making pages present never changes them; a block unmapped in the meantime,
-// or no block at all, is no fault.
-TEST(TarnHeap, PopulatingKeepsContentsAndToleratesVanishedBlocks) {
-    constexpr std::size_t kBytes = std::size_t(8) << 20;
-    auto* p = static_cast<unsigned char*>(
-        mmap(nullptr, kBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-    ASSERT_NE(p, MAP_FAILED);
-    for (std::size_t i = 0; i < kBytes; i += 2 * 4096)
-        p[i] = static_cast<unsigned char>(i / 4096 + 1);
-    tarn_prefault::populate_in_background(p + 1, kBytes - 1);
-    tarn_prefault::drain();
-    // The odd pages, never written, are present now (where the kernel can
-    // populate: elsewhere only the speed-up is lost), and still zero.
-    bool kernel_populates = madvise(p, 4096, MADV_POPULATE_WRITE) == 0;
-    std::vector<unsigned char> present(kBytes / 4096);
-    ASSERT_EQ(mincore(p, kBytes, present.data()), 0);
-    for (std::size_t k = 0; kernel_populates && k < present.size(); ++k)
-        EXPECT_TRUE(present[k] & 1) << "page " << k << " not made present";
-    for (std::size_t i = 0; i < kBytes; i += 4096) {
-        ASSERT_EQ(p[i], i % (2 * 4096) == 0 ? static_cast<unsigned char>(i / 4096 + 1) : 0);
-        ASSERT_EQ(p[i + 1], 0);
-    }
-    munmap(p, kBytes);
-    tarn_prefault::populate_in_background(p, kBytes);
-    tarn_prefault::populate_in_background(nullptr, kBytes);
-    tarn_prefault::drain();
 }
 
 }  // namespace
