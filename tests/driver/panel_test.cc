@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <functional>
 #include <iterator>
+#include <map>
 #include <poll.h>
 #include <sstream>
 #include <thread>
@@ -206,30 +207,18 @@ picture screenshot(const virtual_display& display, const std::string& window, co
 
 const char* const panel_title = "wintarn";
 
-// Panel coordinates of the centre of each button, by label.
-struct place {
-    const char* label;
-    int x, y;
-};
-const place places[] = {
-    {"mosk simulator", 135, 130}, {"c", 135, 165}, {"CSharp", 135, 200}, {"vhdl", 135, 235},
-    {"altera (vhdl)", 135, 270}, {"blif", 135, 305}, {"esterel", 370, 130}, {"lustre", 370, 165},
-    {"nusmv", 370, 200}, {"documentation", 370, 235}, {"encapsulated qsr", 370, 270},
-    {"no supress wires", 610, 130}, {"Load", 87, 57}, {"Compile && Quit", 240, 360}, {"Quit", 615, 360},
-};
-place where(const std::string& label)
-{
-    for (const place& p : places)
-        if (label == p.label)
-            return p;
-    ADD_FAILURE() << "no button " << label;
-    return {"", 0, 0};
-}
-
+// Clicks the centre of the button of that label.
 void press(const virtual_display& display, const std::string& window, const std::string& label)
 {
-    place p = where(label);
-    display.click(window, p.x, p.y);
+    static const std::map<std::string, std::pair<int, int>> centres = {
+        {"mosk simulator", {135, 130}}, {"c", {135, 165}}, {"CSharp", {135, 200}}, {"vhdl", {135, 235}},
+        {"altera (vhdl)", {135, 270}}, {"blif", {135, 305}}, {"esterel", {370, 130}}, {"lustre", {370, 165}},
+        {"nusmv", {370, 200}}, {"documentation", {370, 235}}, {"encapsulated qsr", {370, 270}},
+        {"no supress wires", {610, 130}}, {"Load", {87, 57}}, {"Compile && Quit", {240, 360}}, {"Quit", {615, 360}},
+    };
+    auto at = centres.find(label);
+    ASSERT_NE(at, centres.end()) << "no button " << label;
+    display.click(window, at->second.first, at->second.second);
 }
 
 // The visible windows of FLTK other than the panel: its dialogs.

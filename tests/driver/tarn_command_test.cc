@@ -8,8 +8,6 @@
 
 namespace {
 
-bool exists(const std::string& name) { return std::ifstream(name).good(); }
-
 class TarnCommand : public ::testing::Test {
 protected:
     scratch_dir scratch;
@@ -151,50 +149,4 @@ TEST_F(TarnCommand, TargetsComeInTheirFixedOrder)
     tarn_output vhdl = tarn({"m.zkc", "-vhdl"});
     EXPECT_EQ(vhdl.err, "parsing terminated\n");
     EXPECT_EQ(read_file(dir + "/m.vhd").find("std_logic"), std::string::npos);
-}
-
-TEST_F(TarnCommand, InputNameIsCutAtZkcAndSplitAtTheLastSlash)
-{
-    ASSERT_EQ(mkdir((dir + "/sub").c_str(), 0755), 0);
-    scratch.write("sub/foo.zkc", worked_module_text);
-    scratch.write("bar.zkc", worked_module_text);
-    struct {
-        std::string input;
-        std::string log_line;
-        std::string log_file;
-    } cases[] = {
-        {dir + "/sub/foo.zkc", "generation of " + dir + "/sub/foo.log\n", dir + "/sub/foo.zkc.log"},
-        {"sub/foo.zkc.old", "generation of sub/foo.log\n", dir + "/sub/foo.zkc.log"},
-        {"bar", "generation of ./bar.log\n", dir + "/bar.zkc.log"},
-        {"bar.zkcx.zkc", "generation of ./bar.log\n", dir + "/bar.zkc.log"},
-    };
-    for (const auto& c : cases) {
-        std::remove(c.log_file.c_str());
-        tarn_output r = tarn({c.input, "-doc"});
-        EXPECT_EQ(r.status, 0) << c.input << "\n" << r.err;
-        EXPECT_EQ(r.out.rfind(c.log_line, 0), 0u) << c.input << "\n" << r.out;
-        EXPECT_TRUE(exists(c.log_file)) << c.input;
-    }
-}
-
-TEST_F(TarnCommand, UnreadableInputsEndWithStatusOne)
-{
-    scratch.write("bad.zkc", "module: m 0 0\nconnexion: S R T;\nequation_def: 1.5 expressions: end:\n");
-    tarn_output bad = tarn({"bad.zkc", "-c"});
-    EXPECT_EQ(bad.status, 1);
-    EXPECT_EQ(bad.err,
-              "line 3: syntax error, unexpected TOKEN_REAL, expecting TOKEN_NUMBER\n"
-              "ERROR about loading file : ./bad.zkc\n"
-              "parsing terminated\n");
-    EXPECT_EQ(bad.out, "");
-
-    tarn_output missing = tarn({"none.zkc", "-c"});
-    EXPECT_EQ(missing.status, 1);
-    EXPECT_EQ(missing.err, "FILE NOT FOUND !\nparsing terminated\n");
-    EXPECT_EQ(missing.out, "");
-
-    // "-v" is an input name once a batch run starts.
-    tarn_output dash = tarn({"-v", "-c"});
-    EXPECT_EQ(dash.status, 1);
-    EXPECT_EQ(dash.err, "FILE NOT FOUND !\nparsing terminated\n");
 }

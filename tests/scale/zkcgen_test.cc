@@ -44,10 +44,10 @@ bool literal(const zkc_sections& z, long root, long& var)
 TEST(Zkcgen, SameSeedSameFileOtherSeedOtherEquations)
 {
     scratch_dir s;
-    std::string a = read_file(generate(s, 500, 7));
-    std::string c = read_file(generate(s, 500, 8));
+    std::string a = generate_module(s.path, "g", 500, 7);
+    std::string c = generate_module(s.path, "g", 500, 8);
     ASSERT_FALSE(a.empty());
-    EXPECT_EQ(read_file(generate(s, 500, 7)), a);
+    EXPECT_EQ(generate_module(s.path, "g", 500, 7), a);
     EXPECT_NE(a, c);
     EXPECT_EQ(sections_of(a).inputs, sections_of(c).inputs);
 }
@@ -57,7 +57,7 @@ TEST(Zkcgen, ModulesHoldWhatTheRoadMustHandle)
     scratch_dir s;
     for (long size : {40L, 3000L}) {
         SCOPED_TRACE(size);
-        zkc_sections z = sections_of(read_file(generate(s, size, 3)));
+        zkc_sections z = sections_of(generate_module(s.path, "g", size, 3));
         EXPECT_FALSE(z.inputs.empty() || z.outputs.empty() || z.locals.empty() || z.registers.empty());
         EXPECT_EQ(z.connexion, (std::vector<std::string>{"SET" + z.name, "RESET" + z.name, "RTL" + z.name}));
         ASSERT_TRUE(z.ended);
@@ -76,7 +76,7 @@ TEST(Zkcgen, ModulesHoldWhatTheRoadMustHandle)
             EXPECT_TRUE(!locals.count(m[0]) && locals.count(m[1])) << m[0];
     }
 
-    zkc_sections z = sections_of(read_file(generate(s, 3000, 3)));
+    zkc_sections z = sections_of(generate_module(s.path, "g", 3000, 3));
     EXPECT_GT(z.registers.size(), 10u);
     EXPECT_GT(z.memorized.size(), 10u);
     // Reconvergence: nodes below more than one parent.
@@ -127,7 +127,8 @@ TEST(Zkcgen, ModulesHoldWhatTheRoadMustHandle)
 TEST(Zkcgen, ReaderBuildsTheDeclaredModule)
 {
     scratch_dir s;
-    std::string file = generate(s, 2000, 11);
+    std::string file = s.path + "/g.zkc";
+    generate_module(s.path, "g", 2000, 11);
     zkc_sections z = sections_of(read_file(file));
     std::string suffix;
     bool ok = false;
