@@ -18,7 +18,6 @@
 
 namespace c_reference {
 
-inline const std::string tarn = TARN_BINARY_DIR "/driver/tarn";
 inline constexpr int steps = 24;
 // The nodes of an output's under wire read the output's pointer as an int:
 // the generated text is so, and gcc only warns of it. Any other warning

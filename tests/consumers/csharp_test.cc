@@ -172,12 +172,6 @@ void require_tools()
 
 std::string example(const std::string& name) { return read_file(TARN_SOURCE_DIR "/examples/" + name + ".zkc"); }
 
-std::string generated(long equations, unsigned seed, const std::string& name)
-{
-    scratch_dir s;
-    return generate_module(s.path, name, equations, seed);
-}
-
 // A pure module whose C# is compared must have no memorised pair.
 bool has_memorised(const std::string& zkc) { return zkc.find("memorized:") != std::string::npos; }
 
@@ -269,7 +263,7 @@ TEST(CSharpConsumer, PureModulesReactLikeTheirC)
     expect_reacts_like_c("toggle", example("toggle"), 1);
     for (int k = 0; k < CSHARP_SWEEP; ++k) {
         std::string name = "g" + std::to_string(k);
-        std::string zkc = generated(8 + (k * 37) % 118, 100 + k, name);
+        std::string zkc = generate_module(scratch_dir().path, name, 8 + (k * 37) % 118, 100 + k);
         ASSERT_FALSE(has_memorised(zkc));
         expect_reacts_like_c(name, zkc, k);
         if (k % 5 != 4)
@@ -277,7 +271,7 @@ TEST(CSharpConsumer, PureModulesReactLikeTheirC)
         // Larger modules hold memorised pairs: compiled, not compared (see
         // MemorisedSignalIsNeverLoaded).
         name = "p" + std::to_string(k);
-        zkc = generated(130 + 3 * k, 100 + k, name);
+        zkc = generate_module(scratch_dir().path, name, 130 + 3 * k, 100 + k);
         ASSERT_TRUE(has_memorised(zkc));
         SCOPED_TRACE(name);
         scratch_dir s;

@@ -20,11 +20,10 @@ using namespace vhdl_bench;
 std::string first_message(const ghdl_run& r)
 {
     std::istringstream lines(r.messages);
-    std::string a, b, c;
-    std::getline(lines, a);
-    std::getline(lines, b);
-    std::getline(lines, c);
-    return a + "\n" + b + "\n" + c + "\n";
+    std::string text, line;
+    for (int k = 0; k < 3 && std::getline(lines, line); ++k)
+        text += line + "\n";
+    return text;
 }
 
 // q = pre m, where the pure local m follows the input a.

@@ -30,9 +30,6 @@ TEST(TarnPaths, DerivedNames)
     tarn_paths root = tarn_split_input_name("/foo.zkc");
     EXPECT_EQ(root.path("/", ".zkc"), "/foo.zkc");
     EXPECT_EQ(root.path("/", ".c"), "/foo.c");
-    tarn_paths here = tarn_split_input_name("foo");
-    EXPECT_EQ(here.path("/mosk_", ".cc"), "./mosk_foo.cc");
-    EXPECT_EQ(here.path("/", "_encapsulated.qsr"), "./foo_encapsulated.qsr");
 }
 
 // The post-pass on names is pinned with the golden texts; a temporary

@@ -58,10 +58,6 @@ TEST(Road, TarnFinishesAndWritesTheThreeFiles)
     // the consumers' to check.)
     long useless = lines_starting(errors, "detecting useless register ");
     EXPECT_EQ(lines_starting(blif, ".latch"), long(z.registers.size() + z.memorized.size() + 1) - useless);
-    for (const std::string& input : z.inputs)
-        EXPECT_NE(blif.find(input), std::string::npos) << input;
-    EXPECT_GT(read_file(base + ".c").size(), 1000u);
-    EXPECT_NE(read_file(base + ".h").find(z.name), std::string::npos);
 }
 
 // The whole road, every target, with the plain recursions of the

@@ -58,7 +58,7 @@ inline int agree(const std::string& name, const std::string& source, long equati
         EXPECT_EQ(run("cp '" + source + "' '" + file + "'"), 0);
     else
         generate_module(s.path, name, equations, seed);
-    EXPECT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " " + name + ".zkc -c > /dev/null 2>&1"), 0);
+    EXPECT_EQ(run_tarn_in(s.path, {name + ".zkc", "-c"}).status, 0);
     std::vector<std::string> inputs, outputs;
     if (!read_prototype(read_file(s.path + "/" + name + ".h"), name, inputs, outputs)) {
         ADD_FAILURE() << "no pure prototype in " << name << ".h";

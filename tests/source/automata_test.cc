@@ -19,7 +19,6 @@ struct traced {
     std::string user = "";  // C of the user's data, for valued ports
 };
 
-const std::string examples_user = TARN_SOURCE_DIR "/examples/user";
 const std::string integers = "data: Type: integer; Constant: integer one := 1; end data\n";
 const std::string zero = "#include \"C_data_user_integer.h\"\nconst integer zero_integer = 0;\n";
 // One reaction after it starts, each i gives o: i plus one, or i itself.
@@ -174,7 +173,7 @@ TEST(BramAutomata, RunAsTheirTracesSay)
         tarn_output b = run_bram_in(s.path, {"p.zk"});
         ASSERT_EQ(b.status, 0) << b.err;
         EXPECT_EQ(b.err, "");
-        expect_trace(s, c.module, parse_trace(c.trace), c.user, examples_user);
+        expect_trace(s, c.module, parse_trace(c.trace), c.user, TARN_SOURCE_DIR "/examples/user");
     }
 }
 

@@ -1,6 +1,6 @@
 // The four-valued expressions on the wires of a small module: each
-// operator's pair, and the equation table's equations, joins and cycle
-// report. (The programs' traces pin the joins and dates in use.)
+// operator's pair, the simplifying joins, and the equation table's
+// equations, joins and cycle report, and its dates.
 
 #include "bdd/bddpp.h"
 #include "model/module.h"
@@ -80,6 +80,34 @@ TEST(Expressions, PairsOfTheOperators)
     EXPECT_TRUE(f.is(f.u(np), f.o(f.x)));
 }
 
+TEST(Expressions, JoinsBuildOnlyWhatTheyMust)
+{
+    fixture f;
+    Expression *T = new TrueExpression(), *F = new FalseExpression();
+    Expression *B = new BottomExpression(), *E = new ErrorExpression();
+    EXPECT_TRUE(T->plus(F, f.m)->isErrorExpr());
+    EXPECT_TRUE(T->mult(F, f.m)->isBottomExpr());
+    EXPECT_TRUE(F->plus(T, f.m)->isErrorExpr());
+    EXPECT_TRUE(F->mult(T, f.m)->isBottomExpr());
+    EXPECT_EQ(T->plus(B, f.m), T);
+    EXPECT_EQ(T->mult(E, f.m), T);
+    EXPECT_EQ(F->plus(B, f.m), F);
+    EXPECT_EQ(F->mult(B, f.m), B);
+    EXPECT_EQ(F->mult(f.x, f.m), F);
+    // Bottom and Error give the other side back, for mult as for plus.
+    EXPECT_EQ(B->mult(f.x, f.m), f.x);
+    EXPECT_EQ(E->mult(f.x, f.m), f.x);
+    EXPECT_EQ(E->plus(F, f.m), F);
+    // Any other expression: the receiver, the argument, or a new node.
+    EXPECT_EQ(f.x->plus(F, f.m), f.x);
+    EXPECT_EQ(f.x->plus(T, f.m), T);
+    EXPECT_EQ(f.x->mult(B, f.m), B);
+    EXPECT_EQ(f.x->mult(E, f.m), f.x);
+    Expression* both = f.x->plus(f.x, f.m);
+    EXPECT_NE(dynamic_cast<OrExpression*>(both), nullptr);
+    EXPECT_NE(dynamic_cast<AndExpression*>(f.x->mult(f.x, f.m)), nullptr);
+}
+
 TEST(EquationTable, EquationsJoinsAndCycles)
 {
     fixture f;
@@ -120,6 +148,21 @@ TEST(EquationTable, EquationsJoinsAndCycles)
     EXPECT_EXIT(f.table->callPert(), testing::ExitedWithCode(1),
                 "ERROR in Module `m': detecting variables in a dependance cycle:\n(.|\n)*_s_a(.|\n)*when sorting "
                 "equations: \n   _s_a <- _s_b\n");
+}
+
+TEST(EquationTable, DatesWithoutCycle)
+{
+    fixture f;
+    Signal* a = new Signal("a", f.m, f.wood);
+    Signal* b = new Signal("b", f.m, f.wood);
+    a->setWire();
+    b->setWire();
+    f.table->createEquation(a, f.x, f.m);
+    f.table->createEquation(b, new AndExpression(a, f.x), f.m);
+    f.table->callPert();
+    EXPECT_GT(f.table->getPertLevel(), 0);
+    EXPECT_LT(f.wood->exp_by_index(a->getOverBddId(f.m, f.wood))->getEarlyDate(),
+              f.wood->exp_by_index(b->getOverBddId(f.m, f.wood))->getEarlyDate());
 }
 
 } // namespace
