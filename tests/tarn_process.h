@@ -11,6 +11,7 @@
 #include <sstream>
 #include <string>
 #include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 inline std::string read_file(const std::string& name)
@@ -20,6 +21,8 @@ inline std::string read_file(const std::string& name)
     s << in.rdbuf();
     return s.str();
 }
+
+inline bool exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
 
 // A fresh directory under the test's temporary one, removed with its
 // content at the end of the scope.
@@ -45,20 +48,27 @@ struct tarn_output {
     std::string out, err;
 };
 
-// The built tarn run in `dir` without a display, each argument one shell
-// word.
-inline tarn_output run_tarn_in(const std::string& dir, const std::vector<std::string>& args)
+// A built program run in `dir` without a display and bounded in time, each
+// argument one shell word, `input` on its standard input.
+inline tarn_output run_in(const std::string& binary, const std::string& dir, const std::vector<std::string>& args,
+                          const std::string& input = "")
 {
-    std::string command = "cd '" + dir + "' && env -u DISPLAY '" TARN_BINARY_DIR "/driver/tarn'";
+    std::ofstream(dir + "/.in") << input;
+    std::string command = "cd '" + dir + "' && env -u DISPLAY timeout 600 '" + binary + "'";
     for (const std::string& a : args)
         command += " '" + a + "'";
-    command += " >'" + dir + "/.out' 2>'" + dir + "/.err'";
+    command += " <.in >.out 2>.err";
     int raw = std::system(command.c_str());
     tarn_output r{WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw), read_file(dir + "/.out"),
                   read_file(dir + "/.err")};
-    std::remove((dir + "/.out").c_str());
-    std::remove((dir + "/.err").c_str());
+    for (const char* f : {"/.in", "/.out", "/.err"})
+        std::remove((dir + f).c_str());
     return r;
+}
+
+inline tarn_output run_tarn_in(const std::string& dir, const std::vector<std::string>& args)
+{
+    return run_in(TARN_BINARY_DIR "/driver/tarn", dir, args);
 }
 
 // A module of `equations` random equations written by zkcgen as

@@ -18,7 +18,6 @@
 
 namespace c_reference {
 
-inline const std::string tarn = TARN_BINARY_DIR "/driver/tarn";
 inline constexpr int steps = 24;
 // The nodes of an output's under wire read the output's pointer as an int:
 // the generated text is so, and gcc only warns of it. Any other warning
@@ -112,6 +111,23 @@ inline std::string trace_text(const trace& t, bool no_inputs)
     return text;
 }
 
+// The trace as the simulator and the C# bean read it: per reaction a line
+// of the names of the inputs present.
+inline std::string reaction_lines(const std::vector<std::string>& inputs, const trace& t)
+{
+    std::ostringstream lines;
+    for (const auto& step : t) {
+        const char* sep = "";
+        for (std::size_t i = 0; i < inputs.size(); ++i)
+            if (step[i] != 0) {
+                lines << sep << inputs[i];
+                sep = " ";
+            }
+        lines << "\n";
+    }
+    return lines.str();
+}
+
 // The statements, C and C++ alike, of one reaction read from the stream
 // `in` and written to `out`: false (0) at the end of the trace. Before the
 // reaction each presence is cleared and each value set to -1, so that what
@@ -155,6 +171,17 @@ inline port_values read_values(const std::string& text, const std::vector<c_port
             fields >> values[o.name][step];
     }
     return values;
+}
+
+// How many times the outputs changed from one reaction to the next: a
+// comparison on a trace that moved nothing says little.
+inline int changes(const port_values& values)
+{
+    int n = 0;
+    for (const auto& o : values)
+        for (std::size_t step = 1; step < o.second.size(); ++step)
+            n += o.second[step] != o.second[step - 1];
+    return n;
 }
 
 // Compiles the module's C (with `more`, further files or options for gcc)

@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -108,36 +107,25 @@ std::string mcs_errors(const scratch_dir& s, const std::string& module, bool dri
     return errors;
 }
 
-// An event per present input, in port order: the bean keeps only the
-// last event's input present.
+// The bean on the trace, an event per present input in port order: per
+// output, 1 where the bean fires it present.
 port_values run_csharp(const scratch_dir& s, const std::string& module, const std::vector<std::string>& inputs,
                        const std::vector<std::string>& outputs, const trace& t)
 {
-    std::ofstream in(s.path + "/events.txt");
-    for (const auto& step : t) {
-        for (std::size_t i = 0; i < inputs.size(); ++i)
-            if (step[i] != 0)
-                in << inputs[i] << " ";
-        in << "\n";
-    }
-    in.close();
+    s.write("events.txt", reaction_lines(inputs, t));
     EXPECT_EQ(run("cd '" + s.path + "' && mono " + module + ".exe < events.txt > cs_out.txt 2> mono.txt"), 0)
         << read_file(s.path + "/mono.txt");
     port_values values;
-    for (const std::string& o : outputs)
-        values[o].assign(steps, -1);
     std::istringstream lines(read_file(s.path + "/cs_out.txt"));
     std::string line;
-    for (int step = 0; step < steps && std::getline(lines, line); ++step) {
-        std::istringstream words(line);
-        std::string word;
-        while (words >> word) {
-            std::size_t eq = word.find('=');
-            auto it = values.find(word.substr(0, eq));
-            if (it != values.end() && eq != std::string::npos)
-                it->second[step] = word.substr(eq + 1) == "True" ? 1 : 0;
+    for (const std::string& o : outputs)
+        values[o].assign(t.size(), -1);
+    for (std::size_t step = 0; step < t.size() && std::getline(lines, line); ++step)
+        for (const std::string& o : outputs) {
+            std::smatch m;
+            if (std::regex_search(line, m, std::regex("(^| )" + o + "=(True|False)( |$)")))
+                values[o][step] = m[2] == "True";
         }
-    }
     return values;
 }
 
@@ -155,15 +143,11 @@ trace last_event_only(trace t)
     return t;
 }
 
-struct ports {
-    std::vector<std::string> inputs, outputs;
-};
-
-ports read_ports(const scratch_dir& s, const std::string& module)
+// The reaction's presences as the C header declares them.
+void read_ports(const scratch_dir& s, const std::string& module, std::vector<std::string>& inputs,
+                std::vector<std::string>& outputs)
 {
-    ports p;
-    EXPECT_TRUE(read_prototype(read_file(s.path + "/" + module + ".h"), module, p.inputs, p.outputs));
-    return p;
+    ASSERT_TRUE(read_prototype(read_file(s.path + "/" + module + ".h"), module, inputs, outputs));
 }
 
 // Compiles the bean and checks it against the C on random traces.
@@ -173,13 +157,11 @@ void expect_reacts_like_c(const std::string& module, const std::string& zkc, uns
     scratch_dir s;
     generate(s, module, zkc);
     ASSERT_EQ(mcs_errors(s, module, true), "");
-    ports p = read_ports(s, module);
+    std::vector<std::string> inputs, outputs;
+    read_ports(s, module, inputs, outputs);
     for (unsigned k = 0; k < 2; ++k) {
-        trace t = last_event_only(random_trace(p.inputs.size(), seed * 31 + k));
-        port_values expected = run_c(s, module, p.inputs, p.outputs, t);
-        port_values got = run_csharp(s, module, p.inputs, p.outputs, t);
-        for (const std::string& o : p.outputs)
-            EXPECT_EQ(got[o], expected[o]) << "output " << o << ", trace " << k;
+        trace t = last_event_only(random_trace(inputs.size(), seed * 31 + k));
+        EXPECT_EQ(run_csharp(s, module, inputs, outputs, t), run_c(s, module, inputs, outputs, t)) << "trace " << k;
     }
 }
 
@@ -189,12 +171,6 @@ void require_tools()
 }
 
 std::string example(const std::string& name) { return read_file(TARN_SOURCE_DIR "/examples/" + name + ".zkc"); }
-
-std::string generated(long equations, unsigned seed, const std::string& name)
-{
-    scratch_dir s;
-    return generate_module(s.path, name, equations, seed);
-}
 
 // A pure module whose C# is compared must have no memorised pair.
 bool has_memorised(const std::string& zkc) { return zkc.find("memorized:") != std::string::npos; }
@@ -287,7 +263,7 @@ TEST(CSharpConsumer, PureModulesReactLikeTheirC)
     expect_reacts_like_c("toggle", example("toggle"), 1);
     for (int k = 0; k < CSHARP_SWEEP; ++k) {
         std::string name = "g" + std::to_string(k);
-        std::string zkc = generated(8 + (k * 37) % 118, 100 + k, name);
+        std::string zkc = generate_module(scratch_dir().path, name, 8 + (k * 37) % 118, 100 + k);
         ASSERT_FALSE(has_memorised(zkc));
         expect_reacts_like_c(name, zkc, k);
         if (k % 5 != 4)
@@ -295,7 +271,7 @@ TEST(CSharpConsumer, PureModulesReactLikeTheirC)
         // Larger modules hold memorised pairs: compiled, not compared (see
         // MemorisedSignalIsNeverLoaded).
         name = "p" + std::to_string(k);
-        zkc = generated(130 + 3 * k, 100 + k, name);
+        zkc = generate_module(scratch_dir().path, name, 130 + 3 * k, 100 + k);
         ASSERT_TRUE(has_memorised(zkc));
         SCOPED_TRACE(name);
         scratch_dir s;
@@ -316,12 +292,13 @@ TEST(CSharpConsumer, MemorisedSignalIsNeverLoaded)
              "connexion: SETm RESETm RTLm;\nequation_def:\n2\n0: 4:1:1,-1\n1: -1:-3:-3,1\n"
              "expressions:\n1 1 2:0,1,(4 )\nend:\n");
     ASSERT_EQ(mcs_errors(s, "m", true), "");
-    ports p = read_ports(s, "m");
-    ASSERT_EQ(p.inputs, std::vector<std::string>{"a"});
-    ASSERT_EQ(p.outputs, std::vector<std::string>{"o"});
+    std::vector<std::string> inputs, outputs;
+    read_ports(s, "m", inputs, outputs);
+    ASSERT_EQ(inputs, std::vector<std::string>{"a"});
+    ASSERT_EQ(outputs, std::vector<std::string>{"o"});
     trace t = random_trace(1, 5);
-    port_values c = run_c(s, "m", p.inputs, p.outputs, t);
-    port_values cs = run_csharp(s, "m", p.inputs, p.outputs, t);
+    port_values c = run_c(s, "m", inputs, outputs, t);
+    port_values cs = run_csharp(s, "m", inputs, outputs, t);
     for (int step = 0; step < steps; ++step) {
         EXPECT_EQ(c["o"][step], step == 0 ? 0 : t[step - 1][0]) << step;
         EXPECT_EQ(cs["o"][step], 0) << step;
@@ -339,11 +316,12 @@ TEST(CSharpConsumer, OnlyTheLastEventOfAReactionCounts)
              "connexion: SETm RESETm RTLm;\nequation_def:\n3\n0: 0:2:1,-1\n1: -1:-3:-3,1\n2: 2:1:1,-1\n"
              "expressions:\n1 1 4:0,1,(0 2 )\nend:\n");
     ASSERT_EQ(mcs_errors(s, "m", true), "");
-    ports p = read_ports(s, "m");
-    ASSERT_EQ(p.inputs, (std::vector<std::string>{"a", "b"}));
+    std::vector<std::string> inputs, outputs;
+    read_ports(s, "m", inputs, outputs);
+    ASSERT_EQ(inputs, (std::vector<std::string>{"a", "b"}));
     trace both(steps, std::vector<int>{1, 1});
-    EXPECT_EQ(run_c(s, "m", p.inputs, p.outputs, both)["o"], std::vector<int>(steps, 1));
-    EXPECT_EQ(run_csharp(s, "m", p.inputs, p.outputs, both)["o"], std::vector<int>(steps, 0));
+    EXPECT_EQ(run_c(s, "m", inputs, outputs, both)["o"], std::vector<int>(steps, 1));
+    EXPECT_EQ(run_csharp(s, "m", inputs, outputs, both)["o"], std::vector<int>(steps, 0));
 }
 
 } // namespace

@@ -3,7 +3,8 @@
 // boolean type, and of one without data) compiles against user headers
 // written here and, started with a stand-in simulator first on its PATH,
 // answers each request of that stand-in over loopback as its text says,
-// then ends with status 0 once the stand-in closes the connexion.
+// then ends with status 0 once the stand-in closes the connexion; started
+// with the real mosk, it gives mosk the values of the module's meaning.
 
 #include "tests/consumers/c_reference.h"
 #include "tests/tarn_process.h"
@@ -87,6 +88,7 @@ struct server_case {
     std::vector<std::pair<std::string, std::string>> user_headers; // type, text
     std::vector<exchange> exchanges;
     bool warning_free = true; // g++ builds the server without a warning
+    std::string reactions = "", printed = ""; // for mosk, and what it prints
 };
 
 // The stand-in, built at the first call.
@@ -105,10 +107,14 @@ std::string stand_in_binary()
     return binary;
 }
 
-// Writes the server, builds it and runs it with the stand-in first on its
-// PATH; the stand-in's log is returned.
-std::string serve(const scratch_dir& s, const server_case& x)
+// Writes the server and builds it; then runs it with the stand-in first on
+// its PATH and checks the stand-in's log; then, given reactions, with the
+// real mosk behind a wrapper that hands it 127.0.0.1 for the host, and
+// checks what mosk printed. The server ends when its client closes; a hung
+// one is stopped.
+void check_replies(const scratch_dir& s, const server_case& x)
 {
+    SCOPED_TRACE(x.file);
     if (x.zkc.empty())
         copy_example(s.path, x.file);
     else
@@ -118,34 +124,36 @@ std::string serve(const scratch_dir& s, const server_case& x)
     EXPECT_NE(made.out.find("generation of ./mosk_" + x.file + ".cc\n"), std::string::npos) << made.out;
     for (const auto& h : x.user_headers)
         s.write("mosk_data_user_" + h.first + ".h", h.second);
-    std::string mosk = stand_in_binary();
+    std::string stand_in = stand_in_binary();
     int built = run("cd '" + s.path + "' && LC_ALL=C g++ -Wall -o server mosk_" + x.file +
-                    ".cc 2> server_gxx.txt && cp '" + mosk + "' mosk");
-    EXPECT_EQ(built, 0) << read_file(s.path + "/server_gxx.txt");
-    if (built != 0 || mosk.empty())
-        return "";
-    std::string requests;
-    for (const exchange& e : x.exchanges)
-        requests += e.first + "\n";
-    s.write("requests.txt", requests);
-    // The server ends when the stand-in closes; a hung one is stopped.
-    int status = run("cd '" + s.path + "' && PATH='" + s.path + "':\"$PATH\" timeout 30 ./server > server_out.txt "
-                     "2> server_err.txt");
-    EXPECT_EQ(status, 0) << read_file(s.path + "/server_err.txt");
-    return read_file(s.path + "/mosk_log.txt");
-}
-
-void check_replies(const scratch_dir& s, const server_case& x)
-{
-    SCOPED_TRACE(x.file);
-    std::string log = serve(s, x);
+                    ".cc 2> server_gxx.txt && cp '" + stand_in + "' mosk");
+    ASSERT_EQ(built, 0) << read_file(s.path + "/server_gxx.txt");
+    ASSERT_FALSE(stand_in.empty());
     if (x.warning_free)
         EXPECT_EQ(read_file(s.path + "/server_gxx.txt"), "");
-    std::string expected = "application " + x.file + ".zkc\n";
-    for (const exchange& e : x.exchanges)
+    std::string requests, expected = "application " + x.file + ".zkc\n";
+    for (const exchange& e : x.exchanges) {
+        requests += e.first + "\n";
         expected += e.second + "\n";
-    expected += "closed\n";
-    EXPECT_EQ(log, expected);
+    }
+    s.write("requests.txt", requests);
+    const std::string serve = "cd '" + s.path + "' && PATH=\"$BIN:$PATH\" timeout 30 ./server > server_out.txt 2> "
+                              "server_err.txt";
+    EXPECT_EQ(run("BIN='" + s.path + "' && " + serve), 0) << read_file(s.path + "/server_err.txt");
+    EXPECT_EQ(read_file(s.path + "/mosk_log.txt"), expected + "closed\n");
+    if (x.reactions.empty())
+        return;
+    // The real mosk in a folder of its own: the stand-in may still be ending.
+    s.write("r.txt", x.reactions);
+    ASSERT_EQ(run("mkdir '" + s.path + "/real'"), 0);
+    s.write("real/mosk", "#!/bin/sh\n'" TARN_BINARY_DIR "/sim/mosk' \"$1\" 127.0.0.1 \"$3\" -input r.txt "
+                         "> mosk_out.txt 2> mosk_err.txt\ntouch mosk_done\n");
+    run("chmod +x '" + s.path + "/real/mosk'");
+    EXPECT_EQ(run("BIN='" + s.path + "/real' && " + serve), 0) << read_file(s.path + "/server_err.txt");
+    // mosk was started in the background: wait for its end.
+    run("for i in $(seq 1 200); do [ -e '" + s.path + "/mosk_done' ] && break; sleep 0.1; done");
+    EXPECT_EQ(read_file(s.path + "/mosk_err.txt"), "");
+    EXPECT_EQ(read_file(s.path + "/mosk_out.txt"), x.printed);
 }
 
 // Requests on integer values that every server of such a module answers.
@@ -217,7 +225,12 @@ TEST(DataServer, ServersAnswerTheStandInSimulator)
              // for it and sends nothing.
              {"CONST,limit,", "<no reply>"},
              {"MC,add_sat,1,2,", "--"},
-         })},
+         }),
+         true,
+         // mosk: an absent total holds its type's zero, which the module
+         // does not define: unknown from then on, and nothing is asked.
+         "inc(30)\ninc(50)\ninc(40)\n\ninc(5)\n",
+         "total(30)\ntotal(80)\ntotal(100)\n\ntotal(?)\n"},
         {"peak",
          "",
          {{"integer", std::string(integer_user) + "inline integer bump(integer a, integer b) { return a + b; }\n"
@@ -226,7 +239,12 @@ TEST(DataServer, ServersAnswerTheStandInSimulator)
              {"MC,bump,5,-8,", "-3"},
              {"CONST,offset,", "1000"},
              {"CONST,offset", "<no reply>"},
-         })},
+         }),
+         true,
+         // mosk: alarm above the C threshold (50); peak = bump(sample,
+         // offset) above the best, which stays zero.
+         "sample(10)\nsample(60)\n\nsample(3)\nsample(70)\n",
+         "peak(1010)\nalarm peak(1060)\n\npeak(1003)\nalarm peak(1070)\n"},
         {"flags",
          "module: flags 0 0 connexion: S R T; equation_def: 0 expressions: end:\n"
          "data: type: bool; integer;\n"

@@ -3,7 +3,8 @@
 #ifndef TARN_TESTS_CONSUMERS_FINALISED_MODULE_H
 #define TARN_TESTS_CONSUMERS_FINALISED_MODULE_H
 
-#include "driver/tarn_run.h"
+#include "context/compilation.h"
+#include "zkc/zkc_input.h"
 #include "model/module.h"
 
 #include <gtest/gtest.h>
@@ -16,6 +17,9 @@ inline Module* finalised_module(const std::string& file)
 {
     std::string suffix;
     bool ok = false;
+    Compilation::GDataMethodTable = nullptr;
+    Compilation::GDataTypeTable = nullptr;
+    Compilation::GDataConstantTable = nullptr;
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     Module* module = parse(file, suffix, &ok);

@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <functional>
 #include <iterator>
+#include <map>
 #include <poll.h>
 #include <sstream>
 #include <thread>
@@ -206,30 +207,18 @@ picture screenshot(const virtual_display& display, const std::string& window, co
 
 const char* const panel_title = "wintarn";
 
-// Panel coordinates of the centre of each button, by label.
-struct place {
-    const char* label;
-    int x, y;
-};
-const place places[] = {
-    {"mosk simulator", 135, 130}, {"c", 135, 165}, {"CSharp", 135, 200}, {"vhdl", 135, 235},
-    {"altera (vhdl)", 135, 270}, {"blif", 135, 305}, {"esterel", 370, 130}, {"lustre", 370, 165},
-    {"nusmv", 370, 200}, {"documentation", 370, 235}, {"encapsulated qsr", 370, 270},
-    {"no supress wires", 610, 130}, {"Load", 87, 57}, {"Compile && Quit", 240, 360}, {"Quit", 615, 360},
-};
-place where(const std::string& label)
-{
-    for (const place& p : places)
-        if (label == p.label)
-            return p;
-    ADD_FAILURE() << "no button " << label;
-    return {"", 0, 0};
-}
-
+// Clicks the centre of the button of that label.
 void press(const virtual_display& display, const std::string& window, const std::string& label)
 {
-    place p = where(label);
-    display.click(window, p.x, p.y);
+    static const std::map<std::string, std::pair<int, int>> centres = {
+        {"mosk simulator", {135, 130}}, {"c", {135, 165}}, {"CSharp", {135, 200}}, {"vhdl", {135, 235}},
+        {"altera (vhdl)", {135, 270}}, {"blif", {135, 305}}, {"esterel", {370, 130}}, {"lustre", {370, 165}},
+        {"nusmv", {370, 200}}, {"documentation", {370, 235}}, {"encapsulated qsr", {370, 270}},
+        {"no supress wires", {610, 130}}, {"Load", {87, 57}}, {"Compile && Quit", {240, 360}}, {"Quit", {615, 360}},
+    };
+    auto at = centres.find(label);
+    ASSERT_NE(at, centres.end()) << "no button " << label;
+    display.click(window, at->second.first, at->second.second);
 }
 
 // The visible windows of FLTK other than the panel: its dialogs.
@@ -474,14 +463,10 @@ TEST(PanelWithoutDisplay, OneLineAndStatusOne)
         EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
     }
     // A display that cannot be opened: FLTK is not reached.
-    std::string command = "cd '" + scratch.path + "' && DISPLAY=:999 '" TARN_BINARY_DIR
-                          "/driver/tarn' m.zkc 2>&1 >/dev/null";
-    FILE* p = popen(command.c_str(), "r");
-    ASSERT_NE(p, nullptr);
-    char line[512] = {0};
-    std::string err = std::fgets(line, sizeof line, p) ? line : "";
-    int raw = pclose(p);
+    int raw = std::system(("cd '" + scratch.path + "' && DISPLAY=:999 '" TARN_BINARY_DIR
+                           "/driver/tarn' m.zkc 2> err.txt > /dev/null").c_str());
     EXPECT_TRUE(WIFEXITED(raw) && WEXITSTATUS(raw) == 1) << raw;
+    std::string err = read_file(scratch.path + "/err.txt");
     EXPECT_EQ(err.rfind("tarn: the front panel needs an X display, and display \":999\" cannot be opened", 0), 0u)
         << err;
     EXPECT_FALSE(std::ifstream(scratch.path + "/m.zkc.log").good());

@@ -1,27 +1,9 @@
-// The built programs and zkcgen's layout of a module, for the scale tests.
+// zkcgen's layout of a module, for the scale tests.
 
 #include "tests/scale/scale_support.h"
 
-#include <sys/wait.h>
-
 #include <cstdio>
-#include <cstdlib>
-#include <fstream>
 #include <sstream>
-
-const std::string tarn_path = TARN_BINARY_DIR "/driver/tarn";
-
-int run_shell(const std::string& command)
-{
-    int status = std::system(command.c_str());
-    return status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-std::string generate(const scratch_dir& s, long equations, int seed)
-{
-    std::string name = "g" + std::to_string(equations) + "_" + std::to_string(seed);
-    return generate_module(s.path, name, equations, seed).empty() ? "" : s.path + "/" + name + ".zkc";
-}
 
 namespace {
 

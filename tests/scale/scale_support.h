@@ -1,22 +1,13 @@
 #ifndef TARN_TESTS_SCALE_SCALE_SUPPORT_H
 #define TARN_TESTS_SCALE_SCALE_SUPPORT_H
 
-// Scratch directories, the built programs and the sections of a module as
-// zkcgen lays it out, shared by the scale tests.
+// The sections of a module as zkcgen lays it out, shared by the scale
+// tests.
 
 #include "tests/tarn_process.h"
 
 #include <string>
 #include <vector>
-
-extern const std::string tarn_path;
-
-int run_shell(const std::string& command);  // exit status, -1 if none
-
-// zkcgen <equations> <seed> g<equations>_<seed> into that name plus ".zkc"
-// in the directory; "" if zkcgen failed. The module is named after its file
-// because the C file includes its header by the module's name.
-std::string generate(const scratch_dir& s, long equations, int seed);
 
 struct zkc_sections {
     std::string name;

@@ -148,7 +148,7 @@ TEST(DataClient, RefusedConnexionIsAMessage)
     EXPECT_EQ(client.ask("CONST,k,"), "--");
 
     scratch_dir dir;
-    c_reference::run("cp '" TARN_SOURCE_DIR "/examples/sum.zkc' '" + dir.path + "'");
+    copy_example(dir.path, "sum");
     tarn_output r = run_mosk_in(dir.path, {"sum.zkc", "127.0.0.1", port}, "inc(1)\n");
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.out, "");
@@ -158,28 +158,19 @@ TEST(DataClient, RefusedConnexionIsAMessage)
 // sum: total = add_sat(pre total, inc, limit) when inc is present. The
 // initial pre value is the module's constant zero; an absent total holds
 // its type's zero, which the module does not define, so that the sum is
-// unknown from then on and no request is sent on an unknown operand.
+// unknown from then on and no request is sent on an unknown operand. (The
+// data server's test starts mosk with host and port as two words.)
 TEST(DataClient, MoskEvaluatesTheValuedExampleThroughTheServer)
 {
-    for (bool positional : {false, true}) {
-        SCOPED_TRACE(positional ? "host and port" : "-server");
-        scratch_dir dir;
-        c_reference::run("cp '" TARN_SOURCE_DIR "/examples/sum.zkc' '" + dir.path + "'");
-        stand_in_server server(sum_server);
-        std::vector<std::string> args = {"sum.zkc"};
-        if (positional) {
-            args.push_back("127.0.0.1");
-            args.push_back(server.port);
-        } else {
-            args.push_back("-server");
-            args.push_back("127.0.0.1:" + server.port);
-        }
-        tarn_output r = run_mosk_in(dir.path, args, "inc(30)\ninc(50)\ninc(40)\n\ninc(5)\n");
-        EXPECT_EQ(r.status, 0) << r.err;
-        EXPECT_EQ(r.out, "total(30)\ntotal(80)\ntotal(100)\n\ntotal(?)\n");
-        EXPECT_EQ(server.requests(),
-                  (std::vector<std::string>{"MC,add_sat,0,30,100,", "MC,add_sat,30,50,100,", "MC,add_sat,80,40,100,"}));
-    }
+    scratch_dir dir;
+    copy_example(dir.path, "sum");
+    stand_in_server server(sum_server);
+    tarn_output r = run_mosk_in(dir.path, {"sum.zkc", "-server", "127.0.0.1:" + server.port},
+                                "inc(30)\ninc(50)\ninc(40)\n\ninc(5)\n");
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "total(30)\ntotal(80)\ntotal(100)\n\ntotal(?)\n");
+    EXPECT_EQ(server.requests(),
+              (std::vector<std::string>{"MC,add_sat,0,30,100,", "MC,add_sat,30,50,100,", "MC,add_sat,80,40,100,"}));
 }
 
 } // namespace

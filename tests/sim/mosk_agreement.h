@@ -16,37 +16,10 @@ namespace mosk_agreement {
 
 inline const std::string mosk = TARN_BINARY_DIR "/sim/mosk";
 
-// The built mosk run in `dir` without a display, each argument one shell
-// word, with `reactions` on its standard input.
 inline tarn_output run_mosk_in(const std::string& dir, const std::vector<std::string>& args,
                                const std::string& reactions = "")
 {
-    std::ofstream(dir + "/.in") << reactions;
-    std::string command = "cd '" + dir + "' && env -u DISPLAY timeout 60 '" + mosk + "'";
-    for (const std::string& a : args)
-        command += " '" + a + "'";
-    command += " <'" + dir + "/.in' >'" + dir + "/.out' 2>'" + dir + "/.err'";
-    int raw = std::system(command.c_str());
-    tarn_output r{WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw), read_file(dir + "/.out"),
-                  read_file(dir + "/.err")};
-    return r;
-}
-
-// A trace of the C's driver as reaction lines: the names of the inputs
-// at 1 in each step.
-inline std::string reaction_lines(const std::vector<std::string>& inputs, const c_reference::trace& t)
-{
-    std::ostringstream lines;
-    for (const auto& step : t) {
-        const char* sep = "";
-        for (std::size_t i = 0; i < inputs.size(); ++i)
-            if (step[i] != 0) {
-                lines << sep << inputs[i];
-                sep = " ";
-            }
-        lines << "\n";
-    }
-    return lines.str();
+    return run_in(mosk, dir, args, reactions);
 }
 
 // The printed outputs as the C's driver gives them: per output, 1 where
@@ -85,7 +58,7 @@ inline int agree(const std::string& name, const std::string& source, long equati
         EXPECT_EQ(run("cp '" + source + "' '" + file + "'"), 0);
     else
         generate_module(s.path, name, equations, seed);
-    EXPECT_EQ(run("cd '" + s.path + "' && env -u DISPLAY " + tarn + " " + name + ".zkc -c > /dev/null 2>&1"), 0);
+    EXPECT_EQ(run_tarn_in(s.path, {name + ".zkc", "-c"}).status, 0);
     std::vector<std::string> inputs, outputs;
     if (!read_prototype(read_file(s.path + "/" + name + ".h"), name, inputs, outputs)) {
         ADD_FAILURE() << "no pure prototype in " << name << ".h";
@@ -94,24 +67,12 @@ inline int agree(const std::string& name, const std::string& source, long equati
     trace t = random_trace(inputs.size(), trace_seed);
     port_values c = run_c(s, name, inputs, outputs, t);
 
-    s.write("reactions.txt", reaction_lines(inputs, t));
+    s.write("reactions.txt", c_reference::reaction_lines(inputs, t));
     tarn_output m = run_mosk_in(s.path, {name + ".zkc", "-input", "reactions.txt"});
     EXPECT_EQ(m.status, 0) << m.err;
     port_values simulated = printed_outputs(m.out, outputs);
-    for (const std::string& o : outputs)
-        for (int step = 0; step < steps; ++step)
-            if (c[o].size() == std::size_t(steps) && simulated[o].size() == std::size_t(steps) &&
-                c[o][step] != simulated[o][step]) {
-                ADD_FAILURE() << name << ": output " << o << " differs at reaction " << step + 1 << ": C "
-                              << c[o][step] << ", mosk " << simulated[o][step];
-                return 0;
-            }
-    EXPECT_EQ(simulated, c);
-    int changes = 0;
-    for (const auto& o : c)
-        for (std::size_t step = 1; step < o.second.size(); ++step)
-            changes += o.second[step] != o.second[step - 1];
-    return changes;
+    EXPECT_EQ(simulated, c) << "outputs per reaction, mosk against the C";
+    return changes(c);
 }
 
 } // namespace mosk_agreement

@@ -2,7 +2,6 @@
 // and gcc on traces derived by hand; the state register's width; and the
 // faults of such programs with their message, status 1 and no file.
 
-#include "tests/source/bram_process.h"
 #include "tests/source/trace_check.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +19,6 @@ struct traced {
     std::string user = "";  // C of the user's data, for valued ports
 };
 
-const std::string examples_user = TARN_SOURCE_DIR "/examples/user";
 const std::string integers = "data: Type: integer; Constant: integer one := 1; end data\n";
 const std::string zero = "#include \"C_data_user_integer.h\"\nconst integer zero_integer = 0;\n";
 // One reaction after it starts, each i gives o: i plus one, or i itself.
@@ -175,7 +173,7 @@ TEST(BramAutomata, RunAsTheirTracesSay)
         tarn_output b = run_bram_in(s.path, {"p.zk"});
         ASSERT_EQ(b.status, 0) << b.err;
         EXPECT_EQ(b.err, "");
-        expect_trace(s, c.module, parse_trace(c.trace), c.user, examples_user);
+        expect_trace(s, c.module, parse_trace(c.trace), c.user, TARN_SOURCE_DIR "/examples/user");
     }
 }
 
@@ -232,35 +230,6 @@ TEST(BramAutomata, RunOfACompiledModule)
     EXPECT_NE(loop.err.find("detecting variables in a dependance cycle"), std::string::npos) << loop.err;
 }
 
-// A value trigger and a valued Mealy equation go through bindings: bram
-// writes them and tarn reads them back without a message.
-TEST(BramAutomata, ValuedTriggersAndEquationsReadBack)
-{
-    const std::string data = "data: Type: integer; end data\n";
-    for (const std::string& source :
-         {data + "module vt: Input: v : integer; Output: o;\n"
-                 "automaton state: S; state: T / o; transition: initial-> S; S [value: $v > 2] -> T;\nend\n",
-          data + "module vm: Input: a, v : integer; Output: w : integer;\n"
-                 "Mealy Machine w($v + 1) = a;\nend\n"}) {
-        SCOPED_TRACE(source);
-        scratch_dir s;
-        s.write("p.zk", source);
-        tarn_output b = run_bram_in(s.path, {"p.zk"});
-        ASSERT_EQ(b.status, 0) << b.err;
-        std::string module = files_with_suffix(s.path, ".zkc").at(0);
-        EXPECT_NE(read_file(s.path + "/" + module + ".zkc").find("binding:"), std::string::npos);
-        tarn_output t = run_tarn_in(s.path, {module + ".zkc", "-c"});
-        EXPECT_EQ(t.status, 0) << t.err;
-        EXPECT_EQ(t.err, "parsing terminated\n");
-    }
-}
-
-struct rejection {
-    const char* what;
-    std::string source;
-    std::string message;
-};
-
 TEST(BramAutomata, FaultsSayWhyAndLeaveNoFile)
 {
     const std::string closing = "\n\n   --> compilation process aborted ...";
@@ -316,15 +285,7 @@ TEST(BramAutomata, FaultsSayWhyAndLeaveNoFile)
         {"Mealy machine emitting an input", good + "module m: Input: a; Mealy Machine a = 1;\nend\n",
          "Emission of output signal: \"a\"  undefined !"},
     };
-    for (const rejection& c : cases) {
-        SCOPED_TRACE(c.what);
-        scratch_dir s;
-        s.write("bad.zk", c.source);
-        tarn_output r = run_bram_in(s.path, {"bad.zk"});
-        EXPECT_EQ(r.status, 1);
-        EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
-        EXPECT_TRUE(files_with_suffix(s.path, ".zkc").empty());
-    }
+    expect_rejected(cases);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // The four-valued expressions on the wires of a small module: each
 // operator's pair, the simplifying joins, and the equation table's
-// equations, joins and cycle report.
+// equations, joins and cycle report, and its dates.
 
 #include "bdd/bddpp.h"
 #include "model/module.h"

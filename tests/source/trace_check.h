@@ -1,5 +1,5 @@
 // Traces of reactions written by hand, and their check on the C that
-// tarn -c makes of a compiled module.
+// tarn -c makes of a compiled module; runs of the built bram.
 #ifndef TARN_TESTS_SOURCE_TRACE_CHECK_H
 #define TARN_TESTS_SOURCE_TRACE_CHECK_H
 
@@ -10,12 +10,15 @@
 
 #include <algorithm>
 #include <dirent.h>
-#include <fstream>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <sys/stat.h>
 #include <vector>
+
+inline tarn_output run_bram_in(const std::string& dir, const std::vector<std::string>& args)
+{
+    return run_in(TARN_BINARY_DIR "/driver/bram", dir, args);
+}
 
 inline std::vector<std::string> files_with_suffix(const std::string& dir, const std::string& suffix)
 {
@@ -32,12 +35,6 @@ inline std::vector<std::string> files_with_suffix(const std::string& dir, const 
     return names;
 }
 
-inline bool exists(const std::string& path)
-{
-    struct stat st;
-    return stat(path.c_str(), &st) == 0;
-}
-
 inline std::vector<std::string> words(const std::string& text)
 {
     std::istringstream in(text);
@@ -47,180 +44,118 @@ inline std::vector<std::string> words(const std::string& text)
     return w;
 }
 
-// A trace file: "in:" and "out:" name the ports, each other line is
-// "inputs : outputs" for one reaction, "run" starts a new run from reset,
-// "#" a comment.
+inline std::vector<int> numbers(const std::string& text)
+{
+    std::vector<int> n;
+    for (const std::string& w : words(text))
+        n.push_back(std::stoi(w));
+    return n;
+}
+
+// A trace file: "in:" and "out:" name the ports (a value as port_val), each
+// other line is "inputs : outputs" for one reaction, "run" starts a new run
+// from reset, "#" a comment.
 struct expected_run {
-    c_reference::trace inputs;
-    std::vector<std::vector<int>> outputs;
+    c_reference::trace inputs, outputs;
 };
 struct trace_file {
     std::vector<std::string> in, out;
-    std::vector<expected_run> runs;
+    std::vector<expected_run> runs{1};
 };
 
 inline trace_file parse_trace(const std::string& text)
 {
     trace_file t;
     std::istringstream lines(text);
-    t.runs.emplace_back();
     for (std::string line; std::getline(lines, line);) {
         if (line.empty() || line[0] == '#')
             continue;
-        if (line.rfind("in:", 0) == 0) {
+        if (line.rfind("in:", 0) == 0)
             t.in = words(line.substr(3));
-        } else if (line.rfind("out:", 0) == 0) {
+        else if (line.rfind("out:", 0) == 0)
             t.out = words(line.substr(4));
-        } else if (line == "run") {
+        else if (line == "run")
             t.runs.emplace_back();
-        } else {
+        else {
             std::size_t colon = line.find(':');
-            std::vector<int> in, out;
-            for (auto& w : words(line.substr(0, colon)))
-                in.push_back(std::stoi(w));
-            for (auto& w : words(line.substr(colon + 1)))
-                out.push_back(std::stoi(w));
-            t.runs.back().inputs.push_back(in);
-            t.runs.back().outputs.push_back(out);
+            t.runs.back().inputs.push_back(numbers(line.substr(0, colon)));
+            t.runs.back().outputs.push_back(numbers(line.substr(colon + 1)));
         }
     }
     return t;
 }
 
-// Reorders one reaction's values from the trace's port order to the
-// prototype's.
-inline std::vector<int> reorder(const std::vector<int>& values, const std::vector<std::string>& from,
-                         const std::vector<std::string>& to)
-{
-    std::vector<int> r;
-    for (const std::string& name : to)
-        for (std::size_t i = 0; i < from.size(); ++i)
-            if (from[i] == name)
-                r.push_back(values[i]);
-    return r;
-}
-
-inline trace_file read_trace(const std::string& path) { return parse_trace(read_file(path)); }
-
-// The reaction's parameters of a module with valued ports: type, whether
-// it is an output (a pointer), and name, in order.
-struct parameter {
-    std::string type;
-    bool output;
-    std::string name;
-};
-
-inline std::vector<parameter> read_parameters(const std::string& header, const std::string& module)
-{
-    std::vector<parameter> params;
-    std::string head = "extern void " + module + "_automaton(";
-    std::size_t at = header.find(head);
-    if (at == std::string::npos)
-        return params;
-    std::size_t close = header.find(')', at);
-    std::stringstream list(header.substr(at + head.size(), close - at - head.size()));
-    for (std::string p; std::getline(list, p, ',');) {
-        std::smatch m;
-        if (std::regex_match(p, m, std::regex("\\s*(\\w+)\\s*(\\*?)\\s*(\\w+)\\s*")))
-            params.push_back({m[1], m[2] == "*", m[3]});
-    }
-    return params;
-}
-
-// The module's C with the user's C text `user` and the type headers of
-// the folder `headers`, run from reset on one trace of input parameters
-// (in order); the outputs of each reaction by name. Every value is read
-// and printed as an int.
-inline c_reference::port_values run_valued(const scratch_dir& s, const std::string& module,
-                                           const std::vector<parameter>& params, const c_reference::trace& t,
-                                           const std::string& user, const std::string& headers)
-{
-    std::ofstream driver(s.path + "/driver.c");
-    driver << "#include <stdio.h>\n#include \"" << module << ".h\"\nint main(void) {\n  " << module
-           << "_reset_automaton();\n  for (;;) {\n";
-    for (std::size_t i = 0; i < params.size(); ++i) {
-        const parameter& p = params[i];
-        driver << "    " << p.type << " p" << i << " = 0;\n";
-        if (!p.output)
-            driver << "    if (scanf(\"%d\", &p" << i << ") != 1) return 0;\n";
-    }
-    driver << "    " << module << "_automaton(";
-    for (std::size_t i = 0; i < params.size(); ++i)
-        driver << (i ? ", " : "") << (params[i].output ? "&p" : "p") << i;
-    driver << ");\n";
-    for (std::size_t i = 0; i < params.size(); ++i)
-        if (params[i].output)
-            driver << "    printf(\"%d \", (int)p" << i << ");\n";
-    driver << "    printf(\"\\n\");\n  }\n}\n";
-    driver.close();
-    s.write("user.c", user);
-    for (const std::string& type_header : files_with_suffix(headers, ".h"))
-        s.write(type_header + ".h", read_file(headers + "/" + type_header + ".h"));
-    EXPECT_EQ(c_reference::run("cd '" + s.path + "' && gcc -Werror -o driver driver.c user.c " + module +
-                               ".c 2> gcc.txt"),
-              0)
-        << read_file(s.path + "/gcc.txt");
-    std::ofstream in(s.path + "/trace.txt");
-    for (const auto& step : t) {
-        for (int v : step)
-            in << v << " ";
-        in << "\n";
-    }
-    in.close();
-    EXPECT_EQ(c_reference::run("cd '" + s.path + "' && ./driver < trace.txt > c_out.txt"), 0);
-    c_reference::port_values values;
-    std::istringstream lines(read_file(s.path + "/c_out.txt"));
-    for (std::size_t step = 0; step < t.size(); ++step)
-        for (const parameter& p : params)
-            if (p.output) {
-                int v = -1;
-                lines >> v;
-                values[p.name].push_back(v);
-            }
-    return values;
-}
-
-// tarn -c on <module>.zkc of `s`, then the C on every run of `expected`,
-// each output compared reaction by reaction. With a `user` C text the
-// ports may be valued: a valued port is two parameters, its presence and
-// its value (port_val), and the C is built with `user` and the type
-// headers of `headers`.
+// tarn -c on <module>.zkc of `s`, then the C, built with the user's C text
+// `user` and the type headers of the folder `headers` when the module is
+// valued, on every run of `expected`, each output compared reaction by
+// reaction.
 inline void expect_trace(const scratch_dir& s, const std::string& module, const trace_file& expected,
                          const std::string& user = "", const std::string& headers = "")
 {
+    using namespace c_reference;
     tarn_output t = run_tarn_in(s.path, {module + ".zkc", "-c"});
     ASSERT_EQ(t.status, 0) << t.err;
     // The file reads back with no message beyond the run's own.
     EXPECT_EQ(t.err, "parsing terminated\n");
-    std::string header = read_file(s.path + "/" + module + ".h");
-    std::vector<std::string> inputs, outputs;
-    std::vector<parameter> params = read_parameters(header, module);
+    std::vector<c_port> inputs, outputs;
+    ASSERT_TRUE(read_ports(read_file(s.path + "/" + module + ".h"), module, inputs, outputs));
+    std::string more;
     if (!user.empty()) {
-        for (const parameter& p : params)
-            (p.output ? outputs : inputs).push_back(p.name);
-    } else {
-        ASSERT_TRUE(c_reference::read_prototype(header, module, inputs, outputs));
+        s.write("user.c", user);
+        for (const std::string& h : files_with_suffix(headers, ".h"))
+            s.write(h + ".h", read_file(headers + "/" + h + ".h"));
+        more = "user.c";
     }
-    std::vector<std::string> sorted_in = inputs, sorted_out = outputs, want_in = expected.in, want_out = expected.out;
-    std::sort(sorted_in.begin(), sorted_in.end());
-    std::sort(want_in.begin(), want_in.end());
-    std::sort(sorted_out.begin(), sorted_out.end());
+    // The trace's ports in the reaction's order.
+    std::vector<std::size_t> order;
+    std::vector<std::string> names;
+    for (const c_port& p : inputs) {
+        auto at = std::find(expected.in.begin(), expected.in.end(), p.name);
+        ASSERT_NE(at, expected.in.end()) << "input " << p.name << " is not in the trace";
+        order.push_back(at - expected.in.begin());
+    }
+    for (const c_port& p : outputs)
+        names.push_back(p.name);
+    ASSERT_EQ(order.size(), expected.in.size());
+    std::vector<std::string> want_out = expected.out;
+    std::sort(names.begin(), names.end());
     std::sort(want_out.begin(), want_out.end());
-    ASSERT_EQ(sorted_in, want_in);
-    ASSERT_EQ(sorted_out, want_out);
+    ASSERT_EQ(names, want_out);
     for (std::size_t r = 0; r < expected.runs.size(); ++r) {
         SCOPED_TRACE("run " + std::to_string(r + 1));
         const expected_run& run = expected.runs[r];
-        ASSERT_LE(run.inputs.size(), static_cast<std::size_t>(c_reference::steps));
-        c_reference::trace in;
-        for (const auto& step : run.inputs)
-            in.push_back(reorder(step, expected.in, inputs));
-        c_reference::port_values got = !user.empty() ? run_valued(s, module, params, in, user, headers)
-                                                     : c_reference::run_c(s, module, inputs, outputs, in);
+        trace in;
+        for (const auto& step : run.inputs) {
+            in.emplace_back();
+            for (std::size_t i : order)
+                in.back().push_back(step.at(i));
+        }
+        port_values got = run_c(s, module, inputs, outputs, in, more);
         for (std::size_t step = 0; step < run.outputs.size(); ++step)
             for (std::size_t o = 0; o < expected.out.size(); ++o)
                 EXPECT_EQ(got[expected.out[o]][step], run.outputs[step][o])
                     << expected.out[o] << " at reaction " << step + 1;
+    }
+}
+
+// Bad programs: each ends bram with status 1 and its message, and no file
+// is written, not even of the good modules before the bad one.
+struct rejection {
+    const char* what;
+    std::string source, message;
+};
+
+inline void expect_rejected(const std::vector<rejection>& cases)
+{
+    for (const rejection& c : cases) {
+        SCOPED_TRACE(c.what);
+        scratch_dir s;
+        s.write("bad.zk", c.source);
+        tarn_output r = run_bram_in(s.path, {"bad.zk"});
+        EXPECT_EQ(r.status, 1);
+        EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
+        EXPECT_TRUE(files_with_suffix(s.path, ".zkc").empty());
+        EXPECT_EQ(r.out, "");
     }
 }
 
