@@ -249,16 +249,57 @@ private:
     std::uint32_t removal_count = 0;
 };
 
+// A table by variable id or index whose length doubles with the number of
+// variables: the slots past the last one written read as their default
+// (an empty name, null, 0) without being stored. Memory follows the
+// variables made, not the doubled length.
+template <class T>
+class variable_table {
+public:
+    std::size_t size() const { return length; }
+    // Sets the length; slots not yet written read as the default.
+    void resize(std::size_t n) {
+        length = n;
+        if (stored.size() > n) stored.resize(n);
+    }
+    void assign(std::size_t n, const T& value) {
+        stored.assign(stored.size() < n ? stored.size() : n, value);
+        length = n;
+        filler = value;
+    }
+    const T& operator[](std::size_t i) const { return i < stored.size() ? stored[i] : filler; }
+    // Writable slot i (i below the length): the stored part grows to it.
+    T& operator[](std::size_t i) {
+        if (i >= stored.size()) {
+            std::size_t want = stored.size() + stored.size() / 2;
+            if (want > length) want = length;
+            if (want < i + 1) want = i + 1;
+            stored.resize(want, filler);
+        }
+        return stored[i];
+    }
+    // The stored slots: every one written so far, and at least those of the
+    // variables made (the manager writes a variable's slots as it makes it).
+    const T* data() const { return stored.data(); }
+    typename std::vector<T>::const_iterator begin() const { return stored.begin(); }
+    typename std::vector<T>::const_iterator end() const { return stored.end(); }
+
+private:
+    std::vector<T> stored;
+    std::size_t length = 0;
+    T filler = T();
+};
+
 class bddpp_manager {
 public:
     long variables_number;
     long variables_capacity;  // size of the five tables by id or index
     long next_global_id;
-    std::vector<std::string> var_names; // by id; written only by the manager's own functions
-    std::vector<bdd_node*> node_by_id;  // the variable's own node, by id
-    std::vector<long> index_by_id;
-    std::vector<long> id_by_index;
-    std::vector<bdd_node*> assoc;       // see Bdd_assoc_bdd_to_var
+    variable_table<std::string> var_names; // by id; written only by the manager's own functions
+    variable_table<bdd_node*> node_by_id;  // the variable's own node, by id
+    variable_table<long> index_by_id;
+    variable_table<long> id_by_index;
+    variable_table<bdd_node*> assoc;       // see Bdd_assoc_bdd_to_var
     bdd_unique_table* map;
     std::unordered_map<std::string, long> id_by_name; // creation names; renaming leaves it
     long gc_calls;

@@ -17,10 +17,10 @@
 void bddpp_manager::make_tables(long capacity) {
     variables_capacity = capacity;
     var_names.resize(capacity);
-    node_by_id.resize(capacity, nullptr);
-    index_by_id.resize(capacity, 0);
-    id_by_index.resize(capacity, 0);
-    assoc.resize(capacity, nullptr);
+    node_by_id.resize(capacity);
+    index_by_id.resize(capacity);
+    id_by_index.resize(capacity);
+    assoc.resize(capacity);
 }
 
 bddpp_manager::bddpp_manager()

@@ -24,12 +24,12 @@ constexpr std::size_t kGrain = 16;                          // the default new a
 constexpr std::size_t kLargest = 4096;                      // larger goes to malloc
 constexpr std::size_t kClasses = kLargest / kGrain + 1;     // class c holds c * kGrain bytes
 constexpr std::size_t kHugePage = std::size_t(1) << 21;
-constexpr std::size_t kRegionBits = 26;                     // 64 MiB regions
+constexpr std::size_t kRegionBits = 24;                     // 16 MiB regions
 constexpr std::size_t kRegion = std::size_t(1) << kRegionBits;
 constexpr std::size_t kSlabBits = 16;                       // 64 KiB slabs
 constexpr std::size_t kSlab = std::size_t(1) << kSlabBits;
 constexpr std::size_t kSlabsPerRegion = kRegion / kSlab;
-constexpr std::size_t kMaxRegions = 4096;                   // 256 GiB of small objects
+constexpr std::size_t kMaxRegions = 16384;                  // 256 GiB of small objects
 
 struct Region {
     std::uintptr_t base;
@@ -43,6 +43,7 @@ struct FreeCell {
 // Zero-initialised: the allocator may serve static constructors that run
 // before any of this file's own.
 Region* regions[kMaxRegions];  // by ascending base
+std::uintptr_t region_bases[kMaxRegions];  // the same regions' bases, searched by delete
 std::size_t region_count;
 std::size_t slabs_used;        // in the last region made
 FreeCell* free_cells[kClasses];
@@ -78,11 +79,13 @@ Region* new_region() {
     Region* r = reinterpret_cast<Region*>(base);
     r->base = base;
     std::size_t at = region_count;
-    while (at > 0 && regions[at - 1]->base > base) {
+    while (at > 0 && region_bases[at - 1] > base) {
         regions[at] = regions[at - 1];
+        region_bases[at] = region_bases[at - 1];
         --at;
     }
     regions[at] = r;
+    region_bases[at] = base;
     ++region_count;
     static_assert(sizeof(Region) <= kSlab, "the region table fits in one slab");
     r->size_class[0] = 0;
@@ -114,12 +117,12 @@ Region* region_of(const void* p) {
     std::size_t lo = 0, hi = region_count;
     while (lo < hi) {
         std::size_t mid = (lo + hi) / 2;
-        if (regions[mid]->base + kRegion <= a)
+        if (region_bases[mid] + kRegion <= a)
             lo = mid + 1;
         else
             hi = mid;
     }
-    if (lo < region_count && regions[lo]->base <= a) return regions[lo];
+    if (lo < region_count && region_bases[lo] <= a) return regions[lo];
     return nullptr;
 }
 

@@ -77,6 +77,11 @@ void zkc_debuger_law(int rule, int alternative, const char* text, int level, std
     log << " --> " << text << '\n';
 }
 
+bool zkc_tracing()
+{
+    return pzkc_parser != nullptr && pzkc_parser->log != nullptr && pzkc_parser->trace_level == 1;
+}
+
 void zkc_trace(int rule, int alternative, const std::string& text)
 {
     if (pzkc_parser == nullptr || pzkc_parser->log == nullptr)

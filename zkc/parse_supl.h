@@ -257,6 +257,9 @@ void zkcerror(const char* text);
 void zkc_debuger_law(int rule, int alternative, const char* text, int level, std::ostream& log);
 // zkc_debuger_law on the current parser's log and level.
 void zkc_trace(int rule, int alternative, const std::string& text);
+// Whether zkc_trace writes anything: the lines met once per declaration,
+// node or equation build their text only then.
+bool zkc_tracing();
 // Ends the read of a file that cannot be used: the text on the error stream,
 // then status 1 through Compilation's fatal path (which a harness may
 // intercept).
