@@ -2,6 +2,7 @@
 // copy) and deep diagrams: no walk may keep a call frame per variable.
 
 #include "bdd/bddpp.h"
+#include "tests/bdd/bdd_test_util.h"
 
 #include <gtest/gtest.h>
 
@@ -15,20 +16,10 @@
 
 namespace {
 
-// Value of f under an assignment of variable names, read from the nodes.
-bool eval_by_name(const bddpp_manager& m, const bdd& f, const std::map<std::string, bool>& values)
+// Value of f under an assignment of variable names.
+bool eval_by_name(bddpp_manager& m, const bdd& f, const std::map<std::string, bool>& values)
 {
-    int link = f.link_type();
-    const bdd_node* n = f.node();
-    while (n != m.one) {
-        if (values.at(m.var_names[n->id])) {
-            n = n->then_node;
-        } else {
-            link *= n->else_link_type;
-            n = n->else_node;
-        }
-    }
-    return link == 1;
+    return eval_bdd(m, f, [&](long i) { return values.at(m.Name_var_by_index(i)); });
 }
 
 // (a and c) or (b xor d) over the named variables of m.

@@ -5,6 +5,7 @@
 // and Bdd_and(a, b) makes node 4 (then b, else the terminal, inverse).
 
 #include "bdd/bddpp.h"
+#include "tests/bdd/bdd_test_util.h"
 
 #include <gtest/gtest.h>
 
@@ -19,14 +20,6 @@ struct TwoVariables {
     bdd a = m.New_var_last("a");
     bdd b = m.New_var_last("b");
     bdd f = m.Bdd_and(a, b); // node 4
-};
-
-struct FourVariables {
-    bddpp_manager m;
-    bdd a = m.New_var_last("a");
-    bdd b = m.New_var_last("b");
-    bdd c = m.New_var_last("c");
-    bdd d = m.New_var_last("d");
 };
 
 } // namespace

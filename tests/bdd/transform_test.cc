@@ -4,7 +4,7 @@
 
 #include "bdd/bddpp.h"
 
-#include "tests/bdd/functions.h"
+#include "tests/bdd/bdd_test_util.h"
 
 #include <gtest/gtest.h>
 

@@ -32,7 +32,9 @@ struct WorkedExample : ModuleBuilder {
     }
 };
 
-TEST(Finalize, WorkedExampleIsClosedBootedCleanedDatedAndRenamed)
+// The names, equations and registers of the worked module are pinned by the
+// generators' golden texts; what they cannot show is held here.
+TEST(Finalize, WorkedExampleIsDatedAfterWhatItReadsWithoutWarning)
 {
     WorkedExample w;
     testing::internal::CaptureStderr();
@@ -40,67 +42,15 @@ TEST(Finalize, WorkedExampleIsClosedBootedCleanedDatedAndRenamed)
     std::string err = testing::internal::GetCapturedStderr();
     EXPECT_EQ(err.find("Warning"), std::string::npos) << err;
     EXPECT_EQ(w.m.getFinalised(), 1);
-
-    // i 0/1, o 2/3, n 4/5, r 6/7, SETm 8/9, RESETm 10/11, RTLm 12/13, boot 14/15, bootplus 16/17.
-    const char* names[] = {"i", "v_v_i", "o", "v_v_o", "v_s_n", "v_v_n", "v_s_r", "v_v_r", "v_s_SETm",
-                           "v_v_SETm", "v_s_RESETm", "v_v_RESETm", "v_s_RTLm", "v_v_RTLm", "v_s_m_boot",
-                           "v_v_m_boot", "v_s_mbootplus", "v_v_mbootplus"};
-    for (long id = 0; id < 18; id++)
-        EXPECT_EQ(w.wood->Name_var_by_index(id), names[id]) << id;
-
-    // RESET's constants are read by nobody and go; the boot register's stay.
-    EXPECT_EQ(w.wood->exp_ids, (IndexSet{1, 2, 3, 4, 5, 7, 8, 9, 16, 17}));
-    bdd i = w.mgr->Bdd_var_by_index(0), r = w.mgr->Bdd_var_by_index(6), boot = w.mgr->Bdd_var_by_index(14);
-    struct {
-        long id;
-        bdd value;
-        int type;
-    } equations[] = {
-        {1, w.mgr->Bdd_not(i), Compilation::VINPUT},   {2, r, Compilation::SOUTPUT},
-        {3, w.mgr->Bdd_not(r), Compilation::VOUTPUT},  {4, i, Compilation::SREG},
-        {5, w.mgr->Bdd_not(i), Compilation::VREG},     {7, w.mgr->Bdd_not(r), Compilation::VREG},
-        {8, boot, 0},                                  {9, w.mgr->Bdd_not(boot), 0},
-        {16, w.mgr->Bdd_zero(), 0},                    {17, w.mgr->Bdd_one(), 0},
-    };
-    for (auto& e : equations) {
-        EXPECT_EQ(w.wire(e.id), e.value) << e.id;
-        EXPECT_EQ(w.at(e.id)->getUserType(), e.type) << e.id;
-    }
-
-    std::list<regclass*>* regs = w.m.getRegisterList();
-    ASSERT_EQ(regs->size(), 2u);
-    EXPECT_EQ(*regs->front(), regclass(w.r, w.n, 0));
-    EXPECT_EQ(regs->back()->actual_var()->getInternalName(), "m_boot");
-    EXPECT_EQ(regs->back()->next_var()->getInternalName(), "mbootplus");
-    EXPECT_EQ(regs->back()->is_initialy_true(), 1);
-    std::list<std::string> locals;
-    for (Signal* s : *w.m.getLocalSignalList())
-        locals.push_back(s->getInternalName());
-    EXPECT_EQ(locals, (std::list<std::string>{"n", "r", "m_boot", "mbootplus"}));
-
-    // Every equation is dated after what it reads, within the levels.
     std::list<long> order = w.wood->earliest_sort();
     EXPECT_EQ(IndexSet(order.begin(), order.end()), w.wood->exp_ids);
     for (long id : w.wood->exp_ids) {
         Bddexpression* e = w.at(id);
         EXPECT_LE(e->getEarlyDate(), w.wood->Nb_level());
-        for (long d : e->dependances) {
-            if (w.at(d) != nullptr) {
+        for (long d : e->dependances)
+            if (w.at(d) != nullptr)
                 EXPECT_LT(w.at(d)->getEarlyDate(), e->getEarlyDate()) << d << " read by " << id;
-            }
-        }
     }
-
-    std::ostringstream dump;
-    testing::internal::CaptureStderr();
-    w.m.DEBUG_put(dump);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "end of debug put\n");
-    for (const char* line : {"inputs:\n i: i(0),v_v_i(1)\n", "outputs:\n o: o(2),v_v_o(3)\n",
-                             " mbootplus: v_s_mbootplus(16),v_v_mbootplus(17)\n",
-                             "registers:\nn r 0;\nmbootplus m_boot 1;\n", "SET: SETm\nRESET: RESETm\nRTL: RTLm\n"})
-        EXPECT_NE(dump.str().find(line), std::string::npos) << line << "\nin:\n" << dump.str();
-    EXPECT_EQ(dump.str().find("data signals:"), std::string::npos);
-    EXPECT_EQ(count(dump.str(), "  dates ("), w.wood->exp_ids.size());
 }
 
 TEST(Finalize, RegisterNextEquationsAreRetypedWithTheirTwoWarnings)

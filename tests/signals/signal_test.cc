@@ -41,21 +41,6 @@ TEST(Signal, VariablesComeLastOverBeforeUnderInCreationOrder)
     EXPECT_EQ(b->getInitialUnderBdd(&m, wood), wood->Bdd_var_by_index(4));
 }
 
-TEST(Signal, SameInternalNameSharesTheRefAndTheWires)
-{
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
-    Signal* first = new Signal("p", &m, wood);
-    Signal* again = new Signal("other", "p", &m, wood);
-    EXPECT_EQ(wood->Nb_bdd_vars(), 2);
-    EXPECT_EQ(again->getOverBddId(&m, wood), first->getOverBddId(&m, wood));
-    EXPECT_EQ(again->getSignalRef(m.getSignalManager(), wood), first->getSignalRef(m.getSignalManager(), wood));
-    // A type given through one is seen through the other.
-    first->setValueType("int", &m);
-    EXPECT_TRUE(again->isValued(&m));
-    EXPECT_EQ(again->getValueType(&m), "int");
-}
-
 TEST(Signal, ExistingVariableOfTheNameIsReused)
 {
     Module m("m");

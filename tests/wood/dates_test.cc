@@ -13,12 +13,12 @@ using testing::internal::GetCapturedStdout;
 namespace {
 
 // The early dates of some equations, then the late dates of some variables.
-std::vector<long> dates(TestWood& t, std::initializer_list<const char*> early,
+std::vector<long> dates(WoodBuilder& t, std::initializer_list<const char*> early,
                         std::initializer_list<const char*> late)
 {
     std::vector<long> r;
     for (const char* n : early) r.push_back(t.at(n)->getEarlyDate());
-    for (const char* n : late) r.push_back(t.wood.late_dates[t.idx(n)]);
+    for (const char* n : late) r.push_back(t.wood->late_dates[t.index(n)]);
     return r;
 }
 
@@ -27,74 +27,74 @@ std::vector<long> dates(TestWood& t, std::initializer_list<const char*> early,
 // The literal passes are held to these by the differential test below.
 TEST(WoodDates, ExamplesOfDatesAndSorts)
 {
-    TestWood empty;
-    EXPECT_EQ(empty.wood.compute_dates(), 0);
+    WoodBuilder empty;
+    EXPECT_EQ(empty.wood->compute_dates(), 0);
 
-    TestWood single; // a = x
+    WoodBuilder single; // a = x
     single.eq("a", single.var("x"));
-    EXPECT_EQ(single.wood.compute_dates(), 2);
+    EXPECT_EQ(single.wood->compute_dates(), 2);
     EXPECT_EQ(dates(single, {"a"}, {"x", "a"}), (std::vector<long>{1, 1, 0}));
 
     // c = b, b = a, a = x, with indices against the chain: the order
     // comes from the dates alone.
-    TestWood t;
+    WoodBuilder t;
     bdd c = t.var("c"), b = t.var("b"), a = t.var("a"), x = t.var("x");
-    new Bddexpression("c", &t.wood, c, b, 0, 0);
-    new Bddexpression("b", &t.wood, b, a, 0, 0);
-    new Bddexpression("a", &t.wood, a, x, 0, 0);
-    EXPECT_EQ(t.wood.compute_dates(), 4);
+    new Bddexpression("c", t.wood.get(), c, b, 0, 0);
+    new Bddexpression("b", t.wood.get(), b, a, 0, 0);
+    new Bddexpression("a", t.wood.get(), a, x, 0, 0);
+    EXPECT_EQ(t.wood->compute_dates(), 4);
     EXPECT_EQ(dates(t, {"a", "b", "c"}, {"x", "a", "b", "c"}),
               (std::vector<long>{1, 2, 3, 3, 2, 1, 0}));
-    EXPECT_EQ(t.names(t.wood.earliest_sort()), (std::vector<std::string>{"a", "b", "c"}));
-    EXPECT_EQ(t.names(t.wood.latest_sort()), (std::vector<std::string>{"a", "b", "c"}));
-    EXPECT_TRUE(t.wood.loop_detection().empty());
+    EXPECT_EQ(t.names(t.wood->earliest_sort()), (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(t.names(t.wood->latest_sort()), (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_TRUE(t.wood->loop_detection().empty());
 
     // Dates stay until nb_level is cleared, whatever changes; the
     // incremental call places what the listed variables reach.
-    t.at("c")->setBddExp(t.m().Bdd_and(b, x));
-    new Bddexpression("d", &t.wood, t.var("d"), c, 0, 0);
-    std::list<long> none, ids = {t.idx("c")};
-    EXPECT_EQ(t.wood.compute_dates(), 4);
-    EXPECT_EQ(t.wood.compute_dates(none), 4);
+    t.at("c")->setBddExp(t.m()->Bdd_and(b, x));
+    new Bddexpression("d", t.wood.get(), t.var("d"), c, 0, 0);
+    std::list<long> none, ids = {t.index("c")};
+    EXPECT_EQ(t.wood->compute_dates(), 4);
+    EXPECT_EQ(t.wood->compute_dates(none), 4);
     EXPECT_EQ(t.at("d")->getEarlyDate(), 0);
-    EXPECT_EQ(t.wood.compute_dates(ids), 5);
+    EXPECT_EQ(t.wood->compute_dates(ids), 5);
     EXPECT_EQ(dates(t, {"d"}, {"c"}), (std::vector<long>{4, 0})); // d is not listed
 
     // Equal dates come out in ascending index.
-    TestWood ties;
+    WoodBuilder ties;
     bdd i = ties.var("i");
     Bddexpression* q = ties.eq("q", i);
     Bddexpression* p = ties.eq("p", i);
-    ties.eq("r", ties.m().Bdd_and(q->bdd_var, p->bdd_var));
-    ties.wood.compute_dates();
-    EXPECT_EQ(ties.names(ties.wood.earliest_sort()), (std::vector<std::string>{"q", "p", "r"}));
-    EXPECT_EQ(ties.names(ties.wood.latest_sort()), (std::vector<std::string>{"q", "p", "r"}));
+    ties.eq("r", ties.m()->Bdd_and(q->bdd_var, p->bdd_var));
+    ties.wood->compute_dates();
+    EXPECT_EQ(ties.names(ties.wood->earliest_sort()), (std::vector<std::string>{"q", "p", "r"}));
+    EXPECT_EQ(ties.names(ties.wood->latest_sort()), (std::vector<std::string>{"q", "p", "r"}));
 
     // a = b, b = a: the dates climb until the level passes 2 x 2.
-    TestWood cycle;
+    WoodBuilder cycle;
     bdd ca = cycle.var("a"), cb = cycle.var("b");
-    new Bddexpression("a", &cycle.wood, ca, cb, 0, 0);
-    new Bddexpression("b", &cycle.wood, cb, ca, 0, 0);
-    EXPECT_EQ(cycle.wood.compute_dates(), 5);
+    new Bddexpression("a", cycle.wood.get(), ca, cb, 0, 0);
+    new Bddexpression("b", cycle.wood.get(), cb, ca, 0, 0);
+    EXPECT_EQ(cycle.wood->compute_dates(), 5);
     EXPECT_EQ(dates(cycle, {"a", "b"}, {"a", "b"}), (std::vector<long>{4, 3, 2, 1}));
-    EXPECT_EQ(cycle.wood.loop_detection(), (std::list<long>{0, 1}));
+    EXPECT_EQ(cycle.wood->loop_detection(), (std::list<long>{0, 1}));
 }
 
 TEST(WoodDates, TheFirstFixedPointDating)
 {
-    TestWood t;
+    WoodBuilder t;
     bdd x = t.var("x");
     t.eq("a", x);
     t.eq("b", t.at("a")->bdd_var);
-    t.eq("c", t.m().Bdd_and(x, t.at("b")->bdd_var));
+    t.eq("c", t.m()->Bdd_and(x, t.at("b")->bdd_var));
     Bddexpression* exps[] = {t.at("c"), t.at("b"), t.at("a")};
     EXPECT_EQ(PERT_original_version(3, exps), 4);
     EXPECT_EQ(dates(t, {"a", "c"}, {"a", "c"}), (std::vector<long>{1, 3, 2, 0}));
 
-    TestWood u;
+    WoodBuilder u;
     bdd p = u.var("p"), q = u.var("q");
-    new Bddexpression("p", &u.wood, p, q, 0, 0);
-    new Bddexpression("q", &u.wood, q, p, 0, 0);
+    new Bddexpression("p", u.wood.get(), p, q, 0, 0);
+    new Bddexpression("q", u.wood.get(), q, p, 0, 0);
     Bddexpression* cycle[] = {u.at("p"), u.at("q")};
     CaptureStdout();
     EXPECT_EQ(PERT_original_version(2, cycle), -1);
@@ -108,7 +108,7 @@ TEST(WoodDates, TheFirstFixedPointDating)
     EXPECT_EQ(la, (std::vector<long>{0, 0, 8}));
     long levels[] = {3, 0};
     CaptureStdout();
-    affiche_level(2, t.wood.bdd_manager, levels);
+    affiche_level(2, t.m(), levels);
     EXPECT_EQ(GetCapturedStdout(), "x:3 a:0 \n");
 }
 
@@ -120,7 +120,7 @@ namespace {
 // variables, a few abstract ones with declared readers, random starting
 // dates. With `acyclic`, equations read only variables earlier in a random
 // permutation, so that index order and data order differ.
-void random_wood(TestWood& t, std::mt19937& rng, int n, bool acyclic)
+void random_wood(WoodBuilder& t, std::mt19937& rng, int n, bool acyclic)
 {
     std::vector<bdd> vars;
     for (int i = 0; i < n; i++) vars.push_back(t.var("v" + std::to_string(i)));
@@ -137,18 +137,18 @@ void random_wood(TestWood& t, std::mt19937& rng, int n, bool acyclic)
             IndexSet deps, readers;
             for (int k = 0; k < reads; k++) deps.insert(acyclic ? pick(r) : pick(n));
             if (r + 1 < n) readers.insert(perm[std::uniform_int_distribution<int>(r + 1, n - 1)(rng)]);
-            new Bddexpression((long)v, &t.wood, &readers, &deps, "f", e0, 0);
+            new Bddexpression((long)v, t.wood.get(), &readers, &deps, "f", e0, 0);
             continue;
         }
         bdd f = vars[acyclic ? pick(r) : pick(n)];
         for (int k = 1; k < reads; k++) {
             bdd g = vars[acyclic ? pick(r) : pick(n)];
-            f = k % 2 ? t.m().Bdd_and(f, g) : t.m().Bdd_or(f, t.m().Bdd_not(g));
+            f = k % 2 ? t.m()->Bdd_and(f, g) : t.m()->Bdd_or(f, t.m()->Bdd_not(g));
         }
-        if (t.m().Bdd_is_tautology(f)) f = vars[perm[0]];
-        new Bddexpression("v" + std::to_string(v), &t.wood, vars[v], f, e0, 0);
+        if (t.m()->Bdd_is_tautology(f)) f = vars[perm[0]];
+        new Bddexpression("v" + std::to_string(v), t.wood.get(), vars[v], f, e0, 0);
     }
-    t.wood.update_nb_level(0); // the starting dates stay; dating is due
+    t.wood->update_nb_level(0); // the starting dates stay; dating is due
 }
 
 struct Snapshot {
@@ -192,13 +192,13 @@ TEST(WoodDifferential, FastAndLiteralPassesAgreeOnRandomWoods)
         const int n = 3 + round % 40;
         const bool acyclic = round % 3 != 0;
         SCOPED_TRACE("seed " + std::to_string(seed) + (acyclic ? " acyclic" : " cyclic"));
-        TestWood fast, literal;
+        WoodBuilder fast, literal;
         std::mt19937 rng_f(seed), rng_l(seed);
         random_wood(fast, rng_f, n, acyclic);
         random_wood(literal, rng_l, n, acyclic);
-        auto lf = reported([&] { return fast.wood.compute_dates(); });
-        auto ll = reported([&] { return literal.wood.compute_dates_literal(); });
-        ASSERT_TRUE(snapshot(fast.wood, lf, true) == snapshot(literal.wood, ll, false));
+        auto lf = reported([&] { return fast.wood->compute_dates(); });
+        auto ll = reported([&] { return literal.wood->compute_dates_literal(); });
+        ASSERT_TRUE(snapshot(*fast.wood, lf, true) == snapshot(*literal.wood, ll, false));
 
         // More equations on new variables, then the incremental call from
         // some of the variables that they read and from themselves.
@@ -208,16 +208,16 @@ TEST(WoodDifferential, FastAndLiteralPassesAgreeOnRandomWoods)
             int a = std::uniform_int_distribution<int>(0, n - 1)(more);
             int b = std::uniform_int_distribution<int>(0, n - 1)(more);
             std::string name = "w" + std::to_string(k);
-            for (TestWood* t : {&fast, &literal}) {
-                bdd f = t->m().Bdd_or(t->wood.Bdd_var_by_index(a), t->wood.Bdd_var_by_index(b));
-                new Bddexpression(name, &t->wood, t->var(name), f, 0, 0);
+            for (WoodBuilder* t : {&fast, &literal}) {
+                bdd f = t->m()->Bdd_or(t->wood->Bdd_var_by_index(a), t->wood->Bdd_var_by_index(b));
+                new Bddexpression(name, t->wood.get(), t->var(name), f, 0, 0);
             }
             ids.push_back(a);
-            ids.push_back(fast.idx(name));
+            ids.push_back(fast.index(name));
         }
-        lf = reported([&] { return fast.wood.compute_dates(ids); });
-        ll = reported([&] { return literal.wood.compute_dates_literal(ids); });
-        ASSERT_TRUE(snapshot(fast.wood, lf, true) == snapshot(literal.wood, ll, false));
+        lf = reported([&] { return fast.wood->compute_dates(ids); });
+        ll = reported([&] { return literal.wood->compute_dates_literal(ids); });
+        ASSERT_TRUE(snapshot(*fast.wood, lf, true) == snapshot(*literal.wood, ll, false));
 
         // Critical paths: the down walk never changes the wood; the up walk
         // may dissolve a variable on a cycle, so it is compared only where
@@ -225,19 +225,19 @@ TEST(WoodDifferential, FastAndLiteralPassesAgreeOnRandomWoods)
         // up to the depth limit, which only a small wood can afford.
         if (!acyclic && n > 9) continue;
         std::vector<long> up, down;
-        bool memo = fast.wood.memo_critical_paths(1, up, down);
+        bool memo = fast.wood->memo_critical_paths(1, up, down);
         EXPECT_TRUE(memo || !acyclic);
-        for (long i = 0; i < fast.wood.Nb_bdd_vars(); i++) {
-            auto dl = reported([&] { return literal.wood.down_critical_path_literal(i, 1, 0); });
-            ASSERT_EQ(reported([&] { return fast.wood.down_critical_path(i, 1, 0); }), dl) << i;
+        for (long i = 0; i < fast.wood->Nb_bdd_vars(); i++) {
+            auto dl = reported([&] { return literal.wood->down_critical_path_literal(i, 1, 0); });
+            ASSERT_EQ(reported([&] { return fast.wood->down_critical_path(i, 1, 0); }), dl) << i;
             if (memo) {
                 ASSERT_EQ(down[i], dl.first) << i;
             }
-            if (!acyclic || fast.wood.exp_table[i] == nullptr) continue;
-            long ul = literal.wood.up_critical_path_literal(i, 1, 1);
-            ASSERT_EQ(fast.wood.up_critical_path(i, 1, 1), ul) << i;
+            if (!acyclic || fast.wood->exp_table[i] == nullptr) continue;
+            long ul = literal.wood->up_critical_path_literal(i, 1, 1);
+            ASSERT_EQ(fast.wood->up_critical_path(i, 1, 1), ul) << i;
             ASSERT_EQ(1 + up[i], ul) << i;
-            ASSERT_EQ(fast.wood.up_critical_path(i, 0, 3), literal.wood.up_critical_path_literal(i, 0, 3));
+            ASSERT_EQ(fast.wood->up_critical_path(i, 0, 3), literal.wood->up_critical_path_literal(i, 0, 3));
         }
     }
 }

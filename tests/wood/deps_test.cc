@@ -17,13 +17,13 @@ TEST(WoodSets, ReencodingMayMergeMembers)
 }
 
 // x -> a -> b -> c, and a, y -> d.
-struct Chain : TestWood {
+struct Chain : WoodBuilder {
     Chain()
     {
         Bddexpression* a = eq("a", var("x"));
         Bddexpression* b = eq("b", a->bdd_var);
-        eq("c", m().Bdd_not(b->bdd_var));
-        eq("d", m().Bdd_and(a->bdd_var, var("y")));
+        eq("c", m()->Bdd_not(b->bdd_var));
+        eq("d", m()->Bdd_and(a->bdd_var, var("y")));
     }
 };
 
@@ -31,38 +31,38 @@ TEST(WoodDependences, WalksFollowBothDirectionsAndKeepTheAccumulator)
 {
     Chain t;
     IndexSet empty, acc = {42}, with_b = t.ids({"b"});
-    EXPECT_EQ(t.wood.down_dependances(t.idx("x"), 1, empty), t.ids({"a", "b", "c", "d"}));
-    EXPECT_EQ(t.wood.up_dependances(t.idx("c"), 1, empty), t.ids({"b", "a", "x"}));
-    EXPECT_EQ(t.wood.up_dependances(t.idx("d"), 1, empty), t.ids({"a", "x", "y"}));
-    EXPECT_EQ(t.wood.down_dependances(t.idx("c"), 1, acc), acc); // nobody reads c
-    EXPECT_EQ(t.wood.up_dependances(t.idx("x"), 1, acc), acc);   // x has no equation
+    EXPECT_EQ(t.wood->down_dependances(t.index("x"), 1, empty), t.ids({"a", "b", "c", "d"}));
+    EXPECT_EQ(t.wood->up_dependances(t.index("c"), 1, empty), t.ids({"b", "a", "x"}));
+    EXPECT_EQ(t.wood->up_dependances(t.index("d"), 1, empty), t.ids({"a", "x", "y"}));
+    EXPECT_EQ(t.wood->down_dependances(t.index("c"), 1, acc), acc); // nobody reads c
+    EXPECT_EQ(t.wood->up_dependances(t.index("x"), 1, acc), acc);   // x has no equation
     // A member of the accumulator is not walked again.
-    EXPECT_EQ(t.wood.down_dependances(t.idx("a"), 1, with_b), t.ids({"b", "d"}));
+    EXPECT_EQ(t.wood->down_dependances(t.index("a"), 1, with_b), t.ids({"b", "d"}));
 
 }
 
 TEST(WoodDependences, CyclesEndByMembershipOrByTheDepthLimit)
 {
     // a = b, b = a beside an input: membership stops the walk first.
-    TestWood t;
+    WoodBuilder t;
     t.var("i");
     bdd a = t.var("a"), b = t.var("b");
-    new Bddexpression("a", &t.wood, a, b, 0, 0);
-    new Bddexpression("b", &t.wood, b, a, 0, 0);
+    new Bddexpression("a", t.wood.get(), a, b, 0, 0);
+    new Bddexpression("b", t.wood.get(), b, a, 0, 0);
     IndexSet empty;
     CaptureStderr();
-    EXPECT_EQ(t.wood.down_dependances(t.idx("a"), 1, empty), t.ids({"a", "b"}));
-    EXPECT_EQ(t.wood.up_dependances(t.idx("a"), 1, empty), t.ids({"a", "b"}));
+    EXPECT_EQ(t.wood->down_dependances(t.index("a"), 1, empty), t.ids({"a", "b"}));
+    EXPECT_EQ(t.wood->up_dependances(t.index("a"), 1, empty), t.ids({"a", "b"}));
     EXPECT_EQ(GetCapturedStderr(), "");
 
     // With two variables only, the second step is already at the limit.
-    TestWood u;
+    WoodBuilder u;
     bdd p = u.var("p"), q = u.var("q");
-    new Bddexpression("p", &u.wood, p, q, 0, 0);
-    new Bddexpression("q", &u.wood, q, p, 0, 0);
+    new Bddexpression("p", u.wood.get(), p, q, 0, 0);
+    new Bddexpression("q", u.wood.get(), q, p, 0, 0);
     CaptureStderr();
-    EXPECT_EQ(u.wood.down_dependances(u.idx("p"), 1, empty), u.ids({"p", "q"}));
-    EXPECT_EQ(u.wood.up_dependances(u.idx("p"), 1, empty), u.ids({"p", "q"}));
+    EXPECT_EQ(u.wood->down_dependances(u.index("p"), 1, empty), u.ids({"p", "q"}));
+    EXPECT_EQ(u.wood->up_dependances(u.index("p"), 1, empty), u.ids({"p", "q"}));
     EXPECT_EQ(GetCapturedStderr(), "WARNING in Bddexpressionwood::down_dependances():\n"
                                    "   possible infinite recusion due to a signals cycle\n"
                                    "WARNING in Bddexpressionwood::up_dependances():\n"
@@ -72,12 +72,12 @@ TEST(WoodDependences, CyclesEndByMembershipOrByTheDepthLimit)
 TEST(WoodDependences, CoherenceCheckNamesEachWrongReaderSet)
 {
     Chain t;
-    long ix = t.idx("x"), ia = t.idx("a"), ib = t.idx("b"), id = t.idx("d");
-    t.wood.amont_table[ix].insert(ib);
-    t.wood.amont_table[ia].erase(id);
+    long ix = t.index("x"), ia = t.index("a"), ib = t.index("b"), id = t.index("d");
+    t.wood->amont_table[ix].insert(ib);
+    t.wood->amont_table[ia].erase(id);
     std::ostringstream unused;
     CaptureStderr();
-    t.wood.coherence_dependances_check(unused);
+    t.wood->coherence_dependances_check(unused);
     std::ostringstream expected;
     expected << "incoherence sur table des amonts pour la variable " << ix << ": calcule: {" << ia
              << "} trouve{" << ia << "," << ib << "}\n"
@@ -90,9 +90,9 @@ TEST(WoodDependences, CoherenceCheckNamesEachWrongReaderSet)
 TEST(WoodDependences, RelaxationStepsPushDatesAndFlagOverflow)
 {
     Chain t;
-    const long n = t.wood.Nb_bdd_vars();
+    const long n = t.wood->Nb_bdd_vars();
     Bddexpression& d = *t.at("d"); // reads a and y
-    long ia = t.idx("a"), iy = t.idx("y"), idd = t.idx("d");
+    long ia = t.index("a"), iy = t.index("y"), idd = t.index("d");
     std::vector<long> dates(n, 0);
     dates[ia] = 3;
     int overflow = 7;

@@ -12,6 +12,7 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "context/compilation.h"
@@ -107,8 +108,6 @@ long hide_abstract_members(WoodBuilder& b, unsigned seed)
     return made;
 }
 
-std::string state(WoodBuilder& b) { return tables_state(b); }
-
 // The tables and the texts.
 std::string state_and_texts(WoodBuilder& b)
 {
@@ -171,22 +170,23 @@ TEST(WholeWoodPasses, ReaderRebuildMatchesTheLiteralOne)
 {
     long mended = 0;
     for (unsigned seed = 1; seed <= 300; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
         WoodBuilder slow, fast;
         build_spoilt(slow, seed);
         build_spoilt(fast, seed);
-        std::string spoilt = state(slow);
-        ASSERT_EQ(spoilt, state(fast)) << "seed " << seed;
+        std::string spoilt = tables_state(slow);
+        ASSERT_EQ(spoilt, tables_state(fast));
         rebuild_literal(*slow.wood);
         fast.wood->internal_global_build_dependances();
-        ASSERT_EQ(state(slow), state(fast)) << "seed " << seed;
-        mended += state(slow) != spoilt ? 1 : 0;
+        ASSERT_EQ(tables_state(slow), tables_state(fast));
+        mended += tables_state(slow) != spoilt ? 1 : 0;
         // Exact tables: the check finds nothing, a second rebuild neither.
         testing::internal::CaptureStderr();
         fast.wood->coherence_dependances_check(std::cerr);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "seed " << seed;
-        std::string once = state(fast);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+        std::string once = tables_state(fast);
         fast.wood->internal_global_build_dependances();
-        ASSERT_EQ(once, state(fast)) << "seed " << seed;
+        ASSERT_EQ(once, tables_state(fast));
     }
     EXPECT_GT(mended, 250);
 }
@@ -197,6 +197,7 @@ TEST(WholeWoodPasses, ConstantsLeaveNothingToPrune)
     // propagation: it must be a no-op there, whatever the wood was.
     long propagated = 0;
     for (unsigned seed = 1; seed <= 300; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
         WoodBuilder slow, fast;
         build_spoilt(slow, seed);
         build_spoilt(fast, seed);
@@ -206,10 +207,10 @@ TEST(WholeWoodPasses, ConstantsLeaveNothingToPrune)
         long before = slow.wood->exp_number();
         slow.wood->constants_propagation_literal(keep);
         fast.wood->constants_propagation(keep);
-        std::string propagated_state = state(slow);
-        ASSERT_EQ(propagated_state, state(fast)) << "seed " << seed;
+        std::string propagated_state = tables_state(slow);
+        ASSERT_EQ(propagated_state, tables_state(fast));
         fast.wood->prune_readers();
-        ASSERT_EQ(propagated_state, state(fast)) << "seed " << seed;
+        ASSERT_EQ(propagated_state, tables_state(fast));
         propagated += slow.wood->exp_number() != before ? 1 : 0;
     }
     EXPECT_GT(propagated, 100);
@@ -219,6 +220,7 @@ TEST(WholeWoodPasses, RestrictionMatchesTheLiteralRewrite)
 {
     long changed = 0;
     for (unsigned seed = 1; seed <= 300; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
         WoodBuilder slow, fast;
         build_spoilt(slow, seed);
         build_spoilt(fast, seed);
@@ -236,16 +238,16 @@ TEST(WholeWoodPasses, RestrictionMatchesTheLiteralRewrite)
         std::list<int> keep;
         if (seed % 2 == 0)
             keep = {int(Compilation::SOUTPUT)};
-        std::string start = state(slow);
+        std::string start = tables_state(slow);
         testing::internal::CaptureStderr();
         restrict_literal(*slow.wood, cube(slow), keep);
         std::string slow_err = testing::internal::GetCapturedStderr();
         testing::internal::CaptureStderr();
         fast.wood->reduce_expressions(cube(fast), keep);
         std::string fast_err = testing::internal::GetCapturedStderr();
-        ASSERT_EQ(slow_err, fast_err) << "seed " << seed;
-        ASSERT_EQ(state(slow), state(fast)) << "seed " << seed;
-        changed += state(slow) != start ? 1 : 0;
+        ASSERT_EQ(slow_err, fast_err);
+        ASSERT_EQ(tables_state(slow), tables_state(fast));
+        changed += tables_state(slow) != start ? 1 : 0;
     }
     EXPECT_GT(changed, 250);
 }
@@ -256,25 +258,23 @@ TEST(WholeWoodPasses, RebuildLeavesTheGraphOfItsTables)
     // leaves instead of reading the sets again: they must be those rows.
     long acyclic = 0;
     for (unsigned seed = 1; seed <= 300; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
         WoodBuilder b;
         build_spoilt(b, seed, seed % 2 == 1);
         wood_rows::FlatGraph kept, read;
         wood_rows::rebuild_reader_tables(*b.wood, kept);
-        ASSERT_TRUE(read.build(*b.wood)) << "seed " << seed;
-        ASSERT_TRUE(kept.valid) << "seed " << seed;
-        EXPECT_EQ(kept.n, read.n) << "seed " << seed;
-        EXPECT_EQ(kept.deps_start, read.deps_start) << "seed " << seed;
-        EXPECT_EQ(kept.deps, read.deps) << "seed " << seed;
-        EXPECT_EQ(kept.readers_start, read.readers_start) << "seed " << seed;
-        EXPECT_EQ(kept.readers, read.readers) << "seed " << seed;
-        EXPECT_EQ(kept.read, read.read) << "seed " << seed;
-        EXPECT_EQ(kept.filled, read.filled) << "seed " << seed;
-        EXPECT_TRUE(read.readers_in_range) << "seed " << seed;
+        ASSERT_TRUE(read.build(*b.wood));
+        ASSERT_TRUE(kept.valid);
+        auto rows = [](const wood_rows::FlatGraph& g) {
+            return std::make_tuple(g.n, g.deps_start, g.deps, g.readers_start, g.readers, g.read, g.filled);
+        };
+        EXPECT_TRUE(rows(kept) == rows(read));
+        EXPECT_TRUE(read.readers_in_range);
         std::vector<long> up1, down1, up2, down2;
         bool memo = wood_rows::memo_critical_paths(*b.wood, kept, 1, up1, down1);
-        ASSERT_EQ(memo, b.wood->memo_critical_paths(1, up2, down2)) << "seed " << seed;
-        EXPECT_EQ(up1, up2) << "seed " << seed;
-        EXPECT_EQ(down1, down2) << "seed " << seed;
+        ASSERT_EQ(memo, b.wood->memo_critical_paths(1, up2, down2));
+        EXPECT_EQ(up1, up2);
+        EXPECT_EQ(down1, down2);
         acyclic += memo ? 1 : 0;
     }
     EXPECT_GT(acyclic, 20);
@@ -291,6 +291,7 @@ TEST(WholeWoodPasses, RestrictionRunMatchesSeparateCalls)
     // downwards only.
     long exact = 0, changed = 0, hidden = 0;
     for (unsigned seed = 1; seed <= 300; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
         const bool wires = seed % 3 != 0;
         WoodBuilder slow, fast;
         build_spoilt(slow, seed, wires, !wires);
@@ -300,17 +301,17 @@ TEST(WholeWoodPasses, RestrictionRunMatchesSeparateCalls)
             hide_abstract_members(fast, seed);
         }
         // Spoilt woods may list ids past the tables, which no text prints.
-        auto snap = [wires](WoodBuilder& w) { return wires ? state(w) : state_and_texts(w); };
+        auto snap = [wires](WoodBuilder& w) { return wires ? tables_state(w) : state_and_texts(w); };
         Bddexpressionwood::ReductionRun run;
         if (wires) {
             std::list<int> kinds{int(Compilation::SOUTPUT), int(Compilation::SREG)};
             std::string slow_err = stderr_of([&] { slow.wood->suppress_wires(kinds); });
             std::string fast_err = stderr_of([&] { fast.wood->suppress_wires(kinds, run); });
-            ASSERT_EQ(slow_err, fast_err) << "seed " << seed;
+            ASSERT_EQ(slow_err, fast_err);
             exact += run.exact ? 1 : 0;
         }
         std::string start = snap(slow);
-        ASSERT_EQ(start, snap(fast)) << "seed " << seed;
+        ASSERT_EQ(start, snap(fast));
 
         std::mt19937 rng(seed * 7927);
         long n = slow.wood->nb_bdd_vars;
@@ -330,8 +331,8 @@ TEST(WholeWoodPasses, RestrictionRunMatchesSeparateCalls)
             };
             std::string slow_err = stderr_of([&] { slow.wood->reduce_expressions(cube(slow), keep); });
             std::string fast_err = stderr_of([&] { fast.wood->reduce_expressions(cube(fast), keep, run); });
-            ASSERT_EQ(slow_err, fast_err) << "seed " << seed << " step " << step;
-            ASSERT_EQ(snap(slow), snap(fast)) << "seed " << seed << " step " << step;
+            ASSERT_EQ(slow_err, fast_err) << "step " << step;
+            ASSERT_EQ(snap(slow), snap(fast)) << "step " << step;
         }
         changed += snap(slow) != start ? 1 : 0;
     }
@@ -344,6 +345,7 @@ TEST(WholeWoodPasses, UsedVariablesAreTheUnionOfEveryEquations)
 {
     long reported = 0;
     for (unsigned seed = 1; seed <= 300; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
         WoodBuilder b;
         build_spoilt(b, seed);
         Bddexpressionwood& w = *b.wood;
@@ -364,8 +366,8 @@ TEST(WholeWoodPasses, UsedVariablesAreTheUnionOfEveryEquations)
         }
         testing::internal::CaptureStderr();
         IndexSet got = w.Set_of_index_used_variables();
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), reports.str()) << "seed " << seed;
-        EXPECT_EQ(got, expected) << "seed " << seed;
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), reports.str());
+        EXPECT_EQ(got, expected);
         reported += reports.str().empty() ? 0 : 1;
     }
     EXPECT_GT(reported, 50);
@@ -376,6 +378,7 @@ TEST(WholeWoodPasses, SortsByDateMatchTheLevelScans)
     // Dates below 0, past the levels, shared by many equations; levels few
     // and, past twice the variables, many.
     for (unsigned seed = 1; seed <= 200; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
         WoodBuilder b;
         build_spoilt(b, seed);
         Bddexpressionwood& w = *b.wood;
@@ -389,8 +392,8 @@ TEST(WholeWoodPasses, SortsByDateMatchTheLevelScans)
             w.late_dates[i] = long(rng() % spread) - 1;
         }
         w.update_nb_level(levels);
-        ASSERT_EQ(w.earliest_sort(), w.earliest_sort_literal()) << "seed " << seed;
-        ASSERT_EQ(w.latest_sort(), w.latest_sort_literal()) << "seed " << seed;
+        ASSERT_EQ(w.earliest_sort(), w.earliest_sort_literal());
+        ASSERT_EQ(w.latest_sort(), w.latest_sort_literal());
     }
 }
 
@@ -402,6 +405,7 @@ TEST(WholeWoodPasses, SuppressLocalListMatchesPlainOneByOne)
 {
     long eliminated = 0, reports = 0;
     for (unsigned seed = 1; seed <= 300; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
         WoodBuilder slow, fast;
         slow.m()->plain_operators = true;
         build_spoilt(slow, seed, seed % 4 == 1, seed % 5 != 0);
@@ -427,8 +431,8 @@ TEST(WholeWoodPasses, SuppressLocalListMatchesPlainOneByOne)
                 slow.wood->suppress_local(v);
         });
         std::string fast_err = stderr_of([&] { fast.wood->suppress_local(vars); });
-        ASSERT_EQ(slow_err, fast_err) << "seed " << seed;
-        ASSERT_EQ(state_and_texts(slow), state_and_texts(fast)) << "seed " << seed;
+        ASSERT_EQ(slow_err, fast_err);
+        ASSERT_EQ(state_and_texts(slow), state_and_texts(fast));
         reports += slow_err.empty() ? 0 : 1;
         eliminated += before - slow.wood->exp_number();
     }
@@ -443,6 +447,7 @@ TEST(WholeWoodPasses, WireRedatingMatchesTheCriticalPathWalks)
     // be those of the walks from each equation.
     long redated = 0;
     for (unsigned seed = 1; seed <= 200; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
         WoodBuilder b;
         build_spoilt(b, seed, true, true);
         std::list<int> keep{int(Compilation::SOUTPUT)};
@@ -452,8 +457,8 @@ TEST(WholeWoodPasses, WireRedatingMatchesTheCriticalPathWalks)
             Bddexpression* e = w.exp_table[i];
             if (e == nullptr)
                 continue;
-            ASSERT_EQ(e->early_date, w.up_critical_path_literal(i, 1, 1)) << seed << " " << i;
-            ASSERT_EQ(w.late_dates[i], w.down_critical_path_literal(i, 1, 0)) << seed << " " << i;
+            ASSERT_EQ(e->early_date, w.up_critical_path_literal(i, 1, 1)) << i;
+            ASSERT_EQ(w.late_dates[i], w.down_critical_path_literal(i, 1, 0)) << i;
             redated += e->early_date > 1 ? 1 : 0;
         }
     }

@@ -1,11 +1,10 @@
-// Small woods for the tests: variables by name, equations by name, and
-// the text of everything a pass may change in the tables.
+// Small woods for the tests: variables and equations by name, and the text
+// of everything a pass may change in the tables.
 #ifndef TARN_TESTS_WOOD_WOOD_BUILDER_H
 #define TARN_TESTS_WOOD_WOOD_BUILDER_H
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <memory>
 #include <regex>
 #include <sstream>
@@ -26,37 +25,26 @@ struct WoodBuilder {
     }
     long index(const std::string& name) const { return m()->Index_var_by_name(name); }
     bdd v(const std::string& name) { return m()->Bdd_var_by_name(name); }
-    Bddexpression* eq(const std::string& name, const bdd& exp, int type = 0)
+    // The equation of `name`, whose variable is made last if it has none.
+    Bddexpression* eq(const std::string& name, const bdd& exp, int type = 0, long early = 0, long late = 0)
     {
-        return new Bddexpression(name, wood.get(), v(name), exp, 0, 0, type);
+        bdd self = index(name) >= 0 ? v(name) : var(name);
+        return new Bddexpression(name, wood.get(), self, exp, early, late, type);
     }
     Bddexpression* at(const std::string& name) const { return wood->exp_table[index(name)]; }
-};
-
-// A wood held by value whose equations make their own variable.
-struct TestWood {
-    Bddexpressionwood wood;
-
-    bdd var(const std::string& n) { return wood.New_var_last(n); }
-    long idx(const std::string& n) { return wood.Index_var_by_name(n); }
-    bddpp_manager& m() { return *wood.bdd_manager; }
-    Bddexpression* eq(const std::string& n, const bdd& exp, long early = 0, long late = 0)
-    {
-        bdd v = var(n);
-        return new Bddexpression(n, &wood, v, exp, early, late);
-    }
-    Bddexpression* at(const std::string& n) { return wood.exp_table[idx(n)]; }
-    IndexSet readers(const std::string& n) { return wood.amont_table[idx(n)]; }
-    IndexSet ids(std::initializer_list<const char*> names)
+    IndexSet readers(const std::string& name) const { return wood->amont_table[index(name)]; }
+    IndexSet ids(std::initializer_list<const char*> names) const
     {
         IndexSet r;
-        for (const char* n : names) r.insert(idx(n));
+        for (const char* n : names)
+            r.insert(index(n));
         return r;
     }
-    std::vector<std::string> names(const std::list<long>& l)
+    std::vector<std::string> names(const std::list<long>& l) const
     {
         std::vector<std::string> r;
-        for (long i : l) r.push_back(wood.Name_var_by_index(i));
+        for (long i : l)
+            r.push_back(wood->Name_var_by_index(i));
         return r;
     }
 };

@@ -80,36 +80,6 @@ TEST(ReaderData, SecondFileReusesTheGlobalTablesThroughItsOwnNumbers)
     EXPECT_EQ(constants->getConstant("rd_ext")->getValueTable(), nullptr);
 }
 
-TEST(ReaderData, BindingsWithAndWithoutClock)
-{
-    // a 0/1, b 2/3, c 4/5, k 6/7.
-    read_result r = read_zkc("module: m 0 0 input: a : t ; output: b : t c : t ; local: k ;" + empty_wood +
-                             "binding: (2, 3): value: 0; (4, 5): value: 1 clock: (6, 7); end:"
-                             " evaltable: 0: %%14(0, 1); 1: %%14(0, 1); end: data: type: t; end:");
-    ASSERT_EQ(r.status, 0) << r.errors;
-    Module* m = r.module;
-
-    DataBinding* plain = m->getBinding("b");
-    ASSERT_NE(plain, nullptr);
-    EXPECT_EQ(plain->getClock(), nullptr);
-    auto* read = dynamic_cast<DataSignalValue*>(plain->getValue());
-    ASSERT_NE(read, nullptr);
-    EXPECT_EQ(read->getSignal(), m->getSignal("a"));
-    // Without a clock the bound wires get equations that read the value's
-    // signals, so that they are dated after them.
-    Bddexpression* over = m->getBddWood()->exp_by_index(2);
-    ASSERT_NE(over, nullptr);
-    EXPECT_EQ(over->getExpDef(), "VALUE_SIGNAL");
-    EXPECT_EQ(over->dependances, (IndexSet{0, 1}));
-    EXPECT_TRUE(m->getSignal("b")->isValue());
-
-    DataBinding* clocked = m->getBinding("c");
-    ASSERT_NE(clocked, nullptr);
-    EXPECT_EQ(clocked->getClock(), m->getSignal("k"));
-    EXPECT_TRUE(m->getSignal("k")->isClock());
-    EXPECT_EQ(m->getBddWood()->exp_by_index(4), nullptr);
-}
-
 TEST(ReaderData, EvaluationForms)
 {
     read_result r = read_zkc("module: m 0 0 input: a : t ; output: b : t ;" + empty_wood +

@@ -31,53 +31,25 @@ Signal* first(std::list<Signal*>* l) { return l != nullptr && !l->empty() ? l->f
 
 }  // namespace
 
-TEST(ReaderModule, WorkedExampleGivesVariablesEquationsAndRegister)
+// What the generators' golden texts of the worked module cannot show: the
+// state the reader leaves before finalisation.
+TEST(ReaderModule, WorkedExampleIsLeftUnfinalised)
 {
     read_result r = read_zkc(worked_module_text);
     ASSERT_EQ(r.status, 0) << r.errors;
     Module* m = r.module;
-    bddpp_manager* bm = manager_of(m);
-
     // Over before under, in file order, connexion signals last.
-    const char* names[] = {"_s_i", "_v_i", "_s_o", "_v_o", "_s_n", "_v_n", "_s_r", "_v_r",
-                           "_s_SETm", "_v_SETm", "_s_RESETm", "_v_RESETm", "_s_RTLm", "_v_RTLm"};
-    ASSERT_EQ(bm->variables_number, 14);
-    for (long k = 0; k < 14; k++)
-        EXPECT_EQ(bm->Name_var_by_index(k), names[k]) << k;
-
-    bdd i = bm->Bdd_var_by_index(0);
-    bdd r_var = bm->Bdd_var_by_index(6);
-    EXPECT_TRUE(right_of(m, 2) == r_var);
-    EXPECT_TRUE(right_of(m, 4) == i);
-    bdd not_i = bm->Bdd_not(i);
-    EXPECT_TRUE(right_of(m, 5) == not_i);
+    EXPECT_EQ(manager_of(m)->variables_number, 14);
+    EXPECT_EQ(manager_of(m)->Name_var_by_index(13), "_v_RTLm");
     // The output's under wire has no equation in the file, and that is no
-    // error for the reader.
+    // error for the reader; registers are locals, typed as such.
     EXPECT_EQ(m->getBddWood()->exp_by_index(3), nullptr);
     EXPECT_EQ(m->getBddWood()->exp_by_index(2)->getUserType(), Compilation::SOUTPUT);
-    EXPECT_EQ(m->getBddWood()->exp_by_index(2)->name, "_s_o");
-
-    ASSERT_EQ(m->getRegisterList()->size(), 1u);
-    regclass* reg = m->getRegisterList()->front();
-    ASSERT_NE(reg, nullptr);
-    EXPECT_EQ(reg->actual_var()->getOriginalName(), "r");
-    EXPECT_EQ(reg->next_var()->getOriginalName(), "n");
-    EXPECT_EQ(reg->is_initialy_true(), 0);
-    EXPECT_TRUE(reg->actual_var()->isRegister() && reg->actual_var()->isWire());
-    // Registers are locals: their equations are typed as such.
     EXPECT_EQ(m->getBddWood()->exp_by_index(4)->getUserType(), Compilation::SREG);
-
-    EXPECT_EQ(m->getSet()->getOriginalName(), "SETm");
-    EXPECT_EQ(m->getRtl()->getOriginalName(), "RTLm");
-    EXPECT_TRUE(m->getReset()->isWire());
+    EXPECT_EQ(m->getRegisterList()->size(), 1u);
     // Connexion signals are in no list of the module.
     EXPECT_EQ(m->getSignal("SETm"), nullptr);
-    EXPECT_TRUE(first(m->getInputSignalList())->isInput());
-    EXPECT_TRUE(first(m->getOutputSignalList())->isOutput());
-    Signal* n = first(m->getLocalSignalList());
-    EXPECT_TRUE(n->isLocal() && !n->isInput() && !n->isOutput());
-    // Dated: n reads i, and the output reads r.
-    EXPECT_GE(m->getBddWood()->Nb_level(), 1);
+    EXPECT_EQ(m->getSet()->getOriginalName(), "SETm");
 }
 
 TEST(ReaderModule, HeaderFlagsAreTruthValues)
