@@ -32,27 +32,6 @@ struct WorkedExample : ModuleBuilder {
     }
 };
 
-// The names, equations and registers of the worked module are pinned by the
-// generators' golden texts; what they cannot show is held here.
-TEST(Finalize, WorkedExampleIsDatedAfterWhatItReadsWithoutWarning)
-{
-    WorkedExample w;
-    testing::internal::CaptureStderr();
-    w.m.finalize(0);
-    std::string err = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(err.find("Warning"), std::string::npos) << err;
-    EXPECT_EQ(w.m.getFinalised(), 1);
-    std::list<long> order = w.wood->earliest_sort();
-    EXPECT_EQ(IndexSet(order.begin(), order.end()), w.wood->exp_ids);
-    for (long id : w.wood->exp_ids) {
-        Bddexpression* e = w.at(id);
-        EXPECT_LE(e->getEarlyDate(), w.wood->Nb_level());
-        for (long d : e->dependances)
-            if (w.at(d) != nullptr)
-                EXPECT_LT(w.at(d)->getEarlyDate(), e->getEarlyDate()) << d << " read by " << id;
-    }
-}
-
 TEST(Finalize, RegisterNextEquationsAreRetypedWithTheirTwoWarnings)
 {
     WorkedExample w(false);
