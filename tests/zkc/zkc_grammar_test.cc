@@ -36,12 +36,6 @@ TEST(ZkcGrammar, AcceptsEveryFormTheFileMayTake)
              " :esterel= \"0\" :default= \"0\"; integer limit \"100\"; integer ext;\n"
              "end:"},
         {"bindings then data", head + empty_wood + "binding: end: evaltable: end: data: type: t; end:"},
-        {"identifier that looks like a number", "module: m 0 0 input: 1e5 ; connexion: S R T;" + empty_wood},
-        {"comments as the writer puts them",
-         head + "equation_def: 1 0: -1:-3:-3,1 expressions:\n// expression 0:node 1\n1 1 0:0,1,() end:\n"},
-        {"stray character between tokens", head + "equation_def: 0 # expressions: end:"},
-        {"empty string, echoed like any stray character",
-         head + empty_wood + "data: type: constant: t c \"\"; end:"},
     };
     for (const auto& c : cases) {
         read_result r = read_zkc(c.text);
