@@ -175,20 +175,6 @@ TEST(Finalize, AClockedValueIsKeptAsAnOutput)
     EXPECT_EQ(b.m.getLocalSignal("c"), c);
 }
 
-TEST(Finalize, AModuleWithNothingStillGetsItsBootRegisterAndSet)
-{
-    ModuleBuilder b("e");
-    b.endOfReading();
-    b.m.finalize(0);
-    ASSERT_EQ(b.m.getRegisterList()->size(), 1u);
-    Signal* boot = b.m.getRegisterList()->front()->actual_var();
-    EXPECT_EQ(boot->getInternalName(), "e_boot");
-    EXPECT_TRUE(boot->isRegister() && boot->isWire());
-    EXPECT_EQ(b.wire(b.overId(b.m.getSet())), b.over(boot));
-    EXPECT_EQ(b.wire(b.underId(b.m.getSet())), b.mgr->Bdd_not(b.over(boot)));
-    EXPECT_EQ(b.wood->Name_var_by_index(b.overId(boot)), "v_s_e_boot");
-}
-
 TEST(FinalizeDeath, MissingObjectsEndWithAMessageAndStatusOne)
 {
     EXPECT_EXIT(Module::finalize(nullptr, 0), testing::ExitedWithCode(1), "no module to finalise");
