@@ -32,27 +32,6 @@ struct WorkedExample : ModuleBuilder {
     }
 };
 
-// The names, equations and registers of the worked module are pinned by the
-// generators' golden texts; what they cannot show is held here.
-TEST(Finalize, WorkedExampleIsDatedAfterWhatItReadsWithoutWarning)
-{
-    WorkedExample w;
-    testing::internal::CaptureStderr();
-    w.m.finalize(0);
-    std::string err = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(err.find("Warning"), std::string::npos) << err;
-    EXPECT_EQ(w.m.getFinalised(), 1);
-    std::list<long> order = w.wood->earliest_sort();
-    EXPECT_EQ(IndexSet(order.begin(), order.end()), w.wood->exp_ids);
-    for (long id : w.wood->exp_ids) {
-        Bddexpression* e = w.at(id);
-        EXPECT_LE(e->getEarlyDate(), w.wood->Nb_level());
-        for (long d : e->dependances)
-            if (w.at(d) != nullptr)
-                EXPECT_LT(w.at(d)->getEarlyDate(), e->getEarlyDate()) << d << " read by " << id;
-    }
-}
-
 TEST(Finalize, RegisterNextEquationsAreRetypedWithTheirTwoWarnings)
 {
     WorkedExample w(false);
@@ -194,20 +173,6 @@ TEST(Finalize, AClockedValueIsKeptAsAnOutput)
     EXPECT_EQ(b.at(b.overId(y))->my_bdd_exp(), b.over(v));
     EXPECT_EQ(b.m.getLocalSignal("v"), v);
     EXPECT_EQ(b.m.getLocalSignal("c"), c);
-}
-
-TEST(Finalize, AModuleWithNothingStillGetsItsBootRegisterAndSet)
-{
-    ModuleBuilder b("e");
-    b.endOfReading();
-    b.m.finalize(0);
-    ASSERT_EQ(b.m.getRegisterList()->size(), 1u);
-    Signal* boot = b.m.getRegisterList()->front()->actual_var();
-    EXPECT_EQ(boot->getInternalName(), "e_boot");
-    EXPECT_TRUE(boot->isRegister() && boot->isWire());
-    EXPECT_EQ(b.wire(b.overId(b.m.getSet())), b.over(boot));
-    EXPECT_EQ(b.wire(b.underId(b.m.getSet())), b.mgr->Bdd_not(b.over(boot)));
-    EXPECT_EQ(b.wood->Name_var_by_index(b.overId(boot)), "v_s_e_boot");
 }
 
 TEST(FinalizeDeath, MissingObjectsEndWithAMessageAndStatusOne)

@@ -24,27 +24,6 @@ std::string dump(const Bddexpressionwood& w)
 
 } // namespace
 
-TEST(SuppressWires, WireChainCollapsesIntoTheKeptReader)
-{
-    // x1 = x0, x2 = not x1, y = x2 and x3, with y the only kept type.
-    WoodBuilder b;
-    b.vars({"x0", "x1", "x2", "x3", "y"});
-    b.eq("x1", b.v("x0"));
-    b.eq("x2", b.m()->Bdd_not(b.v("x1")));
-    b.eq("y", b.m()->Bdd_and(b.v("x2"), b.v("x3")), OUT);
-    std::list<int> keep{OUT};
-    b.wood->suppress_wires(keep);
-
-    EXPECT_EQ(b.wood->exp_ids, (IndexSet{4}));
-    EXPECT_TRUE(b.m()->Bdd_equiv(b.at("y")->bdd_exp, b.m()->Bdd_and(b.m()->Bdd_not(b.v("x0")), b.v("x3"))));
-    EXPECT_EQ(b.at("y")->dependances, (IndexSet{0, 3}));
-    EXPECT_EQ((std::vector<IndexSet>(b.wood->amont_table, b.wood->amont_table + 4)),
-              (std::vector<IndexSet>{{4}, {}, {}, {4}}));
-    // One more than compute_dates would give: the shift stays.
-    EXPECT_EQ(b.at("y")->early_date, 2);
-    EXPECT_EQ(b.wood->late_dates[4], 0);
-}
-
 TEST(SuppressWires, WhatStays)
 {
     WoodBuilder b;

@@ -239,7 +239,11 @@ TEST(ReaderModule, ManyNodesTypesMethodsAndConstants)
     std::string text = "module: m 0 0 input: i ; connexion: S R T; equation_def: " + std::to_string(n) + "\n";
     for (int k = 0; k < n - 1; k++)
         text += std::to_string(k) + ": 0:" + std::to_string(n - 1) + ":" + std::to_string(n - 1) + ",-1\n";
-    text += std::to_string(n - 1) + ": -1:-3:-3,1\nexpressions: 1 1 1:" + std::to_string(n - 2) + ",1,() end:\n";
+    // A dependence list far longer than the parser stack's 10000 entries.
+    text += std::to_string(n - 1) + ": -1:-3:-3,1\nexpressions: 1 1 1:" + std::to_string(n - 2) + ",1,(";
+    for (int k = 0; k < n; k++)
+        text += std::to_string(k) + " ";
+    text += ") end:\n";
     text += "data: type:";
     for (int k = 0; k < n; k++)
         text += " big_t" + std::to_string(k) + ";";
