@@ -371,21 +371,6 @@ TEST(BddStore, SelfCheckOfNodes) {
     EXPECT_FALSE(orphan.is_correct());
 }
 
-TEST(BddStore, DependsListsTheVariablesOfTheCone) {
-    bddpp_manager m;
-    bdd a = m.New_var_last("a");
-    bdd b = m.New_var_last("b");
-    bdd c = m.New_var_last("c");
-    bdd x = m.New_var_before(0, "x");  // id 3, first in the order
-    bdd f = m.Bdd_and(x, m.Bdd_or(a, c));
-    EXPECT_EQ(f.node()->depends(), (std::vector<long>{0, 2, 3}));
-    EXPECT_TRUE(f.node()->depends_on_id(2));
-    EXPECT_FALSE(f.node()->depends_on_id(1));
-    EXPECT_TRUE(m.one->depends().empty());
-    bdd g = m.Bdd_and(b, f);
-    EXPECT_EQ(g.node()->depends(), (std::vector<long>{0, 1, 2, 3}));
-}
-
 TEST(BddStore, CollectionKeepsReferencedConesAndFreesChains) {
     bddpp_manager m;
     std::vector<bdd> x;
