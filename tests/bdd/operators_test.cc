@@ -85,6 +85,7 @@ TEST_P(two_vars, XorMakesANodeOfTwoEqualChildrenWithOppositeLinks) {
     bdd x = m.Bdd_xor(a, b);
     EXPECT_EQ(m.next_global_id, 7);
     EXPECT_EQ(shape_of(x), (shape{-1, b.node(), b.node(), -1, 6}));
+    EXPECT_EQ(m.Bdd_and(a, m.Bdd_not(b)).node()->global_id, 4) << "the left conjunction is made first";
     EXPECT_EQ(m.Bdd_xnor(a, b), m.Bdd_not(x));
     EXPECT_EQ(m.Bdd_eq(a, b), m.Bdd_not(x));
     EXPECT_TRUE(m.Bdd_is_zero_tautologic(m.Bdd_xor(a, a)));

@@ -1,8 +1,6 @@
 // The signal tables' short cuts against their plain forms: the ref kept by a
 // signal against the manager's look-up by name, the inline first entries
-// against std::map, the name index against std::unordered_map, and the
-// reader's deferred wood tables against tables updated at each new
-// variable.
+// against std::map, and the name index against std::unordered_map.
 
 #include "model/module.h"
 #include "signals/signal.h"
@@ -210,50 +208,6 @@ TEST(SignalFast, NameIndexAnswersLikeAHashMap)
         index.release();
         EXPECT_EQ(index.find("n1"), nullptr);
         EXPECT_TRUE(index.empty());
-    }
-}
-
-TEST(SignalFast, DeferredWoodTablesEndAsTheStepByStepOnes)
-{
-    for (unsigned seed = 1; seed <= 10; ++seed) {
-        std::mt19937 rng(seed);
-        Module plain("m");
-        Module deferred("m");
-        deferred.getSignalManager()->deferWoodTables(true);
-        std::vector<Signal*> plainSignals;
-        std::vector<Signal*> deferredSignals;
-        int count = 40 + static_cast<int>(rng() % 200);
-        for (int k = 0; k < count; ++k) {
-            std::string name = "s" + std::to_string(rng() % (count / 2 + 1));
-            if (rng() % 10 == 0) {
-                // A variable of the wood itself, possibly one a signal wants.
-                plain.getBddWood()->New_var_last("_v_" + name);
-                deferred.getBddWood()->New_var_last("_v_" + name);
-                continue;
-            }
-            plainSignals.push_back(new Signal(name, &plain, plain.getBddWood()));
-            deferredSignals.push_back(new Signal(name, &deferred, deferred.getBddWood()));
-        }
-        deferred.getSignalManager()->deferWoodTables(false);
-        Bddexpressionwood* a = plain.getBddWood();
-        Bddexpressionwood* b = deferred.getBddWood();
-        b->update_bdd_vars();
-        ASSERT_EQ(a->Nb_bdd_vars(), b->Nb_bdd_vars());
-        EXPECT_EQ(a->arrays_length, b->arrays_length);
-        for (long i = 0; i < a->Nb_bdd_vars(); i++) {
-            EXPECT_EQ(a->Name_var_by_index(i), b->Name_var_by_index(i));
-            EXPECT_EQ(b->exp_by_index(i), nullptr);
-            SignalRef* ra = plain.getSignalManager()->getSignalRefById(i, a);
-            SignalRef* rb = deferred.getSignalManager()->getSignalRefById(i, b);
-            ASSERT_EQ(ra == nullptr, rb == nullptr) << i;
-            if (ra != nullptr) {
-                EXPECT_EQ(ra->getCurrentName(), rb->getCurrentName());
-            }
-        }
-        for (std::size_t k = 0; k < plainSignals.size(); ++k) {
-            EXPECT_EQ(plainSignals[k]->getOverBddId(&plain, a), deferredSignals[k]->getOverBddId(&deferred, b));
-            EXPECT_EQ(plainSignals[k]->getUnderBddId(&plain, a), deferredSignals[k]->getUnderBddId(&deferred, b));
-        }
     }
 }
 

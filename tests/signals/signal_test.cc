@@ -24,23 +24,6 @@ std::vector<std::string> variableNames(Bddexpressionwood* wood)
     return names;
 }
 
-TEST(Signal, VariablesComeLastOverBeforeUnderInCreationOrder)
-{
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
-    wood->New_var_last("free");
-    Signal* a = new Signal("a", &m, wood);
-    Signal* b = new Signal("b", "b_2", &m, wood);
-    EXPECT_EQ(variableNames(wood), (std::vector<std::string>{"free", "_s_a", "_v_a", "_s_b_2", "_v_b_2"}));
-    EXPECT_EQ((std::vector<long>{a->getOverBddId(&m, wood), a->getUnderBddId(&m, wood), b->getOverBddId(&m, wood),
-                                 b->getUnderBddId(&m, wood)}),
-              (std::vector<long>{1, 2, 3, 4}));
-    EXPECT_EQ(b->getOverName(&m), "_s_b_2");
-    EXPECT_EQ(b->getUnderName(&m), "_v_b_2");
-    EXPECT_EQ(b->getOverBdd(&m, wood), wood->Bdd_var_by_index(3));
-    EXPECT_EQ(b->getInitialUnderBdd(&m, wood), wood->Bdd_var_by_index(4));
-}
-
 TEST(Signal, ExistingVariableOfTheNameIsReused)
 {
     Module m("m");

@@ -16,13 +16,22 @@ namespace {
 
 using Model = std::set<long>;
 
-void expect_same(const IndexSet& s, const Model& m, const char* what, int step)
+void expect_same(const IndexSet& s, const Model& m)
 {
-    ASSERT_EQ(s.size(), m.size()) << what << " step " << step;
-    ASSERT_EQ(s.empty(), m.empty()) << what << " step " << step;
-    ASSERT_TRUE(std::equal(m.begin(), m.end(), s.begin(), s.end())) << what << " step " << step;
-    ASSERT_TRUE(std::equal(m.rbegin(), m.rend(), s.rbegin(), s.rend())) << what << " step " << step;
-    ASSERT_EQ(std::distance(s.begin(), s.end()), (long)m.size()) << what << " step " << step;
+    ASSERT_EQ(s.size(), m.size());
+    ASSERT_EQ(s.empty(), m.empty());
+    ASSERT_TRUE(std::equal(m.begin(), m.end(), s.begin(), s.end()));
+    ASSERT_TRUE(std::equal(m.rbegin(), m.rend(), s.rbegin(), s.rend()));
+    ASSERT_EQ(std::distance(s.begin(), s.end()), (long)m.size());
+}
+
+// The same member, or both at the end.
+void expect_same_at(const IndexSet& s, IndexSet::const_iterator si, const Model& m, Model::const_iterator mi)
+{
+    ASSERT_EQ(si == s.end(), mi == m.end());
+    if (mi != m.end()) {
+        ASSERT_EQ(*si, *mi);
+    }
 }
 
 struct Scenario {
@@ -46,6 +55,7 @@ const Scenario kScenarios[] = {
 TEST(IndexSetFast, RandomOperationsMatchStdSet)
 {
     for (const Scenario& sc : kScenarios) {
+        SCOPED_TRACE(sc.name);
         std::mt19937_64 rng(12345);
         std::uniform_int_distribution<long> value(-2, sc.range - 1);
         std::uniform_int_distribution<int> op(0, sc.inserts + sc.erases + 5);
@@ -67,8 +77,8 @@ TEST(IndexSetFast, RandomOperationsMatchStdSet)
                     s.insert(s.end(), x);
                 } else {
                     auto r = s.insert(x);
-                    ASSERT_EQ(r.second, m.insert(x).second) << sc.name;
-                    ASSERT_EQ(*r.first, x) << sc.name;
+                    ASSERT_EQ(r.second, m.insert(x).second);
+                    ASSERT_EQ(*r.first, x);
                     continue;
                 }
                 m.insert(x);
@@ -76,44 +86,31 @@ TEST(IndexSetFast, RandomOperationsMatchStdSet)
                 // Erase by value half the time, else by iterator, checking
                 // the member that follows.
                 if (o % 2 == 0 || m.empty()) {
-                    ASSERT_EQ(s.erase(x), m.erase(x)) << sc.name;
+                    ASSERT_EQ(s.erase(x), m.erase(x));
                 } else {
                     auto mi = m.lower_bound(x);
                     if (mi == m.end()) mi = m.begin();
                     auto si = s.find(*mi);
-                    ASSERT_TRUE(si != s.end()) << sc.name;
+                    ASSERT_TRUE(si != s.end());
                     si = s.erase(si);
                     mi = m.erase(mi);
-                    ASSERT_EQ(si == s.end(), mi == m.end()) << sc.name;
-                    if (mi != m.end()) {
-                        ASSERT_EQ(*si, *mi) << sc.name;
-                    }
+                    expect_same_at(s, si, m, mi);
                 }
             } else if (o == sc.inserts + sc.erases) {
-                ASSERT_EQ(s.count(x), m.count(x)) << sc.name;
-                auto sl = s.lower_bound(x);
-                auto ml = m.lower_bound(x);
-                ASSERT_EQ(sl == s.end(), ml == m.end()) << sc.name;
-                if (ml != m.end()) {
-                    ASSERT_EQ(*sl, *ml) << sc.name;
-                }
-                auto su = s.upper_bound(x);
-                auto mu = m.upper_bound(x);
-                ASSERT_EQ(su == s.end(), mu == m.end()) << sc.name;
-                if (mu != m.end()) {
-                    ASSERT_EQ(*su, *mu) << sc.name;
-                }
+                ASSERT_EQ(s.count(x), m.count(x));
+                expect_same_at(s, s.lower_bound(x), m, m.lower_bound(x));
+                expect_same_at(s, s.upper_bound(x), m, m.upper_bound(x));
             } else if (o == sc.inserts + sc.erases + 1) {
                 // Copies, moves and swaps carry the members whatever the
                 // storage of either side.
                 IndexSet copy(s);
                 IndexSet other{x, x + 7};
                 other = copy;
-                expect_same(other, m, sc.name, step);
+                expect_same(other, m);
                 IndexSet moved(std::move(copy));
                 s.swap(moved);
-                expect_same(s, m, sc.name, step);
-                ASSERT_TRUE(moved == s && !(moved < s) && !(s < moved)) << sc.name;
+                expect_same(s, m);
+                ASSERT_TRUE(moved == s && !(moved < s) && !(s < moved));
             } else if (o == sc.inserts + sc.erases + 2) {
                 // A range insertion from unsorted input, or an assignment
                 // of most of the members and one more out of order.
@@ -132,12 +129,14 @@ TEST(IndexSetFast, RandomOperationsMatchStdSet)
                 s.clear();
                 m.clear();
             }
-            expect_same(s, m, sc.name, step);
+            SCOPED_TRACE(step);
+            expect_same(s, m);
+            if (HasFatalFailure()) return;
             peak = std::max(peak, s.size());
         }
         // The large scenarios must have gone through the chunks.
         if (sc.range >= 3000) {
-            EXPECT_GT(peak, 2u * IndexSet::kChunk) << sc.name;
+            EXPECT_GT(peak, 2u * IndexSet::kChunk);
         }
     }
 }
@@ -151,6 +150,7 @@ TEST(IndexSetFast, EraseWhileWalkingKeepsTheRest)
         long keep_every;
     } cases[] = {{2, 2}, {3, 1}, {200, 3}, {1500, 2}, {1500, 1000}, {5000, 7}};
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.count);
         IndexSet s;
         Model m;
         for (long i = 0; i < c.count; i++) {
@@ -161,7 +161,7 @@ TEST(IndexSetFast, EraseWhileWalkingKeepsTheRest)
             it = (*it / 3) % c.keep_every == 0 ? std::next(it) : s.erase(it);
         for (auto it = m.begin(); it != m.end();)
             it = (*it / 3) % c.keep_every == 0 ? std::next(it) : m.erase(it);
-        expect_same(s, m, "filter", (int)c.count);
+        expect_same(s, m);
         // The empty set again: a range erase of everything.
         s.erase(s.begin(), s.end());
         EXPECT_TRUE(s.empty() && s.begin() == s.end());
