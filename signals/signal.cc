@@ -281,8 +281,11 @@ static void replaceAt(std::string& name, const std::string& by)
 
 void Signal::ReplaceAtCharacterInAllNames(std::string c)
 {
-    if (!same_original)
-        replaceAt(original_name, c);
+    if (!same_original) {
+        std::string original = original_name;
+        replaceAt(original, c);
+        original_name = original;
+    }
     replaceAt(internal_name, c);
     // The kept ref was found by the old name.
     known_manager = nullptr;

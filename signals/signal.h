@@ -4,6 +4,8 @@
 #include "signals/expression.h"
 #include "signals/wood_map.h"
 
+#include "support/rare_text.h"
+
 #include <list>
 #include <map>
 #include <memory>
@@ -36,7 +38,7 @@ public:
     Signal(std::string original, std::string internal, Module* m, Bddexpressionwood* wood);
     Signal(std::string original, std::string internal, Module* m, Bddexpressionwood* wood, bool wire);
 
-    const std::string& getOriginalName() const { return same_original ? internal_name : original_name; }
+    const std::string& getOriginalName() const { return same_original ? internal_name : original_name.str(); }
     const std::string& getInternalName() const { return internal_name; }
 
     bool isLocal() const { return local; }
@@ -136,7 +138,7 @@ private:
 
     // The original name is held only where it differs from the internal
     // one.
-    std::string original_name;
+    rare_text original_name;
     std::string internal_name;
     bool same_original = false;
     bool local = false;

@@ -45,8 +45,8 @@ SignalRef::SignalRef(std::string original, std::string internal, Module* m, Bdde
 
 SignalRef::SignalRef(std::string original, std::string internal, std::string current, int occurrence, Module* m,
                      Bddexpressionwood* wood)
-    : internal_name(std::move(internal)), current_name(std::move(current)),
-      occurrence(occurrence), occurrence_flag(true)
+    : internal_name(std::move(internal)), current_name(current), occurrence(occurrence),
+      occurrence_flag(true)
 {
     if (original == internal_name)
         same_original = true;

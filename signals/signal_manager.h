@@ -3,6 +3,7 @@
 
 #include "signals/signal_name_index.h"
 #include "signals/wood_map.h"
+#include "support/rare_text.h"
 
 #include <list>
 #include <map>
@@ -34,9 +35,9 @@ public:
     SignalRef(std::string original, std::string internal, std::string current, int occurrence, Module* m,
               Bddexpressionwood* wood);
 
-    const std::string& getOriginalName() const { return same_original ? internal_name : original_name; }
+    const std::string& getOriginalName() const { return same_original ? internal_name : original_name.str(); }
     const std::string& getInternalName() const { return internal_name; }
-    const std::string& getCurrentName() const { return occurrence_flag ? current_name : internal_name; }
+    const std::string& getCurrentName() const { return occurrence_flag ? current_name.str() : internal_name; }
     int getCurrentOccurrence() const { return occurrence; }
     bool isOccurrence() const { return occurrence_flag; }
     const std::string& getType() const { return type != nullptr ? *type : pureType(); }
@@ -76,15 +77,15 @@ private:
     // Names are held once: the original only where it differs from the
     // internal name, the current one only for a further occurrence (for
     // occurrence 0 it is the internal name), the type only once set.
-    std::string original_name;
+    rare_text original_name;
     std::string internal_name;
-    std::string current_name;
-    bool same_original = false;
+    rare_text current_name;
     int occurrence = 0;
-    std::unique_ptr<std::string> type;
-    WoodPairs ids;
+    bool same_original = false;
     bool occurrence_flag = false;
     bool valued = false;
+    std::unique_ptr<std::string> type;
+    WoodPairs ids;
 };
 
 // The refs of one wood by variable index; null where no signal holds the

@@ -11,13 +11,13 @@
 
 #include <list>
 #include <map>
-#include <memory>
 #include <ostream>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "bdd/bddpp.h"
+#include "support/rare_text.h"
 
 class Bddexpressionwood;
 
@@ -46,36 +46,6 @@ IndexSet set_priv(const IndexSet& a, const IndexSet& b);
 IndexSet set_reencoding(const IndexSet& s, const long* table);
 // Set form of every report of the wood: "{", members joined by ",", "}".
 std::ostream& put_set(std::ostream& out, const IndexSet& s);
-
-// A text that most equations leave empty: one pointer until it is set.
-class rare_text {
-public:
-    rare_text() = default;
-    rare_text(const std::string& s) { assign(s); }
-    rare_text(const rare_text& other) { assign(other.str()); }
-    rare_text& operator=(const rare_text& other) {
-        if (this != &other) assign(other.str());
-        return *this;
-    }
-    rare_text& operator=(const std::string& s) {
-        assign(s);
-        return *this;
-    }
-    const std::string& str() const {
-        static const std::string none;
-        return text ? *text : none;
-    }
-    operator const std::string&() const { return str(); }
-    bool empty() const { return !text; }
-    bool operator==(const rare_text& other) const { return str() == other.str(); }
-    bool operator==(const std::string& s) const { return str() == s; }
-    bool operator==(const char* s) const { return str() == s; }
-
-private:
-    void assign(const std::string& s) { text = s.empty() ? nullptr : std::make_unique<std::string>(s); }
-    std::unique_ptr<std::string> text;
-};
-inline std::ostream& operator<<(std::ostream& out, const rare_text& t) { return out << t.str(); }
 
 // One equation. The late date is not held here but in the wood, so that a
 // variable without an equation has one as well.
