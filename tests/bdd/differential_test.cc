@@ -8,11 +8,13 @@
 
 #include <bitset>
 #include <functional>
+#include <list>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "bdd/bddpp.h"
+#include "support/index_set.h"
 #include "tests/bdd/bdd_test_util.h"
 
 namespace {
@@ -30,7 +32,13 @@ table variable_table(long id) {
 table table_of(bddpp_manager& m, const bdd& f) {
     table t;
     std::vector<bool> by_index(m.variables_number);
+    // Only the bits of the variables there are change the value.
+    const std::size_t mask = (std::size_t(1) << m.variables_number) - 1;
     for (std::size_t k = 0; k < t.size(); ++k) {
+        if (k > mask) {
+            t[k] = t[k & mask];
+            continue;
+        }
         for (long id = 0; id < m.variables_number; ++id)
             by_index[m.index_by_id[id]] = (k >> id) & 1;
         t[k] = eval_bdd(m, f, by_index);
@@ -221,6 +229,189 @@ TEST(BddDifferential, EqualTruthTablesGiveEqualHandles) {
             bool negated = run.truth[a] == ~run.truth[b];
             ASSERT_EQ(run.f[a].node() == run.f[b].node(), same || negated);
         }
+}
+
+// f with the variable of id v fixed to `value`.
+table cofactor(const table& t, long id, bool value) {
+    table r;
+    std::size_t bit = std::size_t(1) << id;
+    for (std::size_t k = 0; k < r.size(); ++k) r[k] = t[value ? (k | bit) : (k & ~bit)];
+    return r;
+}
+
+// A cube: its points are exactly those between the meet and the join of
+// its points.
+bool is_cube(const table& t) {
+    std::size_t lo = t.size() - 1, hi = 0;
+    for (std::size_t k = 0; k < t.size(); ++k)
+        if (t[k]) {
+            lo &= k;
+            hi |= k;
+        }
+    for (std::size_t z = 0; z < t.size(); ++z)
+        if (((z & lo) == lo && (z | hi) == hi) != t[z]) return false;
+    return true;
+}
+
+// The tests on handles, node access, supports, quantifiers, restrictions,
+// renamings, truth tables, implicants and covers, transport into other
+// managers, and the comparisons, on
+// the functions of random programs over six variables, against their truth
+// tables, on both paths.
+TEST(BddDifferential, OperationsAgreeWithTruthTables) {
+    for (unsigned seed = 1; seed <= 12; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        twin_run run(seed);
+        for (int v = 0; v < 6; ++v) run.add_variable();
+        for (int s = 0; s < 60; ++s) run.step();
+        for (bool plain : {false, true}) {
+            bddpp_manager& m = plain ? run.plain : run.fast;
+            const std::vector<bdd>& fs = plain ? run.p : run.f;
+            const long vars = m.variables_number;
+            // Managers to carry the functions into: a copy, one of the
+            // reversed order by an index map, one by name that lacks them.
+            bddpp_manager copy(&m), reversed, named;
+            long reverse[6];
+            for (long j = 0; j < 6; ++j) {
+                reversed.New_var_last("r" + std::to_string(j));
+                reverse[j] = 5 - j;
+            }
+            for (std::size_t n = 0; n < fs.size(); ++n) {
+                SCOPED_TRACE("function " + std::to_string(n));
+                const bdd& f = fs[n];
+                const table& t = run.truth[n];
+                const table& u = run.truth[(n * 7 + seed) % fs.size()];
+                const bdd& g = fs[(n * 7 + seed) % fs.size()];
+                EXPECT_EQ(m.Bdd_is_one_tautologic(f), t.all());
+                EXPECT_EQ(m.Bdd_is_zero_tautologic(f), t.none());
+                EXPECT_EQ(m.Bdd_is_tautology(f), t.all() || t.none());
+                EXPECT_EQ(m.Bdd_is_cube(f), is_cube(t));
+                bool var = false, negvar = false;
+                IndexSet support, common;
+                for (long id = 0; id < vars; ++id) {
+                    var |= t == variable_table(id);
+                    negvar |= t == ~variable_table(id);
+                    if (cofactor(t, id, 0) != cofactor(t, id, 1)) {
+                        support.insert(m.index_by_id[id]);
+                        if (cofactor(u, id, 0) != cofactor(u, id, 1)) common.insert(id);
+                    }
+                }
+                EXPECT_EQ(m.Bdd_is_var(f), var);
+                EXPECT_EQ(m.Bdd_is_negvar(f), negvar);
+                EXPECT_EQ(m.set_of_index_depend_on(f), support);
+                EXPECT_EQ(m.exists_common_variables(f, g), !common.empty());
+                EXPECT_EQ(m.Bdd_equiv(f, g), t == u);
+                EXPECT_EQ(m.Bdd_imply(f, g), (t & ~u).none());
+                EXPECT_EQ(m.Bdds_excl(f, g), (t & u).none());
+                if (!support.empty()) {
+                    long top = m.id_by_index[*support.begin()];
+                    EXPECT_EQ(m.Bdd_if(f), m.Bdd_var_by_index(*support.begin()));
+                    EXPECT_EQ(table_of(m, m.Bdd_then(f)), cofactor(t, top, 1));
+                    EXPECT_EQ(table_of(m, m.Bdd_else(f)), cofactor(t, top, 0));
+                }
+                long index = static_cast<long>((n + seed) % vars), id = m.id_by_index[index];
+                bdd x = m.Bdd_var_by_index(index), nx = m.Bdd_not(x);
+                table t0 = cofactor(t, id, 0), t1 = cofactor(t, id, 1);
+                EXPECT_EQ(m.Bdd_depends_on(f, x), t0 != t1);
+                EXPECT_EQ(m.Variable_awaited(f, index), t0 != t1);
+                EXPECT_EQ(m.Variable_true_awaited(f, index), t0 != t1 && t1.any());
+                EXPECT_EQ(m.Variable_false_awaited(f, index), t0 != t1 && t0.any());
+                EXPECT_EQ(table_of(m, m.Bdd_exist(f, x)), t0 | t1);
+                EXPECT_EQ(table_of(m, m.Bdd_exist(f, nx)), t0 | t1);
+                EXPECT_EQ(table_of(m, m.Bdd_forall(f, x)), t0 & t1);
+                EXPECT_EQ(table_of(m, m.Bdd_cube_reduce(f, x)), t1);
+                EXPECT_EQ(table_of(m, m.Bdd_cube_reduce(f, nx)), t0);
+
+                // Restriction by the cube x and not y, as a cube, as literals
+                // and as a care set; x and y fixed, the rest open.
+                long y_index = (index + 1) % vars, y = m.id_by_index[y_index];
+                bdd cube = m.Bdd_and(x, m.Bdd_not(m.Bdd_var_by_index(y_index)));
+                table fixed = cofactor(t1, y, 0);
+                std::vector<int> literals(vars, 2);
+                literals[index] = 1;
+                literals[y_index] = 0;
+                EXPECT_EQ(table_of(m, m.Bdd_reduce(f, cube)), fixed);
+                EXPECT_EQ(table_of(m, m.Bdd_eval(f, literals.data())), fixed);
+                EXPECT_EQ(m.Bdd_eval_for_literal(f, literals.data()), fixed.all() ? 1 : fixed.none() ? 0 : 2);
+                bdd care = m.Bdd_or(x, m.Bdd_var_by_index(y_index));
+                EXPECT_EQ(table_of(m, care) & table_of(m, m.Bdd_reduce(f, care)) & ~t, table());
+                // Below index 2 everything counts as true; variable j takes
+                // the place of variable j + 1.
+                table kept = t;
+                for (long i = 2; i < vars; ++i)
+                    kept = cofactor(kept, m.id_by_index[i], 0) | cofactor(kept, m.id_by_index[i], 1);
+                EXPECT_EQ(table_of(m, m.Bdd_keep_first_variables(f, 2)), kept);
+                std::vector<long> map(vars);
+                table replaced;
+                for (long j = 0; j < vars; ++j) map[j] = (j + 1) % vars;
+                for (std::size_t k = 0; k < replaced.size(); ++k) {
+                    std::size_t p = 0;
+                    for (long j = 0; j < vars; ++j)
+                        p |= ((k >> m.id_by_index[map[j]]) & 1) << m.id_by_index[j];
+                    replaced[k] = t[p];
+                }
+                EXPECT_EQ(table_of(m, m.Bdd_replace_vars(f, map.data())), replaced);
+                bdd by_id[6];
+                for (long j = 0; j < 6; ++j) by_id[j] = m.Bdd_var_by_index(m.index_by_id[j]);
+                unsigned long id_of_f = (t & table(~0ULL)).to_ullong();
+                char chars[64];
+                m.Truth_table(f, 6, by_id, chars);
+                EXPECT_EQ(m.Id_function_by_bdd(f, 6, by_id), id_of_f);
+                EXPECT_EQ(m.Bdd_function_by_id(id_of_f, 6, by_id), f);
+                for (unsigned k = 0; k < 64; ++k) EXPECT_EQ(chars[k], t[k] ? '1' : '0');
+                bdd in_copy[6], in_reversed[6], in_named[6];
+                bdd g1 = bddpp_manager::Bdd_isomorphe(&copy, &m, f);
+                bdd g2 = bddpp_manager::Bdd_isomorphe(&reversed, &m, f, reverse);
+                bdd g3 = bddpp_manager::Bdd_isomorphe_by_name(&named, &m, f);
+                for (long j = 0; j < 6; ++j) {
+                    in_copy[j] = copy.Bdd_var_by_index(m.index_by_id[j]);
+                    in_reversed[j] = reversed.Bdd_var_by_index(5 - m.index_by_id[j]);
+                    in_named[j] = named.New_var_last(m.Name_var_by_id(j));
+                }
+                EXPECT_EQ(copy.Id_function_by_bdd(g1, 6, in_copy), id_of_f);
+                EXPECT_EQ(reversed.Id_function_by_bdd(g2, 6, in_reversed), id_of_f);
+                EXPECT_EQ(named.Id_function_by_bdd(g3, 6, in_named), id_of_f);
+
+                // Cubes and covers: inside f, and all of f where a cover.
+                if (t.any()) {
+                    for (const bdd& c : {m.Bdd_satisfy(f), m.Bdd_one_implicant(f)}) {
+                        EXPECT_TRUE(is_cube(table_of(m, c)) && table_of(m, c).any());
+                        EXPECT_TRUE((table_of(m, c) & ~t).none());
+                    }
+                }
+                std::list<bdd> primes;
+                m.Bdd_prime_implicants(f, primes);
+                table joined;
+                for (const bdd& p : primes) {
+                    table pt = table_of(m, p);
+                    joined |= pt;
+                    EXPECT_TRUE(is_cube(pt) && (pt & ~t).none());
+                    for (long i = 0; i < vars && t.any() && !t.all(); ++i) {
+                        bdd x = m.Bdd_var_by_index(i);
+                        EXPECT_TRUE(!m.Bdd_depends_on(p, x) || (table_of(m, m.Bdd_exist(p, x)) & ~t).any()) << "prime grows";
+                    }
+                    for (const bdd& q : primes)
+                        EXPECT_TRUE(&p == &q || (pt & ~table_of(m, q)).any()) << "one prime implies another";
+                }
+                EXPECT_EQ(joined, t);
+                for (int level = 0; level <= 3; ++level) {
+                    std::list<bdd> cover;
+                    m.Bdd_sop(f, cover, level);
+                    table covered;
+                    for (const bdd& c : cover) {
+                        EXPECT_TRUE(is_cube(table_of(m, c)));
+                        covered |= table_of(m, c);
+                    }
+                    EXPECT_EQ(covered, t) << "level " << level;
+                }
+                // Simplification keeps f and stays apart from the care set.
+                bdd outside = m.Bdd_and(m.Bdd_not(f), care);
+                for (bdd r : {m.Bdd_simplify(f, outside), m.Bdd_simplify3(f, outside)})
+                    EXPECT_TRUE((t & ~table_of(m, r)).none() && (table_of(m, r) & table_of(m, outside)).none());
+                if (HasFailure()) return;
+            }
+        }
+    }
 }
 
 // A node put in the table by hand in place of another of the same key is

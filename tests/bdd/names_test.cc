@@ -7,9 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "bdd/bddpp.h"
 
@@ -94,6 +96,77 @@ TEST(ManagerNames, OneLookUpCreationMatchesTheTwoSteps)
     }
     for (long id = 0; id < plain.variables_capacity; ++id)
         ASSERT_EQ(fast.Name_var_by_id(id), plain.Name_var_by_id(id));
+}
+
+// Creations last, before and after any index, renamings and copies of the
+// manager against a model of the order (ids by index), the creation names
+// and the current names.
+TEST(ManagerNames, OrderAndNamesFollowAModel)
+{
+    for (unsigned seed = 1; seed <= 20; ++seed) {
+        std::mt19937 rng(seed);
+        auto held = std::make_unique<bddpp_manager>();
+        std::vector<long> order;              // ids by index
+        std::vector<std::string> made, shown; // creation and current names by id
+        for (int step = 0; step < 60; ++step) {
+            SCOPED_TRACE("seed " + std::to_string(seed) + " step " + std::to_string(step));
+            const long n = static_cast<long>(order.size());
+            std::string name = "n" + std::to_string(rng() % 40);
+            long where = static_cast<long>(rng() % (n + 1));
+            unsigned how = rng() % 5;
+            if (how == 4) {
+                // A copy takes the variables and their names, no other node.
+                auto copy = [&] {
+                    bdd f = held->Bdd_and(held->Bdd_var_by_name("n1"), held->Bdd_var_by_name("n2"));
+                    return std::make_unique<bddpp_manager>(held.get());
+                }();
+                held = std::move(copy);
+                ASSERT_EQ(held->map->size(), order.size());
+            } else if (how == 3) {
+                bddpp_manager& m = *held;
+                std::string old_name = shown.empty() ? "x" : shown[rng() % shown.size()];
+                auto current = [&](const std::string& s) { return std::find(shown.begin(), shown.end(), s); };
+                if (current(name) == shown.end() && current(old_name) != shown.end())
+                    *current(old_name) = name;
+                testing::internal::CaptureStderr();
+                m.Rename_var(name, old_name);
+                testing::internal::GetCapturedStderr();
+            } else {
+                bddpp_manager& m = *held;
+                bdd v;
+                if (how == 0)
+                    v = m.New_var_last(name);
+                else if (where < n && step % 2)  // by the variable at the index
+                    v = how == 1 ? m.New_var_before(m.Bdd_var_by_index(where), name)
+                                 : m.New_var_after(m.Bdd_var_by_index(where), name);
+                else
+                    v = how == 1 ? m.New_var_before(where, name) : m.New_var_after(where - 1, name);
+                if (how == 2 && where < n && step % 2)
+                    ++where;
+                auto known = std::find(made.begin(), made.end(), name);
+                long id = known - made.begin();
+                if (known == made.end()) {
+                    made.push_back(name);
+                    shown.push_back(name);
+                    order.insert(how == 0 ? order.end() : order.begin() + where, id);
+                }
+                ASSERT_EQ(m.Bdd_if_id(v), id);
+            }
+            bddpp_manager& m = *held;
+            ASSERT_EQ(m.variables_number, static_cast<long>(order.size()));
+            ASSERT_GE(m.variables_capacity, m.variables_number);
+            ASSERT_EQ(m.next_global_id, static_cast<long>(order.size()) + 2);
+            for (long index = 0; index < m.variables_number; ++index) {
+                long id = order[index];
+                ASSERT_EQ(m.id_by_index[index], id);
+                ASSERT_EQ(m.index_by_id[id], index);
+                ASSERT_EQ(m.node_by_id[id]->global_id, id + 2);
+                ASSERT_EQ(m.Name_var_by_index(index), shown[id]);
+                ASSERT_EQ(m.Index_var_by_name(made[id]), index);
+                ASSERT_EQ(m.Bdd_if_index(m.Bdd_var_by_name(made[id])), index);
+            }
+        }
+    }
 }
 
 } // namespace
