@@ -1,8 +1,7 @@
 // The production path of the operators against the plain recursion: the
 // same random programs run in two managers must make the same nodes, in
 // the same order, with the same links and counts; every function must have
-// the truth table that the program asked for; and substitutions chained as
-// the local elimination chains them must rebuild what is missing.
+// the truth table that the program asked for.
 
 #include <gtest/gtest.h>
 
@@ -163,13 +162,23 @@ struct twin_run {
             t = connectives[which].truth(truth[i], truth[j], truth[k]);
         } else if (which == 7) {
             // Substitution walks paths; the production path remembers
-            // shared positions.
+            // shared positions. By a function, a literal of either sign or
+            // a constant, as the local elimination substitutes.
+            unsigned kind = rng() % 4;
+            long w = pick_index();
+            auto definition = [&](bddpp_manager& m, const std::vector<bdd>& b) {
+                bdd literal = m.Bdd_var_by_index(w);
+                return kind == 0 ? b[j] : kind == 1 ? (link == 1 ? literal : m.Bdd_not(literal))
+                                                    : (link == 1 ? m.Bdd_one() : m.Bdd_zero());
+            };
             both([&](bddpp_manager& m, const std::vector<bdd>& b) {
-                return m.Bdd_compose(b[i], m.Bdd_var_by_index(index), b[j]);
+                return m.Bdd_compose(b[i], m.Bdd_var_by_index(index), definition(m, b));
             });
+            table g = kind == 0 ? truth[j] : kind == 1 ? variable_table(plain.id_by_index[w]) : table().set();
+            if (kind != 0 && link == -1) g = ~g;
             std::size_t bit = std::size_t(1) << plain.id_by_index[index];
             for (std::size_t a = 0; a < t.size(); ++a)
-                t[a] = truth[i][truth[j][a] ? (a | bit) : (a & ~bit)];
+                t[a] = truth[i][g[a] ? (a | bit) : (a & ~bit)];
         } else {
             both([&](bddpp_manager& m, const std::vector<bdd>& b) { return m.Bdd_ite(link, index, b[j], b[k]); });
             if (link == -1) v = ~v;
@@ -201,6 +210,12 @@ TEST(BddDifferential, FastPathMakesTheNodesOfThePlainRecursion) {
                 run.add_variable();
             } else if (event == 1) {
                 run.collect();
+            } else if (event == 2) {
+                run.free_newest();
+            } else if (event == 3) { // supports asked, as the dependence tables do
+                std::size_t n = run.pick();
+                run.p[n].node()->depends();
+                run.f[n].node()->depends();
             } else {
                 run.step();
             }
@@ -445,75 +460,6 @@ TEST(BddDifferential, TableChangesOutsideTheOperatorsAreSeen) {
     first = bdd();
     delete displaced;
     delete twin;
-}
-
-// One reader substituted as the elimination does it: r = r[v := d].
-bdd substituted(bddpp_manager& m, const bdd& reader, long v_index, const bdd& definition) {
-    return m.Bdd_compose(reader, m.Bdd_var_by_index(v_index), definition);
-}
-
-TEST(ComposeFast, EliminationChainsMakeThePlainNodes) {
-    for (unsigned seed = 1; seed <= 40; ++seed) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
-        twin_run t(seed);
-        const int vars = 6 + static_cast<int>(seed % 6);
-        for (int v = 0; v < vars; ++v) {
-            std::string name = "v" + std::to_string(v);
-            t.both([&](bddpp_manager& m, const std::vector<bdd>&) { return m.New_var_last(name); });
-        }
-        for (int s = 0; s < 200; ++s) {
-            std::size_t i = t.pick(), j = t.pick();
-            long v = t.pick_index();
-            int link = t.rng() % 2 ? 1 : -1;
-            switch (t.rng() % 10) {
-                case 0: case 1: // a new reader
-                    t.both([&](bddpp_manager& m, const std::vector<bdd>& x) {
-                        return link == 1 ? m.Bdd_and(x[i], x[j]) : m.Bdd_xor(x[i], x[j]);
-                    });
-                    break;
-                case 2: case 3: // by a general definition
-                    t.replace(i, [&](bddpp_manager& m, const std::vector<bdd>& x) {
-                        return substituted(m, x[i], v, x[j]);
-                    });
-                    break;
-                case 4: { // by a literal, either sign
-                    long w = t.pick_index();
-                    t.replace(i, [&](bddpp_manager& m, const std::vector<bdd>& x) {
-                        bdd lit = m.Bdd_var_by_index(w);
-                        return substituted(m, x[i], v, link == 1 ? lit : m.Bdd_not(lit));
-                    });
-                    break;
-                }
-                case 5: // by a constant
-                    t.replace(i, [&](bddpp_manager& m, const std::vector<bdd>& x) {
-                        return substituted(m, x[i], v, link == 1 ? m.Bdd_one() : m.Bdd_zero());
-                    });
-                    break;
-                case 6: // the same substitution twice more, then on the negation
-                    for (int k = 0; k < 3; ++k)
-                        t.replace(i, [&](bddpp_manager& m, const std::vector<bdd>& x) {
-                            return substituted(m, k == 2 ? m.Bdd_not(x[i]) : x[i], v, x[j]);
-                        });
-                    break;
-                case 7: // supports asked, as the dependence tables do
-                    t.p[i].node()->depends();
-                    t.f[i].node()->depends();
-                    break;
-                case 8: // a collection frees the nodes that rebuilds left behind
-                    if (t.rng() % 4 == 0) {
-                        t.p[j] = t.plain.Bdd_one();
-                        t.f[j] = t.fast.Bdd_one();
-                        t.plain.Bdd_gc();
-                        t.fast.Bdd_gc();
-                    }
-                    break;
-                default: // the newest node leaves the table
-                    t.free_newest();
-            }
-            t.expect_same("after a step");
-            if (testing::Test::HasFatalFailure()) return;
-        }
-    }
 }
 
 }  // namespace
