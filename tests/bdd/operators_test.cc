@@ -55,6 +55,17 @@ TEST_P(two_vars, CornersOfIteNodeAccessAndHandleTests) {
                 literal_pattern("ERROR in Bdd_else(): calling with a tautologic function!"));
 }
 
+// Creation order fixes the ids in generated texts: the conjunctions of xor
+// and ite are made left first, then their disjunction.
+TEST_P(two_vars, CompositeConnectivesMakeTheirNodesLeftFirst) {
+    bdd c = m.New_var_last("c");          // global id 4
+    EXPECT_EQ(m.Bdd_xor(a, b).node()->global_id, 7);
+    EXPECT_EQ(m.Bdd_and(a, m.Bdd_not(b)).node()->global_id, 5);
+    EXPECT_EQ(m.Bdd_ite(a, b, c).node()->global_id, 10);
+    EXPECT_EQ(m.Bdd_and(a, b).node()->global_id, 8);
+    EXPECT_EQ(m.next_global_id, 11);
+}
+
 TEST_P(two_vars, NullOperandsEndTheProcess) {
     EXPECT_EXIT(m.Bdd_and(bdd(), a), ExitedWithCode(1),
                 literal_pattern("ERROR: call bddpp_manager::Bdd_and() with null reference\n"
