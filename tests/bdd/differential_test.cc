@@ -227,6 +227,13 @@ TEST(BddDifferential, FastPathMakesTheNodesOfThePlainRecursion) {
             ASSERT_EQ(table_of(run.fast, run.f[n]), run.truth[n]) << "function " << n;
             ASSERT_TRUE(run.fast.Bdd_is_correct(run.f[n]));
         }
+        // Without handles a collection leaves the variables only.
+        run.p.clear();
+        run.f.clear();
+        for (bddpp_manager* m : {&run.plain, &run.fast}) {
+            m->Bdd_gc();
+            EXPECT_EQ(m->map->size(), static_cast<std::size_t>(m->variables_number)) << "a reference is left";
+        }
     }
 }
 
