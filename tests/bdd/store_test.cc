@@ -39,14 +39,6 @@ TEST(BddStore, VariableNodesAndTables) {
     EXPECT_EQ(m.variables_capacity, 32);
     for (long id = 0; id < 17; ++id) EXPECT_EQ(m.assoc[id], m.node_by_id[id]);
 
-    // The capacity is checked before the name: a full table doubles even
-    // when the name turns out to be known.
-    bddpp_manager full;
-    for (int i = 0; i < 16; ++i) full.New_var_last("v" + std::to_string(i));
-    full.New_var_last("v3");
-    EXPECT_EQ(full.variables_capacity, 32);
-    EXPECT_EQ(full.variables_number, 16);
-
     std::string err = captured([&] { EXPECT_EQ(m.New_node_var_after(17, "q"), nullptr); });
     EXPECT_EQ(err, "Error in bddpp_manager::New_node_var_after(): index 17 out of range!\n");
     EXPECT_EQ(m.variables_number, 17);
