@@ -24,30 +24,6 @@ std::string dump(const Bddexpressionwood& w)
 
 } // namespace
 
-TEST(SuppressWires, WhatStays)
-{
-    WoodBuilder b;
-    b.vars({"i", "unread", "kept", "r1", "abs_src", "c", "r2"});
-    b.eq("unread", b.v("i"));                                // a wire nobody reads
-    b.eq("kept", b.v("i"), int(Compilation::SWIRE));         // a wire of a kept type
-    b.eq("r1", b.m()->Bdd_and(b.v("kept"), b.v("c")), OUT);
-    b.eq("abs_src", b.m()->Bdd_not(b.v("i")));               // read by an abstract equation
-    IndexSet deps{b.index("abs_src")};
-    new Bddexpression(b.m()->Id_var_by_name("r2"), b.wood.get(), deps, "f", 0, 0);
-    // A constant of a kept type that somebody reads goes all the same.
-    b.eq("c", b.m()->Bdd_one(), int(Compilation::SWIRE));
-
-    std::list<int> keep{int(Compilation::SWIRE), OUT};
-    b.wood->suppress_wires(keep);
-
-    for (const char* n : {"unread", "kept", "abs_src"})
-        EXPECT_NE(b.at(n), nullptr) << n;
-    EXPECT_EQ(b.at("c"), nullptr);
-    EXPECT_EQ(b.at("r1")->bdd_exp, b.v("kept"));
-    EXPECT_EQ(b.readers("kept"), b.ids({"r1"}));
-    EXPECT_EQ(b.readers("abs_src"), b.ids({"r2"}));
-}
-
 TEST(ConstantsPropagation, AgainstTheSweepOrder)
 {
     // z (index 0) reads y, y reads x, x is false: each constant appears
