@@ -298,24 +298,31 @@ TEST(BddDifferential, OperationsAgreeWithTruthTables) {
                 EXPECT_EQ(m.Bdd_is_one_tautologic(f), t.all());
                 EXPECT_EQ(m.Bdd_is_zero_tautologic(f), t.none());
                 EXPECT_EQ(m.Bdd_is_tautology(f), t.all() || t.none());
+                EXPECT_TRUE(m.Bdd_is_tautology(f, 1) == t.all() && m.Bdd_is_tautology(f, 0) == t.none());
                 EXPECT_EQ(m.Bdd_is_cube(f), is_cube(t));
                 bool var = false, negvar = false;
-                IndexSet support, common;
+                IndexSet support, support_ids, common;
+                std::vector<int> present(vars);
+                m.Present_variables(f, present.data());
                 for (long id = 0; id < vars; ++id) {
                     var |= t == variable_table(id);
                     negvar |= t == ~variable_table(id);
                     if (cofactor(t, id, 0) != cofactor(t, id, 1)) {
                         support.insert(m.index_by_id[id]);
+                        support_ids.insert(id);
                         if (cofactor(u, id, 0) != cofactor(u, id, 1)) common.insert(id);
                     }
                 }
                 EXPECT_EQ(m.Bdd_is_var(f), var);
                 EXPECT_EQ(m.Bdd_is_negvar(f), negvar);
                 EXPECT_EQ(m.set_of_index_depend_on(f), support);
+                EXPECT_EQ(m.set_of_id_depend_on(f), support_ids);
+                for (long i = 0; i < vars; ++i) EXPECT_EQ(present[i], support.count(i)) << i;
                 EXPECT_EQ(m.exists_common_variables(f, g), !common.empty());
                 EXPECT_EQ(m.Bdd_equiv(f, g), t == u);
                 EXPECT_EQ(m.Bdd_imply(f, g), (t & ~u).none());
                 EXPECT_EQ(m.Bdds_excl(f, g), (t & u).none());
+                EXPECT_EQ(m.Bdds_exclude(f, g), (t & u).none());
                 if (!support.empty()) {
                     long top = m.id_by_index[*support.begin()];
                     EXPECT_EQ(m.Bdd_if(f), m.Bdd_var_by_index(*support.begin()));
