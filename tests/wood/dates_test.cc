@@ -1,5 +1,6 @@
 // Dates, sorts, cycle detection and critical paths; the fast passes against
-// the literal ones on random woods. (A long chain: elim_test.)
+// the literal ones and a model of the dates on random woods. (A long chain:
+// elim_test.)
 
 #include <algorithm>
 #include <random>

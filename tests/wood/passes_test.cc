@@ -5,7 +5,8 @@
 // that no longer describe the right member, declared readers of abstract
 // equations, exp_ids that disagree with the slots. Both sides must make the
 // same equations, the same BDD nodes in the same order, the same tables,
-// dates, texts and reports.
+// dates, texts and reports. And the eliminating passes against an
+// evaluator of the equations.
 
 #include <gtest/gtest.h>
 
