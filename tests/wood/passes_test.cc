@@ -467,13 +467,14 @@ TEST(WholeWoodPasses, WireRedatingMatchesTheCriticalPathWalks)
 }
 
 // The passes that take equations out (wires, constants, locals, restriction
-// by a literal) against an evaluator: on random acyclic woods, every
-// equation left has the value it had before under random inputs (under the
-// restriction's literal for the restriction), the tables are those that a
-// rebuild makes. What stays: unread equations; for the wires, what an
-// abstract equation reads or is of a kept type, constants aside; for the
-// constants, what is of a kept type. What goes: the constants read, unless of a
-// kept type, and nobody reads a local asked for any more.
+// by a literal, isolated equations) against an evaluator: on random acyclic
+// woods, every equation left has the value it had before under random
+// inputs (under the restriction's literal for the restriction), the tables
+// are those that a rebuild makes. What stays: unread equations; for the
+// wires, what an abstract equation reads or is of a kept type, constants
+// aside; for the constants, what is of a kept type. What goes: the
+// constants read, unless of a kept type, and the isolated equations not
+// listed; nobody reads a local asked for any more.
 TEST(WholeWoodPasses, PassesKeepTheValuesOfTheEvaluator)
 {
     const std::list<int> keeps[] = {{}, {int(Compilation::SOUTPUT)}, {int(Compilation::SOUTPUT), int(Compilation::SREG)}};
@@ -487,11 +488,11 @@ TEST(WholeWoodPasses, PassesKeepTheValuesOfTheEvaluator)
         const long n = w.nb_bdd_vars;
         std::mt19937_64 rng(seed * 4049);
         std::list<int> keep = keeps[seed % 3];
-        const int pass = seed % 4;
+        const int pass = seed % 5;
         const long literal = long(rng() % n);
         const bool positive = rng() % 2;
         std::list<long> locals;
-        std::vector<bool> had(n), kept(n), local(n), unread(n), read_constant(n), abstract_reader(n);
+        std::vector<bool> had(n), kept(n), listed(n), local(n), unread(n), read_constant(n), abstract_reader(n), isolated(n);
         for (long i = 0; i < n; ++i) {
             const Bddexpression* e = w.exp_table[i];
             had[i] = e != nullptr;
@@ -500,7 +501,8 @@ TEST(WholeWoodPasses, PassesKeepTheValuesOfTheEvaluator)
             for (long r : w.amont_table[i])
                 abstract_reader[i] = abstract_reader[i] || (w.exp_table[r] != nullptr && w.exp_table[r]->abstraction != 0);
             kept[i] = e != nullptr && std::find(keep.begin(), keep.end(), e->user_type) != keep.end();
-            if (rng() % 3 == 0) {
+            isolated[i] = unread[i] && e->dependances.empty();
+            if ((listed[i] = rng() % 3 == 0)) {
                 locals.push_back(i);
                 local[i] = e != nullptr && e->abstraction == 0 && !w.amont_table[i].empty() && !e->dependances.empty();
             }
@@ -521,7 +523,9 @@ TEST(WholeWoodPasses, PassesKeepTheValuesOfTheEvaluator)
                 w.constants_propagation(keep);
             else if (pass == 2)
                 w.suppress_local(locals);
-            else
+            else if (pass == 4)
+                w.clean(locals); // kept if listed
+            else if (pass == 3)
                 w.reduce_expressions(positive ? b.m()->Bdd_var_by_index(literal)
                                               : b.m()->Bdd_not(b.m()->Bdd_var_by_index(literal)),
                                      keep);
@@ -537,7 +541,9 @@ TEST(WholeWoodPasses, PassesKeepTheValuesOfTheEvaluator)
             removed += had[i] && w.exp_table[i] == nullptr ? 1 : 0;
             bool constant = true; // as far as the samples tell
             for (int k = 1; k < 16; ++k) constant = constant && before[k][i] == before[0][i];
-            if (had[i] && (unread[i] || (pass == 0 && !constant && (abstract_reader[i] || kept[i])) || (pass == 1 && kept[i])))
+            if (pass == 4)
+                EXPECT_EQ(w.exp_table[i] == nullptr, !had[i] || (isolated[i] && !listed[i])) << "clean " << i;
+            else if (had[i] && (unread[i] || (pass == 0 && !constant && (abstract_reader[i] || kept[i])) || (pass == 1 && kept[i])))
                 EXPECT_NE(w.exp_table[i], nullptr) << "pass " << pass << " took " << i;
             if ((pass == 0 || (pass == 1 && !kept[i])) && read_constant[i])
                 EXPECT_EQ(w.exp_table[i], nullptr) << "pass " << pass << " left the read constant " << i;
