@@ -25,6 +25,7 @@
 
 #include "support/index_set.h"
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -202,11 +203,12 @@ public:
                    std::size_t& hash) const {
         hash = hash_of(id, else_link_type, then_node, else_node);
         const std::size_t mask = capacity - 1;
+        const std::uint64_t tag = tag_of(hash);
         for (std::size_t i = home(hash);; i = (i + 1) & mask) {
-            const entry& e = slots[i];
-            if (!e.node) return nullptr;
-            if (e.hash == hash) {
-                bdd_node* n = e.node;
+            const entry e = slots[i];
+            if (!e.bits) return nullptr;
+            if ((e.bits & tag_bits) == tag) {
+                bdd_node* n = e.node();
                 if (n->then_node == then_node && n->else_node == else_node && n->id == id &&
                     n->else_link_type == else_link_type)
                     return n;
@@ -231,15 +233,25 @@ public:
     // Every node, in no particular order. f must not change the table.
     template <class F> void for_each(F f) const {
         for (std::size_t i = 0; i < capacity; ++i)
-            if (slots[i].node) f(slots[i].node);
+            if (slots[i].bits) f(slots[i].node());
     }
 
 private:
     friend class bddpp_manager;
+    // A node's address in the low 48 bits, the low 16 bits of its key's
+    // hash above them; 0: free. The home of an entry is worked out again
+    // from its node's key.
     struct entry {
-        std::size_t hash;
-        bdd_node* node; // null: free
+        std::uint64_t bits;
+        bdd_node* node() const { return reinterpret_cast<bdd_node*>(bits & address_bits); }
     };
+    static constexpr std::uint64_t address_bits = (std::uint64_t(1) << 48) - 1;
+    static constexpr std::uint64_t tag_bits = ~address_bits;
+    static std::uint64_t tag_of(std::size_t hash) { return static_cast<std::uint64_t>(hash) << 48; }
+    static entry entry_of(bdd_node* node, std::size_t hash);
+    static std::size_t hash_of(const bdd_node* n) {
+        return hash_of(n->id, n->else_link_type, n->then_node, n->else_node);
+    }
     static std::size_t hash_of(long id, int else_link_type, bdd_node* then_node,
                                bdd_node* else_node) {
         std::uint64_t h = static_cast<std::uint64_t>(id) * 0x9E3779B97F4A7C15ull;
@@ -253,6 +265,7 @@ private:
     }
     std::size_t home(std::size_t hash) const { return hash >> shift; }
     void grow();
+    void reenter(const entry* from, std::size_t n);
     entry* slots;
     std::size_t capacity; // a power of two, at most three quarters full
     std::size_t count;
@@ -302,6 +315,30 @@ private:
     T filler = T();
 };
 
+// The variables' creation names: id k holds the k-th name entered, for
+// good. The names lie end to end in one buffer and the look-up table holds
+// ids only, so a name costs its characters and a few words.
+class creation_names {
+public:
+    // The id of the name, or -1.
+    long find(const std::string& name) const;
+    // The id of the name, entering it under the next id when it is new
+    // (second: whether it was entered).
+    std::pair<long, bool> try_emplace(const std::string& name);
+    long size() const { return static_cast<long>(ends.size()); }
+
+private:
+    std::string_view text_of(std::size_t id) const {
+        std::size_t begin = id == 0 ? 0 : ends[id - 1];
+        return std::string_view(chars.data() + begin, ends[id] - begin);
+    }
+    std::size_t slot_of(const std::string& name, std::size_t& hash) const;
+    void grow();
+    std::vector<char> chars;
+    std::vector<std::size_t> ends;   // by id: end of its name in chars
+    std::vector<std::uint32_t> slots; // id + 1 by hash, 0 free; at most half full
+};
+
 class bddpp_manager {
 public:
     long variables_number;
@@ -313,7 +350,7 @@ public:
     variable_table<long> id_by_index;
     variable_table<bdd_node*> assoc;       // see Bdd_assoc_bdd_to_var
     bdd_unique_table* map;
-    std::unordered_map<std::string, long> id_by_name; // creation names; renaming leaves it
+    creation_names id_by_name; // renaming leaves it
     long gc_calls;
     bdd_node* one; // the terminal, outside the unique table
 

@@ -88,22 +88,65 @@ bddpp_manager::~bddpp_manager() {
 
 const char* bddpp_manager::Bdd_version() { return ::Bdd_version(); }
 
+// ------------------------------------------------------------ creation names
+
+std::size_t creation_names::slot_of(const std::string& name, std::size_t& hash) const {
+    hash = std::hash<std::string_view>()(name);
+    const std::size_t mask = slots.size() - 1;
+    std::size_t i = hash & mask;
+    while (slots[i] != 0 && text_of(slots[i] - 1) != name) i = (i + 1) & mask;
+    return i;
+}
+
+long creation_names::find(const std::string& name) const {
+    if (slots.empty()) return -1;
+    std::size_t hash;
+    std::uint32_t held = slots[slot_of(name, hash)];
+    return held == 0 ? -1 : static_cast<long>(held) - 1;
+}
+
+std::pair<long, bool> creation_names::try_emplace(const std::string& name) {
+    if (2 * (ends.size() + 1) > slots.size()) grow();
+    std::size_t hash;
+    std::size_t i = slot_of(name, hash);
+    if (slots[i] != 0) return {static_cast<long>(slots[i]) - 1, false};
+    if (ends.size() >= UINT32_MAX - 1) {
+        std::cerr << "too many decision diagram variables" << std::endl;
+        std::exit(1);
+    }
+    chars.insert(chars.end(), name.begin(), name.end());
+    ends.push_back(chars.size());
+    slots[i] = static_cast<std::uint32_t>(ends.size());
+    return {static_cast<long>(ends.size()) - 1, true};
+}
+
+void creation_names::grow() {
+    std::size_t capacity = slots.empty() ? 64 : 2 * slots.size();
+    slots.assign(capacity, 0);
+    const std::size_t mask = capacity - 1;
+    for (std::size_t id = 0; id < ends.size(); ++id) {
+        std::size_t i = std::hash<std::string_view>()(text_of(id)) & mask;
+        while (slots[i] != 0) i = (i + 1) & mask;
+        slots[i] = static_cast<std::uint32_t>(id + 1);
+    }
+}
+
 // ------------------------------------------------------------------ variables
 
 // The tables double before the name is looked up, even for a known name.
 bdd_node* bddpp_manager::new_variable(const std::string& name, long index, bool last) {
     if (variables_number >= variables_capacity) make_tables(variables_capacity * 2);
-    auto entry = id_by_name.try_emplace(name, variables_number);
-    if (!entry.second) return node_by_id[entry.first->second];
+    auto entry = id_by_name.try_emplace(name);
+    if (!entry.second) return node_by_id[entry.first];
     return add_variable(name, index, last);
 }
 
 // Index_var_by_name, then New_node_var_last when the name is unknown, with
 // a single look-up of the name.
 long bddpp_manager::Index_var_or_new_last(const std::string& name, bool& created) {
-    auto entry = id_by_name.try_emplace(name, variables_number);
+    auto entry = id_by_name.try_emplace(name);
     created = entry.second;
-    if (!created) return index_by_id[entry.first->second];
+    if (!created) return index_by_id[entry.first];
     if (variables_number >= variables_capacity) make_tables(variables_capacity * 2);
     return Node_index(add_variable(name, variables_number, true));
 }
@@ -201,19 +244,18 @@ bdd bddpp_manager::Bdd_var_by_index(long index) {
 }
 
 bdd bddpp_manager::Bdd_var_by_name(const std::string& name) {
-    auto it = id_by_name.find(name);
-    if (it == id_by_name.end()) return Bdd_zero();
-    return Bdd_var_by_id(it->second);
+    long id = id_by_name.find(name);
+    if (id < 0) return Bdd_zero();
+    return Bdd_var_by_id(id);
 }
 
 long bddpp_manager::Id_var_by_name(const std::string& name) const {
-    auto it = id_by_name.find(name);
-    return it == id_by_name.end() ? -1 : it->second;
+    return id_by_name.find(name);
 }
 
 long bddpp_manager::Index_var_by_name(const std::string& name) const {
-    auto it = id_by_name.find(name);
-    return it == id_by_name.end() ? -1 : index_by_id[it->second];
+    long id = id_by_name.find(name);
+    return id < 0 ? -1 : index_by_id[id];
 }
 
 // The name look-ups check nothing; out of the table they answer an empty
@@ -320,10 +362,8 @@ long bddpp_manager::lowest_id_named(const std::string& name) {
         // The creation holder counts if it still bears the name; a renamed
         // holder of the name is in the index.
         long best = -1;
-        auto created = id_by_name.find(name);
-        if (created != id_by_name.end() && created->second < variables_number &&
-            var_names[created->second] == name)
-            best = created->second;
+        long created = id_by_name.find(name);
+        if (created >= 0 && created < variables_number && var_names[created] == name) best = created;
         if (!ids_by_current_name.empty()) {
             auto renamed = ids_by_current_name.find(name);
             if (renamed != ids_by_current_name.end() && renamed->second.lowest < variables_number &&

@@ -297,13 +297,21 @@ bdd_node* bdd_unique_table::find(long id, int else_link_type, bdd_node* then_nod
     return find(id, else_link_type, then_node, else_node, h);
 }
 
+bdd_unique_table::entry bdd_unique_table::entry_of(bdd_node* node, std::size_t hash) {
+    const std::uint64_t address = reinterpret_cast<std::uintptr_t>(node);
+    if (address & tag_bits) {
+        std::cerr << "decision node above the 48-bit address space" << std::endl;
+        std::exit(1);
+    }
+    return entry{address | tag_of(hash)};
+}
+
 void bdd_unique_table::insert_absent(bdd_node* node, std::size_t hash) {
     if (4 * (count + 1) > 3 * capacity) grow();
     const std::size_t mask = capacity - 1;
     std::size_t i = home(hash);
-    while (slots[i].node) i = (i + 1) & mask;
-    slots[i].hash = hash;
-    slots[i].node = node;
+    while (slots[i].bits) i = (i + 1) & mask;
+    slots[i] = entry_of(node, hash);
     ++count;
 }
 
@@ -320,23 +328,23 @@ bool bdd_unique_table::insert(bdd_node* node) {
 // Linear probing without tombstones: after a removal, later entries of the
 // run move back into the hole when their home allows it.
 bool bdd_unique_table::erase(bdd_node* node) {
-    std::size_t hash = hash_of(node->id, node->else_link_type, node->then_node,
-                               node->else_node);
+    std::size_t hash = hash_of(node);
     const std::size_t mask = capacity - 1;
+    const std::uint64_t tag = tag_of(hash);
     std::size_t i = home(hash);
     for (;; i = (i + 1) & mask) {
-        const entry& e = slots[i];
-        if (!e.node) return false;
-        if (e.hash == hash) {
-            bdd_node* n = e.node;
+        const entry e = slots[i];
+        if (!e.bits) return false;
+        if ((e.bits & tag_bits) == tag) {
+            bdd_node* n = e.node();
             if (n->then_node == node->then_node && n->else_node == node->else_node &&
                 n->id == node->id && n->else_link_type == node->else_link_type)
                 break;
         }
     }
     std::size_t hole = i;
-    for (std::size_t j = (hole + 1) & mask; slots[j].node; j = (j + 1) & mask) {
-        std::size_t k = home(slots[j].hash);
+    for (std::size_t j = (hole + 1) & mask; slots[j].bits; j = (j + 1) & mask) {
+        std::size_t k = home(hash_of(slots[j].node()));
         // The entry at j may fill the hole unless its home lies after the
         // hole, cyclically, up to j.
         bool stays = hole <= j ? (hole < k && k <= j) : (hole < k || k <= j);
@@ -344,8 +352,7 @@ bool bdd_unique_table::erase(bdd_node* node) {
         slots[hole] = slots[j];
         hole = j;
     }
-    slots[hole].node = nullptr;
-    slots[hole].hash = 0;
+    slots[hole].bits = 0;
     --count;
     count_removals(1);
     return true;
@@ -359,17 +366,33 @@ void bdd_unique_table::count_removals(std::size_t k) {
     if (before + k > 0x3FFFFFFFu) for_each([](bdd_node* n) { n->rebuilt = 0; });
 }
 
-// The survivors are entered again from their hashes, without reading a
-// node; where they land may differ from where erasing one by one would
-// leave them, which nothing reads (walks that are behaviour sort).
+// Enters again, in order, the entries of `from` that are not free; the
+// nodes, whose keys give the homes, are fetched a few entries ahead.
+void bdd_unique_table::reenter(const entry* from, std::size_t n) {
+    const std::size_t mask = capacity - 1;
+    constexpr std::size_t ahead = 16;
+    for (std::size_t k = 0; k < n && k < ahead; ++k)
+        if (from[k].bits) __builtin_prefetch(from[k].node());
+    for (std::size_t k = 0; k < n; ++k) {
+        if (k + ahead < n && from[k + ahead].bits) __builtin_prefetch(from[k + ahead].node());
+        if (!from[k].bits) continue;
+        std::size_t i = home(hash_of(from[k].node()));
+        while (slots[i].bits) i = (i + 1) & mask;
+        slots[i] = from[k];
+    }
+}
+
+// The survivors are entered again; where they land may differ from where
+// erasing one by one would leave them, which nothing reads (walks that
+// are behaviour sort).
 std::size_t bdd_unique_table::sweep_marked(int marked, int swept) {
     std::vector<entry> kept;
     kept.reserve(count);
     std::size_t removed = 0;
     for (std::size_t i = 0; i < capacity; ++i) {
-        bdd_node* n = slots[i].node;
-        if (!n) continue;
-        if (n->mark == marked) {
+        if (!slots[i].bits) continue;
+        bdd_node* n = slots[i].node();
+        if (n->mark == static_cast<unsigned>(marked)) {
             n->mark = swept;
             ++removed;
         } else {
@@ -378,12 +401,7 @@ std::size_t bdd_unique_table::sweep_marked(int marked, int swept) {
     }
     if (removed == 0) return 0;
     std::memset(static_cast<void*>(slots), 0, capacity * sizeof(entry));
-    const std::size_t mask = capacity - 1;
-    for (const entry& e : kept) {
-        std::size_t i = home(e.hash);
-        while (slots[i].node) i = (i + 1) & mask;
-        slots[i] = e;
-    }
+    reenter(kept.data(), kept.size());
     count = kept.size();
     count_removals(removed);
     return removed;
@@ -395,13 +413,7 @@ void bdd_unique_table::grow() {
     capacity *= 2;
     shift--;
     slots = static_cast<entry*>(bdd_block_alloc(capacity * sizeof(entry)));
-    const std::size_t mask = capacity - 1;
-    for (std::size_t o = 0; o < old_capacity; ++o) {
-        if (!old[o].node) continue;
-        std::size_t i = home(old[o].hash);
-        while (slots[i].node) i = (i + 1) & mask;
-        slots[i] = old[o];
-    }
+    reenter(old, old_capacity);
     give_block_to_nodes(old);
 }
 
