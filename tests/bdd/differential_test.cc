@@ -1,18 +1,19 @@
 // The production path of the operators against the plain recursion: the
 // same random programs run in two managers must make the same nodes, in
 // the same order, with the same links and counts; every function must have
-// the truth table that the program asked for; and substitutions chained as
-// the local elimination chains them must rebuild what is missing.
+// the truth table that the program asked for.
 
 #include <gtest/gtest.h>
 
 #include <bitset>
 #include <functional>
+#include <list>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "bdd/bddpp.h"
+#include "support/index_set.h"
 #include "tests/bdd/bdd_test_util.h"
 
 namespace {
@@ -30,7 +31,13 @@ table variable_table(long id) {
 table table_of(bddpp_manager& m, const bdd& f) {
     table t;
     std::vector<bool> by_index(m.variables_number);
+    // Only the bits of the variables there are change the value.
+    const std::size_t mask = (std::size_t(1) << m.variables_number) - 1;
     for (std::size_t k = 0; k < t.size(); ++k) {
+        if (k > mask) {
+            t[k] = t[k & mask];
+            continue;
+        }
         for (long id = 0; id < m.variables_number; ++id)
             by_index[m.index_by_id[id]] = (k >> id) & 1;
         t[k] = eval_bdd(m, f, by_index);
@@ -155,13 +162,23 @@ struct twin_run {
             t = connectives[which].truth(truth[i], truth[j], truth[k]);
         } else if (which == 7) {
             // Substitution walks paths; the production path remembers
-            // shared positions.
+            // shared positions. By a function, a literal of either sign or
+            // a constant, as the local elimination substitutes.
+            unsigned kind = rng() % 4;
+            long w = pick_index();
+            auto definition = [&](bddpp_manager& m, const std::vector<bdd>& b) {
+                bdd literal = m.Bdd_var_by_index(w);
+                return kind == 0 ? b[j] : kind == 1 ? (link == 1 ? literal : m.Bdd_not(literal))
+                                                    : (link == 1 ? m.Bdd_one() : m.Bdd_zero());
+            };
             both([&](bddpp_manager& m, const std::vector<bdd>& b) {
-                return m.Bdd_compose(b[i], m.Bdd_var_by_index(index), b[j]);
+                return m.Bdd_compose(b[i], m.Bdd_var_by_index(index), definition(m, b));
             });
+            table g = kind == 0 ? truth[j] : kind == 1 ? variable_table(plain.id_by_index[w]) : table().set();
+            if (kind != 0 && link == -1) g = ~g;
             std::size_t bit = std::size_t(1) << plain.id_by_index[index];
             for (std::size_t a = 0; a < t.size(); ++a)
-                t[a] = truth[i][truth[j][a] ? (a | bit) : (a & ~bit)];
+                t[a] = truth[i][g[a] ? (a | bit) : (a & ~bit)];
         } else {
             both([&](bddpp_manager& m, const std::vector<bdd>& b) { return m.Bdd_ite(link, index, b[j], b[k]); });
             if (link == -1) v = ~v;
@@ -193,6 +210,12 @@ TEST(BddDifferential, FastPathMakesTheNodesOfThePlainRecursion) {
                 run.add_variable();
             } else if (event == 1) {
                 run.collect();
+            } else if (event == 2) {
+                run.free_newest();
+            } else if (event == 3) { // supports asked, as the dependence tables do
+                std::size_t n = run.pick();
+                run.p[n].node()->depends();
+                run.f[n].node()->depends();
             } else {
                 run.step();
             }
@@ -204,23 +227,211 @@ TEST(BddDifferential, FastPathMakesTheNodesOfThePlainRecursion) {
             ASSERT_EQ(table_of(run.fast, run.f[n]), run.truth[n]) << "function " << n;
             ASSERT_TRUE(run.fast.Bdd_is_correct(run.f[n]));
         }
+        // Without handles a collection leaves the variables only.
+        run.p.clear();
+        run.f.clear();
+        for (bddpp_manager* m : {&run.plain, &run.fast}) {
+            m->Bdd_gc();
+            EXPECT_EQ(m->map->size(), static_cast<std::size_t>(m->variables_number)) << "a reference is left";
+        }
     }
 }
 
-// Equal functions are equal handles: the reduced form is canonical on
-// both paths, whatever the way a function was reached.
-TEST(BddDifferential, EqualTruthTablesGiveEqualHandles) {
-    twin_run run(99);
-    for (int v = 0; v < 6; ++v) run.add_variable();
-    for (int s = 0; s < 300; ++s) run.step();
-    for (std::size_t a = 0; a < run.f.size(); ++a)
-        for (std::size_t b = a + 1; b < run.f.size(); ++b) {
-            bool same = run.truth[a] == run.truth[b];
-            ASSERT_EQ(run.f[a] == run.f[b], same) << a << " " << b;
-            ASSERT_EQ(run.p[a] == run.p[b], same) << a << " " << b;
-            bool negated = run.truth[a] == ~run.truth[b];
-            ASSERT_EQ(run.f[a].node() == run.f[b].node(), same || negated);
+// f with the variable of id v fixed to `value`.
+table cofactor(const table& t, long id, bool value) {
+    table r;
+    std::size_t bit = std::size_t(1) << id;
+    for (std::size_t k = 0; k < r.size(); ++k) r[k] = t[value ? (k | bit) : (k & ~bit)];
+    return r;
+}
+
+// A cube: its points are exactly those between the meet and the join of
+// its points.
+bool is_cube(const table& t) {
+    std::size_t lo = t.size() - 1, hi = 0;
+    for (std::size_t k = 0; k < t.size(); ++k)
+        if (t[k]) {
+            lo &= k;
+            hi |= k;
         }
+    for (std::size_t z = 0; z < t.size(); ++z)
+        if (((z & lo) == lo && (z | hi) == hi) != t[z]) return false;
+    return true;
+}
+
+// The tests on handles, node access, supports, quantifiers, restrictions,
+// renamings, truth tables, implicants and covers, transport into other
+// managers, and the comparisons, on
+// the functions of random programs over six variables, against their truth
+// tables, on both paths; and canonicity.
+TEST(BddDifferential, OperationsAgreeWithTruthTables) {
+    for (unsigned seed = 1; seed <= 12; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        twin_run run(seed);
+        for (int v = 0; v < 6; ++v) run.add_variable();
+        for (int s = 0; s < 60; ++s) run.step();
+        for (bool plain : {false, true}) {
+            bddpp_manager& m = plain ? run.plain : run.fast;
+            const std::vector<bdd>& fs = plain ? run.p : run.f;
+            const long vars = m.variables_number;
+            // Managers to carry the functions into: a copy, one of the
+            // reversed order by an index map, one by name that lacks them.
+            bddpp_manager copy(&m), reversed, named;
+            long reverse[6];
+            for (long j = 0; j < 6; ++j) {
+                reversed.New_var_last("r" + std::to_string(j));
+                reverse[j] = 5 - j;
+            }
+            // Equal functions are equal handles, whatever the way a
+            // function was reached: the reduced form is canonical.
+            for (std::size_t a = 0; a < fs.size(); ++a)
+                for (std::size_t b = a + 1; b < fs.size(); ++b) {
+                    ASSERT_EQ(fs[a] == fs[b], run.truth[a] == run.truth[b]) << a << " " << b;
+                    ASSERT_EQ(fs[a].node() == fs[b].node(), fs[a] == fs[b] || run.truth[a] == ~run.truth[b]);
+                }
+            for (std::size_t n = 0; n < fs.size(); ++n) {
+                SCOPED_TRACE("function " + std::to_string(n));
+                const bdd& f = fs[n];
+                const table& t = run.truth[n];
+                const table& u = run.truth[(n * 7 + seed) % fs.size()];
+                const bdd& g = fs[(n * 7 + seed) % fs.size()];
+                EXPECT_EQ(m.Bdd_is_one_tautologic(f), t.all());
+                EXPECT_EQ(m.Bdd_is_zero_tautologic(f), t.none());
+                EXPECT_EQ(m.Bdd_is_tautology(f), t.all() || t.none());
+                EXPECT_TRUE(m.Bdd_is_tautology(f, 1) == t.all() && m.Bdd_is_tautology(f, 0) == t.none());
+                EXPECT_EQ(m.Bdd_is_cube(f), is_cube(t));
+                bool var = false, negvar = false;
+                IndexSet support, support_ids, common;
+                std::vector<int> present(vars);
+                m.Present_variables(f, present.data());
+                for (long id = 0; id < vars; ++id) {
+                    var |= t == variable_table(id);
+                    negvar |= t == ~variable_table(id);
+                    if (cofactor(t, id, 0) != cofactor(t, id, 1)) {
+                        support.insert(m.index_by_id[id]);
+                        support_ids.insert(id);
+                        if (cofactor(u, id, 0) != cofactor(u, id, 1)) common.insert(id);
+                    }
+                }
+                EXPECT_EQ(m.Bdd_is_var(f), var);
+                EXPECT_EQ(m.Bdd_is_negvar(f), negvar);
+                EXPECT_EQ(m.set_of_index_depend_on(f), support);
+                EXPECT_EQ(m.set_of_id_depend_on(f), support_ids);
+                for (long i = 0; i < vars; ++i) EXPECT_EQ(present[i], support.count(i)) << i;
+                EXPECT_EQ(m.exists_common_variables(f, g), !common.empty());
+                EXPECT_EQ(m.Bdd_equiv(f, g), t == u);
+                EXPECT_EQ(m.Bdd_imply(f, g), (t & ~u).none());
+                EXPECT_EQ(m.Bdds_excl(f, g), (t & u).none());
+                EXPECT_EQ(m.Bdds_exclude(f, g), (t & u).none());
+                if (!support.empty()) {
+                    long top = m.id_by_index[*support.begin()];
+                    EXPECT_EQ(m.Bdd_if(f), m.Bdd_var_by_index(*support.begin()));
+                    EXPECT_EQ(table_of(m, m.Bdd_then(f)), cofactor(t, top, 1));
+                    EXPECT_EQ(table_of(m, m.Bdd_else(f)), cofactor(t, top, 0));
+                }
+                long index = static_cast<long>((n + seed) % vars), id = m.id_by_index[index];
+                bdd x = m.Bdd_var_by_index(index), nx = m.Bdd_not(x);
+                table t0 = cofactor(t, id, 0), t1 = cofactor(t, id, 1);
+                EXPECT_EQ(m.Bdd_depends_on(f, x), t0 != t1);
+                EXPECT_EQ(m.Variable_awaited(f, index), t0 != t1);
+                EXPECT_EQ(m.Variable_true_awaited(f, index), t0 != t1 && t1.any());
+                EXPECT_EQ(m.Variable_false_awaited(f, index), t0 != t1 && t0.any());
+                EXPECT_EQ(table_of(m, m.Bdd_exist(f, x)), t0 | t1);
+                EXPECT_EQ(table_of(m, m.Bdd_exist(f, nx)), t0 | t1);
+                EXPECT_EQ(table_of(m, m.Bdd_forall(f, x)), t0 & t1);
+                EXPECT_EQ(table_of(m, m.Bdd_cube_reduce(f, x)), t1);
+                EXPECT_EQ(table_of(m, m.Bdd_cube_reduce(f, nx)), t0);
+
+                // Restriction by the cube x and not y, as a cube, as literals
+                // and as a care set; x and y fixed, the rest open.
+                long y_index = (index + 1) % vars, y = m.id_by_index[y_index];
+                bdd cube = m.Bdd_and(x, m.Bdd_not(m.Bdd_var_by_index(y_index)));
+                table fixed = cofactor(t1, y, 0);
+                std::vector<int> literals(vars, 2);
+                literals[index] = 1;
+                literals[y_index] = 0;
+                EXPECT_EQ(table_of(m, m.Bdd_reduce(f, cube)), fixed);
+                EXPECT_EQ(table_of(m, m.Bdd_eval(f, literals.data())), fixed);
+                EXPECT_EQ(m.Bdd_eval_for_literal(f, literals.data()), fixed.all() ? 1 : fixed.none() ? 0 : 2);
+                bdd care = m.Bdd_or(x, m.Bdd_var_by_index(y_index));
+                EXPECT_EQ(table_of(m, care) & table_of(m, m.Bdd_reduce(f, care)) & ~t, table());
+                // Below index 2 everything counts as true; variable j takes
+                // the place of variable j + 1.
+                table kept = t;
+                for (long i = 2; i < vars; ++i)
+                    kept = cofactor(kept, m.id_by_index[i], 0) | cofactor(kept, m.id_by_index[i], 1);
+                EXPECT_EQ(table_of(m, m.Bdd_keep_first_variables(f, 2)), kept);
+                std::vector<long> map(vars);
+                table replaced;
+                for (long j = 0; j < vars; ++j) map[j] = (j + 1) % vars;
+                for (std::size_t k = 0; k < replaced.size(); ++k) {
+                    std::size_t p = 0;
+                    for (long j = 0; j < vars; ++j)
+                        p |= ((k >> m.id_by_index[map[j]]) & 1) << m.id_by_index[j];
+                    replaced[k] = t[p];
+                }
+                EXPECT_EQ(table_of(m, m.Bdd_replace_vars(f, map.data())), replaced);
+                bdd by_id[6];
+                for (long j = 0; j < 6; ++j) by_id[j] = m.Bdd_var_by_index(m.index_by_id[j]);
+                unsigned long id_of_f = (t & table(~0ULL)).to_ullong();
+                char chars[64];
+                m.Truth_table(f, 6, by_id, chars);
+                EXPECT_EQ(m.Id_function_by_bdd(f, 6, by_id), id_of_f);
+                EXPECT_EQ(m.Bdd_function_by_id(id_of_f, 6, by_id), f);
+                for (unsigned k = 0; k < 64; ++k) EXPECT_EQ(chars[k], t[k] ? '1' : '0');
+                bdd in_copy[6], in_reversed[6], in_named[6];
+                bdd g1 = bddpp_manager::Bdd_isomorphe(&copy, &m, f);
+                bdd g2 = bddpp_manager::Bdd_isomorphe(&reversed, &m, f, reverse);
+                bdd g3 = bddpp_manager::Bdd_isomorphe_by_name(&named, &m, f);
+                for (long j = 0; j < 6; ++j) {
+                    in_copy[j] = copy.Bdd_var_by_index(m.index_by_id[j]);
+                    in_reversed[j] = reversed.Bdd_var_by_index(5 - m.index_by_id[j]);
+                    in_named[j] = named.New_var_last(m.Name_var_by_id(j));
+                }
+                EXPECT_EQ(copy.Id_function_by_bdd(g1, 6, in_copy), id_of_f);
+                EXPECT_EQ(reversed.Id_function_by_bdd(g2, 6, in_reversed), id_of_f);
+                EXPECT_EQ(named.Id_function_by_bdd(g3, 6, in_named), id_of_f);
+
+                // Cubes and covers: inside f, and all of f where a cover.
+                if (t.any()) {
+                    for (const bdd& c : {m.Bdd_satisfy(f), m.Bdd_one_implicant(f)}) {
+                        EXPECT_TRUE(is_cube(table_of(m, c)) && table_of(m, c).any());
+                        EXPECT_TRUE((table_of(m, c) & ~t).none());
+                    }
+                }
+                std::list<bdd> primes;
+                m.Bdd_prime_implicants(f, primes);
+                table joined;
+                for (const bdd& p : primes) {
+                    table pt = table_of(m, p);
+                    joined |= pt;
+                    EXPECT_TRUE(is_cube(pt) && (pt & ~t).none());
+                    for (long i = 0; i < vars && t.any() && !t.all(); ++i) {
+                        bdd x = m.Bdd_var_by_index(i);
+                        EXPECT_TRUE(!m.Bdd_depends_on(p, x) || (table_of(m, m.Bdd_exist(p, x)) & ~t).any()) << "prime grows";
+                    }
+                    for (const bdd& q : primes)
+                        EXPECT_TRUE(&p == &q || (pt & ~table_of(m, q)).any()) << "one prime implies another";
+                }
+                EXPECT_EQ(joined, t);
+                for (int level = 0; level <= 3; ++level) {
+                    std::list<bdd> cover;
+                    m.Bdd_sop(f, cover, level);
+                    table covered;
+                    for (const bdd& c : cover) {
+                        EXPECT_TRUE(is_cube(table_of(m, c)));
+                        covered |= table_of(m, c);
+                    }
+                    EXPECT_EQ(covered, t) << "level " << level;
+                }
+                // Simplification keeps f and stays apart from the care set.
+                bdd outside = m.Bdd_and(m.Bdd_not(f), care);
+                for (bdd r : {m.Bdd_simplify(f, outside), m.Bdd_simplify3(f, outside)})
+                    EXPECT_TRUE((t & ~table_of(m, r)).none() && (table_of(m, r) & table_of(m, outside)).none());
+                if (HasFailure()) return;
+            }
+        }
+    }
 }
 
 // A node put in the table by hand in place of another of the same key is
@@ -254,75 +465,6 @@ TEST(BddDifferential, TableChangesOutsideTheOperatorsAreSeen) {
     first = bdd();
     delete displaced;
     delete twin;
-}
-
-// One reader substituted as the elimination does it: r = r[v := d].
-bdd substituted(bddpp_manager& m, const bdd& reader, long v_index, const bdd& definition) {
-    return m.Bdd_compose(reader, m.Bdd_var_by_index(v_index), definition);
-}
-
-TEST(ComposeFast, EliminationChainsMakeThePlainNodes) {
-    for (unsigned seed = 1; seed <= 40; ++seed) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
-        twin_run t(seed);
-        const int vars = 6 + static_cast<int>(seed % 6);
-        for (int v = 0; v < vars; ++v) {
-            std::string name = "v" + std::to_string(v);
-            t.both([&](bddpp_manager& m, const std::vector<bdd>&) { return m.New_var_last(name); });
-        }
-        for (int s = 0; s < 200; ++s) {
-            std::size_t i = t.pick(), j = t.pick();
-            long v = t.pick_index();
-            int link = t.rng() % 2 ? 1 : -1;
-            switch (t.rng() % 10) {
-                case 0: case 1: // a new reader
-                    t.both([&](bddpp_manager& m, const std::vector<bdd>& x) {
-                        return link == 1 ? m.Bdd_and(x[i], x[j]) : m.Bdd_xor(x[i], x[j]);
-                    });
-                    break;
-                case 2: case 3: // by a general definition
-                    t.replace(i, [&](bddpp_manager& m, const std::vector<bdd>& x) {
-                        return substituted(m, x[i], v, x[j]);
-                    });
-                    break;
-                case 4: { // by a literal, either sign
-                    long w = t.pick_index();
-                    t.replace(i, [&](bddpp_manager& m, const std::vector<bdd>& x) {
-                        bdd lit = m.Bdd_var_by_index(w);
-                        return substituted(m, x[i], v, link == 1 ? lit : m.Bdd_not(lit));
-                    });
-                    break;
-                }
-                case 5: // by a constant
-                    t.replace(i, [&](bddpp_manager& m, const std::vector<bdd>& x) {
-                        return substituted(m, x[i], v, link == 1 ? m.Bdd_one() : m.Bdd_zero());
-                    });
-                    break;
-                case 6: // the same substitution twice more, then on the negation
-                    for (int k = 0; k < 3; ++k)
-                        t.replace(i, [&](bddpp_manager& m, const std::vector<bdd>& x) {
-                            return substituted(m, k == 2 ? m.Bdd_not(x[i]) : x[i], v, x[j]);
-                        });
-                    break;
-                case 7: // supports asked, as the dependence tables do
-                    t.p[i].node()->depends();
-                    t.f[i].node()->depends();
-                    break;
-                case 8: // a collection frees the nodes that rebuilds left behind
-                    if (t.rng() % 4 == 0) {
-                        t.p[j] = t.plain.Bdd_one();
-                        t.f[j] = t.fast.Bdd_one();
-                        t.plain.Bdd_gc();
-                        t.fast.Bdd_gc();
-                    }
-                    break;
-                default: // the newest node leaves the table
-                    t.free_newest();
-            }
-            t.expect_same("after a step");
-            if (testing::Test::HasFatalFailure()) return;
-        }
-    }
 }
 
 }  // namespace

@@ -2,25 +2,17 @@
 // copy) and deep diagrams: no walk may keep a call frame per variable.
 
 #include "bdd/bddpp.h"
-#include "tests/bdd/bdd_test_util.h"
 
 #include <gtest/gtest.h>
 
 #include <pthread.h>
 
 #include <functional>
-#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
-
-// Value of f under an assignment of variable names.
-bool eval_by_name(bddpp_manager& m, const bdd& f, const std::map<std::string, bool>& values)
-{
-    return eval_bdd(m, f, [&](long i) { return values.at(m.Name_var_by_index(i)); });
-}
 
 // (a and c) or (b xor d) over the named variables of m.
 bdd sample(bddpp_manager& m)
@@ -30,22 +22,6 @@ bdd sample(bddpp_manager& m)
     bdd ac = m.Bdd_and(a, c);
     bdd bd = m.Bdd_xor(b, d);
     return m.Bdd_or(ac, bd);
-}
-
-bool sample_value(const std::map<std::string, bool>& v)
-{
-    return (v.at("a") && v.at("c")) || (v.at("b") != v.at("d"));
-}
-
-std::vector<std::map<std::string, bool>> all_points(const std::vector<std::string>& names)
-{
-    std::vector<std::map<std::string, bool>> points;
-    for (unsigned k = 0; k < (1u << names.size()); ++k) {
-        std::map<std::string, bool> p;
-        for (std::size_t i = 0; i < names.size(); ++i) p[names[i]] = (k >> i) & 1;
-        points.push_back(p);
-    }
-    return points;
 }
 
 // Runs body on a thread with a small stack, so that a walk recursing once
@@ -67,48 +43,28 @@ void on_small_stack(std::function<void()> body)
 
 } // namespace
 
-TEST(Isomorphe, IntoACopyByIndexMapAndByName)
+// The functions carried over are held to their truth tables by the
+// differential tests; here the structure and the order of creation.
+TEST(Isomorphe, SameNodesInACopyAndNewNamesInWalkOrder)
 {
     bddpp_manager src;
     for (const char* n : {"a", "b", "c", "d"}) src.New_var_last(n);
     bdd f = sample(src);
-    bdd nf = src.Bdd_not(f);
-    const auto points = all_points({"a", "b", "c", "d"});
-
     bddpp_manager copy(&src);
-    bdd g = bddpp_manager::Bdd_isomorphe(&copy, &src, nf);
+    bdd g = bddpp_manager::Bdd_isomorphe(&copy, &src, src.Bdd_not(f));
     EXPECT_EQ(g.manager_ref(), &copy);
-    for (const auto& p : points) EXPECT_EQ(eval_by_name(copy, g, p), !sample_value(p));
-    // Built bottom-up as the same structure: the direct build in the copy
-    // finds the very nodes.
-    EXPECT_EQ(sample(copy), copy.Bdd_not(g));
-
-    // Source index j lands on target index map[j]: the order is reversed.
-    bddpp_manager dst;
-    for (const char* n : {"w", "x", "y", "z"}) dst.New_var_last(n);
+    EXPECT_EQ(sample(copy), copy.Bdd_not(g)) << "the direct build finds the very nodes";
     long map[4] = {3, 2, 1, 0};
-    std::map<std::string, std::string> renamed = {{"a", "z"}, {"b", "y"}, {"c", "x"}, {"d", "w"}};
-    bdd_node* n = bddpp_manager::Bdd_isomorphe(&dst, &src, f.node(), map);
-    bdd by_handle = bddpp_manager::Bdd_isomorphe(&dst, &src, f, map);
-    EXPECT_EQ(by_handle, bdd(&dst, f.link_type(), n));
-    for (const auto& p : points) {
-        std::map<std::string, bool> q;
-        for (const auto& kv : p) q[renamed[kv.first]] = kv.second;
-        EXPECT_EQ(eval_by_name(dst, by_handle, q), sample_value(p));
-    }
-    EXPECT_EQ(bddpp_manager::Bdd_isomorphe(&dst, &src, src.Bdd_zero(), map), dst.Bdd_zero());
-    EXPECT_EQ(bddpp_manager::Bdd_isomorphe(&dst, &src, src.Bdd_one(), map), dst.Bdd_one());
+    EXPECT_EQ(bddpp_manager::Bdd_isomorphe(&copy, &src, src.Bdd_zero(), map), copy.Bdd_zero());
+    bdd_node* n = bddpp_manager::Bdd_isomorphe(&copy, &src, f.node(), map);
+    EXPECT_EQ(bddpp_manager::Bdd_isomorphe(&copy, &src, f, map), bdd(&copy, f.link_type(), n));
 
-    // By name, missing variables are made last in the order in which the
-    // walk first reaches them.
     bddpp_manager named;
     named.New_var_last("c");
-    bdd h = bddpp_manager::Bdd_isomorphe_by_name(&named, &src, f);
-    ASSERT_EQ(named.variables_number, 4);
+    bddpp_manager::Bdd_isomorphe_by_name(&named, &src, f);
     EXPECT_EQ((std::vector<std::string>{named.Name_var_by_index(0), named.Name_var_by_index(1),
                                         named.Name_var_by_index(2), named.Name_var_by_index(3)}),
               (std::vector<std::string>{"c", "a", "b", "d"}));
-    for (const auto& p : points) EXPECT_EQ(eval_by_name(named, h, p), sample_value(p));
 }
 
 // A conjunction of many variables is as deep as the order: none of the

@@ -5,10 +5,13 @@
 // that no longer describe the right member, declared readers of abstract
 // equations, exp_ids that disagree with the slots. Both sides must make the
 // same equations, the same BDD nodes in the same order, the same tables,
-// dates, texts and reports.
+// dates, texts and reports. And the eliminating passes against an
+// evaluator of the equations.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <list>
 #include <random>
 #include <sstream>
 #include <string>
@@ -16,6 +19,7 @@
 #include <vector>
 
 #include "context/compilation.h"
+#include "tests/bdd/bdd_test_util.h"
 #include "tests/wood/wood_builder.h"
 #include "wood/flat_graph.h"
 
@@ -162,6 +166,23 @@ void restrict_literal(Bddexpressionwood& w, const bdd& cube, std::list<int>& kee
             w.amont_table[v].erase(i);
     }
     w.constants_propagation_literal(keep);
+}
+
+// Values of every variable of an acyclic wood (equations read lower
+// indexes) where the free variables (inputs, abstract equations and
+// `forced`) take the bits of `inputs`.
+std::vector<bool> evaluate(WoodBuilder& b, unsigned long long inputs, long forced = -1)
+{
+    Bddexpressionwood& w = *b.wood;
+    std::vector<bool> value(w.nb_bdd_vars);
+    for (long i = 0; i < w.nb_bdd_vars; ++i) {
+        const Bddexpression* e = w.exp_table[i];
+        if (e == nullptr || e->abstraction != 0 || i == forced)
+            value[i] = (inputs >> (i % 64)) & 1;
+        else
+            value[i] = eval_bdd(*b.m(), e->bdd_exp, [&](long j) { return bool(value[j]); });
+    }
+    return value;
 }
 
 } // namespace
@@ -443,4 +464,95 @@ TEST(WholeWoodPasses, WireRedatingMatchesTheCriticalPathWalks)
         }
     }
     EXPECT_GT(redated, 200);
+}
+
+// The passes that take equations out (wires, constants, locals, restriction
+// by a literal, isolated equations) against an evaluator: on random acyclic
+// woods, every equation left has the value it had before under random
+// inputs (under the restriction's literal for the restriction), the tables
+// are those that a rebuild makes. What stays: unread equations; for the
+// wires, what an abstract equation reads or is of a kept type, constants
+// aside; for the constants, what is of a kept type. What goes: the
+// constants read, unless of a kept type, and the isolated equations not
+// listed; nobody reads a local asked for any more.
+TEST(WholeWoodPasses, PassesKeepTheValuesOfTheEvaluator)
+{
+    const std::list<int> keeps[] = {{}, {int(Compilation::SOUTPUT)}, {int(Compilation::SOUTPUT), int(Compilation::SREG)}};
+    long removed = 0;
+    for (unsigned seed = 1; seed <= 400; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        WoodBuilder b;
+        build_spoilt(b, seed, true, true);
+        Bddexpressionwood& w = *b.wood;
+        w.internal_global_build_dependances(); // drops the declared readers
+        const long n = w.nb_bdd_vars;
+        std::mt19937_64 rng(seed * 4049);
+        std::list<int> keep = keeps[seed % 3];
+        const int pass = seed % 5;
+        const long literal = long(rng() % n);
+        const bool positive = rng() % 2;
+        std::list<long> locals;
+        std::vector<bool> had(n), kept(n), listed(n), local(n), unread(n), read_constant(n), abstract_reader(n), isolated(n);
+        for (long i = 0; i < n; ++i) {
+            const Bddexpression* e = w.exp_table[i];
+            had[i] = e != nullptr;
+            unread[i] = had[i] && w.amont_table[i].empty();
+            read_constant[i] = had[i] && !unread[i] && e->abstraction == 0 && Bddexpressionwood::bdd_constant_value(e->bdd_exp) >= 0;
+            for (long r : w.amont_table[i])
+                abstract_reader[i] = abstract_reader[i] || (w.exp_table[r] != nullptr && w.exp_table[r]->abstraction != 0);
+            kept[i] = e != nullptr && std::find(keep.begin(), keep.end(), e->user_type) != keep.end();
+            isolated[i] = unread[i] && e->dependances.empty();
+            if ((listed[i] = rng() % 3 == 0)) {
+                locals.push_back(i);
+                local[i] = e != nullptr && e->abstraction == 0 && !w.amont_table[i].empty() && !e->dependances.empty();
+            }
+        }
+        std::vector<unsigned long long> inputs;
+        std::vector<std::vector<bool>> before;
+        for (int k = 0; k < 16; ++k) {
+            unsigned long long in = rng();
+            if (pass == 3)
+                in = positive ? in | (1ull << literal % 64) : in & ~(1ull << literal % 64);
+            inputs.push_back(in);
+            before.push_back(evaluate(b, in, pass == 3 ? literal : -1));
+        }
+        std::string err = stderr_of([&] {
+            if (pass == 0)
+                w.suppress_wires(keep);
+            else if (pass == 1)
+                w.constants_propagation(keep);
+            else if (pass == 2)
+                w.suppress_local(locals);
+            else if (pass == 4)
+                w.clean(locals); // kept if listed
+            else if (pass == 3)
+                w.reduce_expressions(positive ? b.m()->Bdd_var_by_index(literal)
+                                              : b.m()->Bdd_not(b.m()->Bdd_var_by_index(literal)),
+                                     keep);
+        });
+        EXPECT_EQ(err, "");
+        for (int k = 0; k < 16; ++k) {
+            std::vector<bool> after = evaluate(b, inputs[k]);
+            for (long i = 0; i < n; ++i)
+                if (w.exp_table[i] != nullptr && w.exp_table[i]->abstraction == 0 && i != literal)
+                    ASSERT_EQ(after[i], before[k][i]) << "pass " << pass << " variable " << i;
+        }
+        for (long i = 0; i < n; ++i) {
+            removed += had[i] && w.exp_table[i] == nullptr ? 1 : 0;
+            bool constant = true; // as far as the samples tell
+            for (int k = 1; k < 16; ++k) constant = constant && before[k][i] == before[0][i];
+            if (pass == 4)
+                EXPECT_EQ(w.exp_table[i] == nullptr, !had[i] || (isolated[i] && !listed[i])) << "clean " << i;
+            else if (had[i] && (unread[i] || (pass == 0 && !constant && (abstract_reader[i] || kept[i])) || (pass == 1 && kept[i])))
+                EXPECT_NE(w.exp_table[i], nullptr) << "pass " << pass << " took " << i;
+            if ((pass == 0 || (pass == 1 && !kept[i])) && read_constant[i])
+                EXPECT_EQ(w.exp_table[i], nullptr) << "pass " << pass << " left the read constant " << i;
+            if (pass == 2 && local[i] && w.exp_table[i] != nullptr)
+                EXPECT_TRUE(w.amont_table[i].empty()) << "local left read " << i;
+        }
+        std::string state = tables_state(b);
+        w.internal_global_build_dependances();
+        ASSERT_EQ(state, tables_state(b));
+    }
+    EXPECT_GT(removed, 1000);
 }
