@@ -101,17 +101,6 @@ TEST(ReaderModule, RegisterLinesFindAnySignalReadSoFar)
     EXPECT_EQ(warned.errors, "Warning: Boolean value expected to initialize register value\n");
 }
 
-TEST(ReaderModule, RegisterOfAnUndeclaredSignalLeavesANull)
-{
-    read_result r = read_zkc("module: m 0 0 local: n ; register: n x 0; n n 0; connexion: S R T; "
-                             "equation_def: 0 expressions: end:");
-    ASSERT_EQ(r.status, 0);
-    EXPECT_EQ(r.errors, "register x not defined as local ...\n");
-    ASSERT_EQ(r.module->getRegisterList()->size(), 2u);
-    EXPECT_EQ(r.module->getRegisterList()->front(), nullptr);
-    EXPECT_NE(r.module->getRegisterList()->back(), nullptr);
-}
-
 TEST(ReaderModule, SuffixGoesToInternalNamesOnly)
 {
     for (const std::string suffix : {"", "_2"}) {
