@@ -156,6 +156,13 @@ TEST(ReactionEngine, PureModulesRunStraightAndValuedOnesStopForTheirData)
     EXPECT_EQ(asked.back(), "MC,add_sat,0,30,100,");
     v.react({true}, {"5"});
     EXPECT_EQ(asked.back(), "MC,add_sat,7,5,100,");
+    // An absent total holds its type's zero, which sum does not define: the
+    // sum is unknown from then on, and nothing is asked on it.
+    std::size_t before = asked.size();
+    v.react({false}, {""});
+    v.react({true}, {"5"});
+    EXPECT_EQ(v.value_of(v.outputs()[0]), "--");
+    EXPECT_EQ(asked.size(), before);
 }
 
 } // namespace
