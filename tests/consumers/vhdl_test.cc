@@ -311,7 +311,7 @@ TEST(VhdlConsumer, AMemorisedLocalIsUndeclaredAndAPresenceNeverLoaded)
         for (int step = 1; step < steps; ++step)
             late[step] = t[step - 1][0];
         EXPECT_EQ(r.c["q"], late);
-        // bit starts at '0'; std_logic at 'U', printed X.
+        // bit starts at '0'; std_logic at 'U', printed -1.
         EXPECT_EQ(r.vhdl["q"], std::vector<int>(steps, altera ? -1 : 0));
     }
 }
