@@ -48,7 +48,7 @@ void for_each_literal(const bddpp_manager& m, int link, bdd_node* cube, Set set)
 
 bool bddpp_manager::Bdd_node_depends_on(bdd_node* f, bdd_node* v)
 {
-    if (f == nullptr || v == nullptr || f->manager != this || v->manager != this) {
+    if (f == nullptr || v == nullptr || f->manager_slot != registry_slot || v->manager_slot != registry_slot) {
         std::cerr << "Error in bddpp_manager::Bdd_node_depends_on():  bad Bdd manager or bdd(s) not initialized!"
                   << std::endl;
         return false;
@@ -481,7 +481,7 @@ int bddpp_manager::Bdd_eval_for_literal(const bdd& f, int* literals)
     auto leaf = [&](Linked& x, int& r) {
         for (;;) {
             bdd_node* n = x.node;
-            long index = n == nullptr || n->manager == nullptr ? -3 : Node_index(n);
+            long index = n == nullptr || !n->manager_slot ? -3 : Node_index(n);
             if (index == -1) {
                 r = x.link == 1 ? 1 : 0;
                 return true;

@@ -114,7 +114,7 @@ bdd bddpp_manager::compose_remembering(const bdd& f, long v_index, const bdd& g)
     };
     const long* index_of = index_by_id.data();
     auto at_or_below = [&](const bdd_node* n, long index) {
-        return n == one || (n && n->manager == this && n->id >= 0 && n->id < variables_number &&
+        return n == one || (n && n->manager_slot == registry_slot && n->id >= 0 && n->id < variables_number &&
                             index_of[n->id] > index);
     };
     const long v_id = v_index >= 0 && v_index < variables_number ? id_by_index[v_index] : -1;
@@ -123,7 +123,7 @@ bdd bddpp_manager::compose_remembering(const bdd& f, long v_index, const bdd& g)
         std::uint32_t r = x.node->rebuilt;
         if ((r & ~3u) != stamp || !(r & link_bit(x.link))) return false;
         if (index > v_index) return true;
-        const std::vector<long>* support = x.node->depends_ids;
+        const std::vector<long>* support = known_depends(x.node);
         return support && !std::binary_search(support->begin(), support->end(), v_id);
     };
     // Whether rebuilding the position gives it back and makes nothing, as
@@ -145,7 +145,7 @@ bdd bddpp_manager::compose_remembering(const bdd& f, long v_index, const bdd& g)
     // The substituted function when it is a node of this manager, and its
     // variable's index when it is a literal.
     bdd_node* const g_node =
-        g.node() && g.node() != one && g.node()->manager == this && g.link_type() != 0 ? g.node() : nullptr;
+        g.node() && g.node() != one && g.node()->manager_slot == registry_slot && g.link_type() != 0 ? g.node() : nullptr;
     long g_literal = -1;
     if (g_node && g_node->then_node == one && g_node->else_node == one && g_node->else_link_type == -1 &&
         g_node->id >= 0 && g_node->id < variables_number && node_by_id[g_node->id] == g_node)

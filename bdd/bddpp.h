@@ -17,6 +17,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <iosfwd>
 #include <list>
 #include <map>
@@ -50,21 +51,26 @@ long bdd_node_signature(long id, int else_link_type, bdd_node* then_node,
 class bdd_node {
 public:
     // What the unique table and the operators read comes first; the whole
-    // node is 64 bytes, one cache line in the pool's blocks.
+    // node is 48 bytes: the manager is a 16-bit slot of the managers'
+    // registry and the cone's variables, once asked, live in the manager.
     bdd_node* then_node;
     bdd_node* else_node;
+    long global_id;      // serial number in the manager, never reused
     int id;              // decision variable; -1 terminal, -3 default-built
-    int else_link_type;  // 1 normal, -1 inverse
     int references;      // handles and parent nodes that point here
     // Links (bit 0 normal, bit 1 inverse) at which rebuilding the cone
     // node by node is known to give this very node and make none, above
     // the unique table's removal count; see compose_remembering.
     std::uint32_t rebuilt = 0;
-    long global_id;      // serial number in the manager, never reused
-    bddpp_manager* manager;
     int incremental_id;  // scratch number of Bdd_incremental_id walks
-    int mark;            // scratch visit flag (0 or 1) of the marking walks
-    mutable std::vector<long>* depends_ids = nullptr; // depends(), once asked; owned
+    // 1 + the place of depends() in the manager's store; 0 until asked.
+    mutable std::uint32_t depends_place = 0;
+    int else_link_type : 8;   // 1 normal, -1 inverse
+    unsigned mark : 8;        // scratch visit flag (0 or 1) of the marking walks
+    unsigned manager_slot : 16; // 0: no manager
+
+    // The manager that made the node; null for a default-built one.
+    bddpp_manager* manager() const;
 
     // bdd_node_signature of the node's key: the children never change, so
     // it is worked out when asked.
@@ -106,12 +112,13 @@ private:
     friend class bddpp_manager;
     friend class bdd_unique_table;
     struct not_integrated {};
+    static unsigned slot_of(const bddpp_manager* m);
     // Leaves the entry in the unique table to the caller; the children are
     // real nodes of the manager.
     bdd_node(bddpp_manager* m, long id_, int else_link, bdd_node* then_n, bdd_node* else_n,
              long gid, not_integrated)
-        : then_node(then_n), else_node(else_n), id(static_cast<int>(id_)), else_link_type(else_link),
-          references(0), global_id(gid), manager(m), incremental_id(0), mark(0) {
+        : then_node(then_n), else_node(else_n), global_id(gid), id(static_cast<int>(id_)),
+          references(0), incremental_id(0), else_link_type(else_link), mark(0), manager_slot(slot_of(m)) {
         // A child with a negative global_id ends the process here, as its
         // signature would.
         if (then_n->global_id < 0 || else_n->global_id < 0) bdd_node_signature(id, else_link, then_n, else_n);
@@ -359,7 +366,7 @@ public:
     // Index of a node: -3 without node or manager, the id itself when it is
     // negative (-1 for the terminal), else index_by_id[id].
     long Node_index(const bdd_node* node) const {
-        if (!node || !node->manager) return -3;
+        if (!node || !node->manager_slot) return -3;
         if (node->id < 0) return node->id;
         if (node->id >= variables_number) return -3;
         return index_by_id[node->id];
@@ -715,7 +722,22 @@ private:
     computed_entry* computed = nullptr;
     std::size_t computed_size = 0;
     std::size_t computed_used = 0;
+
+    // The managers alive, by the slot their nodes hold; slot 0 is none.
+    static bddpp_manager* registry[1 << 16];
+    unsigned registry_slot = 0;
+    void enter_registry();
+    // The nodes' depends() sets, by bdd_node::depends_place - 1; a freed
+    // node's place is reused.
+    std::deque<std::vector<long>> depends_store;
+    std::vector<std::uint32_t> depends_free;
+    const std::vector<long>* known_depends(const bdd_node* n) const {
+        return n->depends_place ? &depends_store[n->depends_place - 1] : nullptr;
+    }
 };
+
+inline unsigned bdd_node::slot_of(const bddpp_manager* m) { return m ? m->registry_slot : 0; }
+inline bddpp_manager* bdd_node::manager() const { return bddpp_manager::registry[manager_slot]; }
 
 // Ternary decision tree of a function: then, else and don't-care (the
 // conjunction of both cofactors) below each variable. Owns its children.

@@ -23,9 +23,25 @@ void bddpp_manager::make_tables(long capacity) {
     assoc.resize(capacity);
 }
 
+bddpp_manager* bddpp_manager::registry[1 << 16];
+
+// The lowest free slot; all of them taken ends the process.
+void bddpp_manager::enter_registry() {
+    for (unsigned slot = 1; slot < (1u << 16); ++slot) {
+        if (!registry[slot]) {
+            registry[slot] = this;
+            registry_slot = slot;
+            return;
+        }
+    }
+    std::cerr << "too many decision diagram managers at once (65535)" << std::endl;
+    std::exit(1);
+}
+
 bddpp_manager::bddpp_manager()
     : variables_number(0), variables_capacity(0), next_global_id(2), map(nullptr),
       gc_calls(0), one(nullptr) {
+    enter_registry();
     make_tables(16);
     map = new bdd_unique_table;
     one = new bdd_node(this, -1, 1, nullptr, nullptr, 1);
@@ -38,6 +54,7 @@ bddpp_manager::bddpp_manager(bddpp_manager* source)
       var_names(source->var_names), index_by_id(source->index_by_id),
       id_by_index(source->id_by_index), map(nullptr), id_by_name(source->id_by_name),
       gc_calls(0), one(nullptr) {
+    enter_registry();
     node_by_id.assign(variables_capacity, nullptr);
     assoc.assign(variables_capacity, nullptr);
     // The renamed variables' index goes with the names; a full index is
@@ -66,6 +83,7 @@ bddpp_manager::~bddpp_manager() {
         delete map;
     }
     delete one;
+    registry[registry_slot] = nullptr;
 }
 
 const char* bddpp_manager::Bdd_version() { return ::Bdd_version(); }
@@ -509,7 +527,7 @@ void bddpp_manager::collect_in_one_sweep(std::vector<bdd_node*>& work, Collectab
 
 void bddpp_manager::Bdd_clear_marks(bdd_node* node) {
     if (!node) return;
-    if (!node->manager) {
+    if (!node->manager_slot) {
         node->mark = 0;
         return;
     }

@@ -156,7 +156,7 @@ bdd_node* bddpp_manager::fast_join(long index, int then_link, bdd_node* then_nod
     }
     const long* index_of = index_by_id.data();
     auto below = [&](const bdd_node* child) {
-        return child == one || (child && child->manager && child->id >= 0 &&
+        return child == one || (child && child->manager_slot && child->id >= 0 &&
                                 child->id < variables_number && index_of[child->id] > index);
     };
     if ((then_node == one && else_node == one) || index < 0 || index >= variables_number ||
@@ -343,7 +343,7 @@ bdd_node* bddpp_manager::apply(bool is_or, int link_x, bdd_node* x, int link_y,
             long index = f.ix < f.iy ? f.ix : f.iy;
             int result_link;
             bdd_node* result = fast_join(index, f.then_link, f.then_node, rl, rn, result_link);
-            if (result != one && !(result && result->manager && result->id >= 0 &&
+            if (result != one && !(result && result->manager_slot && result->id >= 0 &&
                                    result->id < variables_number &&
                                    index_of[result->id] >= index))
                 self_check(is_or, f.link_x * sign, f.x, f.ix, f.link_y * sign, f.y, f.iy,
@@ -438,7 +438,7 @@ bool bddpp_manager::ite_above_branches(long index, const bdd& g, const bdd& h, b
     auto strictly_below = [&](const bdd& x) {
         const bdd_node* n = x.node();
         return x.manager_ref() == this &&
-               (n == one || (n && n->manager == this && n->id >= 0 && n->id < variables_number &&
+               (n == one || (n && n->manager_slot == registry_slot && n->id >= 0 && n->id < variables_number &&
                              index_by_id[n->id] > index));
     };
     if (!strictly_below(g) || !strictly_below(h)) return false;

@@ -105,8 +105,8 @@ void bdd_block_free(void* block) {
 
 // ----------------------------------------------------------------- node pool
 
-// Millions of nodes: each one cache line of the pool's aligned blocks.
-static_assert(sizeof(bdd_node) == 64, "bdd_node is one cache line");
+// Millions of nodes, packed in the pool's blocks.
+static_assert(sizeof(bdd_node) == 48, "bdd_node is 48 bytes");
 
 namespace {
 
@@ -183,16 +183,16 @@ void bdd_node::operator delete(void* p) noexcept {
 // ---------------------------------------------------------------------- nodes
 
 bdd_node::bdd_node()
-    : then_node(nullptr), else_node(nullptr), id(-3), else_link_type(1), references(0),
-      global_id(0), manager(nullptr), incremental_id(0), mark(0) {}
+    : then_node(nullptr), else_node(nullptr), global_id(0), id(-3), references(0),
+      incremental_id(0), else_link_type(1), mark(0), manager_slot(0) {}
 
 bdd_node::bdd_node(bddpp_manager* m, long id_, int else_link, bdd_node* then_n,
                    bdd_node* else_n, long gid)
-    : then_node(then_n), else_node(else_n), id(static_cast<int>(id_)), else_link_type(else_link),
-      references(0), global_id(gid), manager(m), incremental_id(0), mark(0) {
+    : then_node(then_n), else_node(else_n), global_id(gid), id(static_cast<int>(id_)),
+      references(0), incremental_id(0), else_link_type(else_link), mark(0), manager_slot(slot_of(m)) {
     // Checks the children's global ids: a negative one ends the process.
     bdd_node_signature(id, else_link_type, then_node, else_node);
-    if (id >= 0 && manager) manager->Map_integrate(this);
+    if (id >= 0 && m) m->Map_integrate(this);
 }
 
 bdd_node::~bdd_node() {
@@ -200,7 +200,11 @@ bdd_node::~bdd_node() {
         if (then_node) then_node->references--;
         if (else_node) else_node->references--;
     }
-    delete depends_ids;
+    if (depends_place) {
+        bddpp_manager* m = manager();
+        m->depends_store[depends_place - 1] = std::vector<long>();
+        m->depends_free.push_back(depends_place);
+    }
 }
 
 bool bdd_node::operator==(const bdd_node& other) const {
@@ -210,8 +214,9 @@ bool bdd_node::operator==(const bdd_node& other) const {
 
 const std::vector<long>& bdd_node::depends() const {
     static const std::vector<long> none;
-    if (!manager || id < 0) return none;
-    if (depends_ids) return *depends_ids;
+    bddpp_manager* m = manager();
+    if (!m || id < 0) return none;
+    if (const std::vector<long>* known = m->known_depends(this)) return *known;
     // One walk of the cone; a node below that already knows its set gives
     // it whole. Only the asked node keeps the result.
     std::vector<long> ids;
@@ -221,8 +226,9 @@ const std::vector<long>& bdd_node::depends() const {
         const bdd_node* n = stack.back();
         stack.pop_back();
         if (!seen.insert(n).second || n->id < 0) continue;
-        if (n != this && n->depends_ids) {
-            ids.insert(ids.end(), n->depends_ids->begin(), n->depends_ids->end());
+        if (n != this && n->depends_place) {
+            const std::vector<long>& below = *m->known_depends(n);
+            ids.insert(ids.end(), below.begin(), below.end());
             continue;
         }
         ids.push_back(n->id);
@@ -231,8 +237,15 @@ const std::vector<long>& bdd_node::depends() const {
     }
     std::sort(ids.begin(), ids.end());
     ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
-    depends_ids = new std::vector<long>(std::move(ids));
-    return *depends_ids;
+    if (m->depends_free.empty()) {
+        m->depends_store.push_back(std::move(ids));
+        depends_place = static_cast<std::uint32_t>(m->depends_store.size());
+    } else {
+        depends_place = m->depends_free.back();
+        m->depends_free.pop_back();
+        m->depends_store[depends_place - 1] = std::move(ids);
+    }
+    return m->depends_store[depends_place - 1];
 }
 
 bool bdd_node::depends_on_id(long v) const {
@@ -244,15 +257,15 @@ bool bdd_node::depends_on_id(long v) const {
 // node of its cone passes the local test, so one visit per node answers
 // what a walk along every path would.
 bool bdd_node::is_correct() const {
-    if (!manager) return false;
-    bddpp_manager* m = manager;
+    bddpp_manager* m = manager();
+    if (!m) return false;
     std::vector<const bdd_node*> stack{this};
     std::unordered_set<const bdd_node*> seen;
     while (!stack.empty()) {
         const bdd_node* n = stack.back();
         stack.pop_back();
         if (!seen.insert(n).second) continue;
-        if (!n->manager) return false;
+        if (!n->manager_slot) return false;
         if (n->id >= 0 && n->id < m->variables_number) {
             const bdd_node* kids[2] = {n->then_node, n->else_node};
             long own = m->Node_index(n);

@@ -37,10 +37,10 @@ void refresh_support(IndexSet& deps, bddpp_manager* manager, const bdd& f)
 } // namespace
 
 Bddexpression::Bddexpression()
-    : wood(nullptr), abstraction(1), w(1), early_date(0), user_type(0) {}
+    : wood(nullptr), abstraction(1), user_type(0), w(1), early_date(0) {}
 
 Bddexpression::Bddexpression(Bddexpressionwood* wd)
-    : wood(wd), abstraction(1), w(1), early_date(0), user_type(0) {}
+    : wood(wd), abstraction(1), user_type(0), w(1), early_date(0) {}
 
 Bddexpression::Bddexpression(std::string nm, Bddexpressionwood* wd, bdd var, bdd exp, long early,
                              long late)
@@ -48,7 +48,7 @@ Bddexpression::Bddexpression(std::string nm, Bddexpressionwood* wd, bdd var, bdd
 
 Bddexpression::Bddexpression(std::string nm, Bddexpressionwood* wd, bdd var, bdd exp, long early,
                              long late, int type)
-    : wood(wd), name(nm), abstraction(1), w(1), early_date(early), user_type(type)
+    : wood(wd), name(nm), abstraction(1), user_type(type), w(1), early_date(early)
 {
     if (wood == nullptr) return;
     bdd_var = var;
@@ -60,7 +60,7 @@ Bddexpression::Bddexpression(std::string nm, Bddexpressionwood* wd, bdd var, bdd
 }
 
 Bddexpression::Bddexpression(Bddexpressionwood* wd, bdd var, bdd exp, long early, long late)
-    : wood(wd), abstraction(1), w(1), early_date(early), user_type(0)
+    : wood(wd), abstraction(1), user_type(0), w(1), early_date(early)
 {
     if (wood == nullptr) return;
     if (wood->bdd_manager != nullptr && initialised(var))
@@ -75,7 +75,7 @@ Bddexpression::Bddexpression(Bddexpressionwood* wd, bdd var, bdd exp, long early
 
 Bddexpression::Bddexpression(std::string nm, Bddexpressionwood* wd, bdd var, bdd exp,
                              std::string def, long early, long late, int type)
-    : wood(wd), name(nm), abstraction(1), exp_def(def), w(1), early_date(early), user_type(type)
+    : wood(wd), name(nm), abstraction(1), user_type(type), exp_def(def), w(1), early_date(early)
 {
     if (wood == nullptr) return;
     bdd_var = var;
@@ -97,7 +97,7 @@ Bddexpression::Bddexpression(long id, Bddexpressionwood* wd, IndexSet* readers,
 
 Bddexpression::Bddexpression(long id, Bddexpressionwood* wd, IndexSet* readers,
                              IndexSet* deps, std::string def, long early, long late)
-    : wood(wd), abstraction(1), exp_def(def), w(1), early_date(early), user_type(0)
+    : wood(wd), abstraction(1), user_type(0), exp_def(def), w(1), early_date(early)
 {
     if (deps != nullptr) dependances = *deps;
     if (wood == nullptr || wood->bdd_manager == nullptr) return;
@@ -114,8 +114,8 @@ Bddexpression::Bddexpression(long id, Bddexpressionwood* wd, IndexSet& deps,
 
 Bddexpression::Bddexpression(const Bddexpression& other)
     : wood(other.wood), name(other.name), bdd_var(other.bdd_var), abstraction(other.abstraction),
-      exp_def(other.exp_def), w(other.w), dependances(other.dependances),
-      early_date(other.early_date), user_type(other.user_type)
+      user_type(other.user_type), exp_def(other.exp_def), w(other.w), dependances(other.dependances),
+      early_date(other.early_date)
 {
     if (other.abstraction == 0) bdd_exp = other.bdd_exp;
 }

@@ -11,6 +11,7 @@
 
 #include <list>
 #include <map>
+#include <memory>
 #include <ostream>
 #include <set>
 #include <string>
@@ -46,6 +47,36 @@ IndexSet set_reencoding(const IndexSet& s, const long* table);
 // Set form of every report of the wood: "{", members joined by ",", "}".
 std::ostream& put_set(std::ostream& out, const IndexSet& s);
 
+// A text that most equations leave empty: one pointer until it is set.
+class rare_text {
+public:
+    rare_text() = default;
+    rare_text(const std::string& s) { assign(s); }
+    rare_text(const rare_text& other) { assign(other.str()); }
+    rare_text& operator=(const rare_text& other) {
+        if (this != &other) assign(other.str());
+        return *this;
+    }
+    rare_text& operator=(const std::string& s) {
+        assign(s);
+        return *this;
+    }
+    const std::string& str() const {
+        static const std::string none;
+        return text ? *text : none;
+    }
+    operator const std::string&() const { return str(); }
+    bool empty() const { return !text; }
+    bool operator==(const rare_text& other) const { return str() == other.str(); }
+    bool operator==(const std::string& s) const { return str() == s; }
+    bool operator==(const char* s) const { return str() == s; }
+
+private:
+    void assign(const std::string& s) { text = s.empty() ? nullptr : std::make_unique<std::string>(s); }
+    std::unique_ptr<std::string> text;
+};
+inline std::ostream& operator<<(std::ostream& out, const rare_text& t) { return out << t.str(); }
+
 // One equation. The late date is not held here but in the wood, so that a
 // variable without an equation has one as well.
 class Bddexpression {
@@ -54,12 +85,12 @@ public:
     std::string name;          // name given at construction (may drift from the manager's)
     bdd bdd_var;               // left member: one variable
     int abstraction;           // 1: right member known only by exp_def and dependances
-    std::string exp_def;
+    int user_type;             // a Compilation status code, 0 until set
+    rare_text exp_def;
     bdd bdd_exp;               // right member; uninitialised while abstract
     long w;                    // weight on a critical path
     IndexSet dependances;  // indices read by the right member
     long early_date;
-    int user_type;             // a Compilation status code, 0 until set
 
     // Free-standing, abstract, no wood.
     Bddexpression();
@@ -87,7 +118,7 @@ public:
     Bddexpression(Bddexpressionwood* wood, const Bddexpression& other);
     // Copy from `source` into `target`, entered in `target`.
     Bddexpression(Bddexpressionwood* source, Bddexpressionwood* target, const Bddexpression& other);
-    virtual ~Bddexpression();
+    ~Bddexpression();
 
     // Takes over every field, the wood included.
     Bddexpression& operator=(const Bddexpression& other);

@@ -20,9 +20,8 @@ bdd carried_over(const Bddexpression& source, Bddexpressionwood* target, const b
 } // namespace
 
 Bddexpression::Bddexpression(Bddexpressionwood* wd, const Bddexpression& other)
-    : wood(wd), name(other.name), abstraction(other.abstraction), exp_def(other.exp_def),
-      w(other.w), dependances(other.dependances), early_date(other.early_date),
-      user_type(other.user_type)
+    : wood(wd), name(other.name), abstraction(other.abstraction), user_type(other.user_type),
+      exp_def(other.exp_def), w(other.w), dependances(other.dependances), early_date(other.early_date)
 {
     bdd_var = carried_over(other, wd, other.bdd_var);
     bdd_exp = carried_over(other, wd, other.bdd_exp);
