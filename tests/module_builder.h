@@ -54,9 +54,6 @@ struct ModuleBuilder {
     void eq(Signal* s, const bdd& exp) { eq(over(s), exp); }
     Bddexpression* at(long index) { return index < wood->Nb_bdd_vars() ? wood->Exp_table()[index] : nullptr; }
     void date() { wood->compute_dates(); }
-    // Global id of the node of a function, the name of its net or slot.
-    long id(const bdd& f) { return bdd_node_global_id(f); }
-    std::string one() { return std::to_string(id(mgr->Bdd_one())); }
 
     // Connexions, dates of locals then outputs, and user types.
     void endOfReading(bool typeEquations = true)

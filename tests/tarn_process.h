@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <dirent.h>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -42,6 +44,24 @@ struct scratch_dir {
         return path + "/" + name;
     }
 };
+
+// The names in `dir` that end in `suffix` (all with an empty one), the
+// suffix cut off, in order.
+inline std::vector<std::string> files_with_suffix(const std::string& dir, const std::string& suffix = "")
+{
+    std::vector<std::string> names;
+    if (DIR* d = opendir(dir.c_str())) {
+        while (dirent* e = readdir(d)) {
+            std::string n = e->d_name;
+            if (n != "." && n != ".." && n.size() > suffix.size() &&
+                n.compare(n.size() - suffix.size(), suffix.size(), suffix) == 0)
+                names.push_back(n.substr(0, n.size() - suffix.size()));
+        }
+        closedir(d);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
 
 struct tarn_output {
     int status;  // 128 plus the signal if the process was killed

@@ -269,7 +269,7 @@ TEST(CSharpConsumer, PureModulesReactLikeTheirC)
         if (k % 5 != 4)
             continue;
         // Larger modules hold memorised pairs: compiled, not compared (see
-        // MemorisedSignalIsNeverLoaded).
+        // MemorisedSignalIsNeverLoadedAndTheLastEventCounts).
         name = "p" + std::to_string(k);
         zkc = generate_module(scratch_dir().path, name, 130 + 3 * k, 100 + k);
         ASSERT_TRUE(has_memorised(zkc));
@@ -280,48 +280,42 @@ TEST(CSharpConsumer, PureModulesReactLikeTheirC)
     }
 }
 
-// The bean declares a memorised signal's pre as a local that starts false
-// and never loads it: "o = pre a" stays false, where the C is a one-step
-// delay.
-TEST(CSharpConsumer, MemorisedSignalIsNeverLoaded)
+// The bean's departures from the C, each on the smallest module. It
+// declares a memorised signal's pre as a local that starts false and never
+// loads it: "o = pre a" stays false, where the C is a one-step delay. Each
+// event sets or clears every input: of two inputs sent in one reaction
+// only the last is present.
+TEST(CSharpConsumer, MemorisedSignalIsNeverLoadedAndTheLastEventCounts)
 {
     require_tools();
-    scratch_dir s;
-    generate(s, "m",
-             "module: m 0 0 input: a ; output: o ; memorized: p a ;\n"
-             "connexion: SETm RESETm RTLm;\nequation_def:\n2\n0: 4:1:1,-1\n1: -1:-3:-3,1\n"
-             "expressions:\n1 1 2:0,1,(4 )\nend:\n");
-    ASSERT_EQ(mcs_errors(s, "m", true), "");
-    std::vector<std::string> inputs, outputs;
-    read_ports(s, "m", inputs, outputs);
-    ASSERT_EQ(inputs, std::vector<std::string>{"a"});
-    ASSERT_EQ(outputs, std::vector<std::string>{"o"});
-    trace t = random_trace(1, 5);
-    port_values c = run_c(s, "m", inputs, outputs, t);
-    port_values cs = run_csharp(s, "m", inputs, outputs, t);
-    for (int step = 0; step < steps; ++step) {
-        EXPECT_EQ(c["o"][step], step == 0 ? 0 : t[step - 1][0]) << step;
-        EXPECT_EQ(cs["o"][step], 0) << step;
+    const std::string head = "connexion: SETm RESETm RTLm;\nequation_def:\n";
+    trace one = random_trace(1, 5), both(steps, std::vector<int>{1, 1});
+    std::vector<int> late(steps);
+    for (int step = 1; step < steps; ++step)
+        late[step] = one[step - 1][0];
+    const struct {
+        std::string zkc;
+        trace t;
+        std::vector<int> c, cs;
+    } rows[] = {
+        {"module: m 0 0 input: a ; output: o ; memorized: p a ;\n" + head +
+             "2\n0: 4:1:1,-1\n1: -1:-3:-3,1\nexpressions:\n1 1 2:0,1,(4 )\nend:\n",
+         one, late, std::vector<int>(steps, 0)},
+        {"module: m 0 0 input: a b ; output: o ;\n" + head +
+             "3\n0: 0:2:1,-1\n1: -1:-3:-3,1\n2: 2:1:1,-1\nexpressions:\n1 1 4:0,1,(0 2 )\nend:\n",
+         both, std::vector<int>(steps, 1), std::vector<int>(steps, 0)},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.zkc);
+        scratch_dir s;
+        generate(s, "m", r.zkc);
+        ASSERT_EQ(mcs_errors(s, "m", true), "");
+        std::vector<std::string> inputs, outputs;
+        read_ports(s, "m", inputs, outputs);
+        ASSERT_EQ(outputs, std::vector<std::string>{"o"});
+        EXPECT_EQ(run_c(s, "m", inputs, outputs, r.t)["o"], r.c);
+        EXPECT_EQ(run_csharp(s, "m", inputs, outputs, r.t)["o"], r.cs);
     }
-}
-
-// Each event sets or clears every input: of two inputs sent in one
-// reaction only the last is present.
-TEST(CSharpConsumer, OnlyTheLastEventOfAReactionCounts)
-{
-    require_tools();
-    scratch_dir s;
-    generate(s, "m",
-             "module: m 0 0 input: a b ; output: o ;\n"
-             "connexion: SETm RESETm RTLm;\nequation_def:\n3\n0: 0:2:1,-1\n1: -1:-3:-3,1\n2: 2:1:1,-1\n"
-             "expressions:\n1 1 4:0,1,(0 2 )\nend:\n");
-    ASSERT_EQ(mcs_errors(s, "m", true), "");
-    std::vector<std::string> inputs, outputs;
-    read_ports(s, "m", inputs, outputs);
-    ASSERT_EQ(inputs, (std::vector<std::string>{"a", "b"}));
-    trace both(steps, std::vector<int>{1, 1});
-    EXPECT_EQ(run_c(s, "m", inputs, outputs, both)["o"], std::vector<int>(steps, 1));
-    EXPECT_EQ(run_csharp(s, "m", inputs, outputs, both)["o"], std::vector<int>(steps, 0));
 }
 
 } // namespace

@@ -109,7 +109,7 @@ std::string stand_in_binary()
 
 // Writes the server and builds it; then runs it with the stand-in first on
 // its PATH and checks the stand-in's log; then, given reactions, with the
-// real mosk behind a wrapper that hands it 127.0.0.1 for the host, and
+// real mosk behind a wrapper that hands it "-server 127.0.0.1:<port>", and
 // checks what mosk printed. The server ends when its client closes; a hung
 // one is stopped.
 void check_replies(const scratch_dir& s, const server_case& x)
@@ -146,7 +146,7 @@ void check_replies(const scratch_dir& s, const server_case& x)
     // The real mosk in a folder of its own: the stand-in may still be ending.
     s.write("r.txt", x.reactions);
     ASSERT_EQ(run("mkdir '" + s.path + "/real'"), 0);
-    s.write("real/mosk", "#!/bin/sh\n'" TARN_BINARY_DIR "/sim/mosk' \"$1\" 127.0.0.1 \"$3\" -input r.txt "
+    s.write("real/mosk", "#!/bin/sh\n'" TARN_BINARY_DIR "/sim/mosk' \"$1\" -server \"127.0.0.1:$3\" -input r.txt "
                          "> mosk_out.txt 2> mosk_err.txt\ntouch mosk_done\n");
     run("chmod +x '" + s.path + "/real/mosk'");
     EXPECT_EQ(run("BIN='" + s.path + "/real' && " + serve), 0) << read_file(s.path + "/server_err.txt");

@@ -22,7 +22,7 @@ struct example_case {
     std::set<std::string> undefined;    // outputs that read a memorised signal
 };
 
-TEST(SystemCConsumer, PureExamplesFollowTheirCWhereDefined)
+TEST(SystemCConsumer, ExamplesAndGeneratedModulesFollowTheirCWhereDefined)
 {
     if (!have_systemc())
         GTEST_SKIP() << "libsystemc-dev is not installed";
@@ -43,12 +43,6 @@ TEST(SystemCConsumer, PureExamplesFollowTheirCWhereDefined)
         EXPECT_EQ(r.refused, x.refused);
         EXPECT_EQ(r.undefined_outputs, x.undefined);
     }
-}
-
-TEST(SystemCConsumer, GeneratedModulesFollowTheirC)
-{
-    if (!have_systemc())
-        GTEST_SKIP() << "libsystemc-dev is not installed";
     sweep(SYSTEMC_SWEEP, 20, 15, 0);
 }
 

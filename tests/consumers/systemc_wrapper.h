@@ -1,12 +1,12 @@
 // The SystemC unit compiled with g++ against libsystemc and run inside
 // sc_main: one wrapper, built once per test process, reacts on each rising
 // edge of a clock through a small per-module adapter that calls
-// <m>_automaton on the next line of a trace. Also the reading of the
-// unit's text that tells which outputs a reaction leaves undefined.
+// <m>_automaton on the next line of a trace.
 #ifndef TARN_TESTS_CONSUMERS_SYSTEMC_WRAPPER_H
 #define TARN_TESTS_CONSUMERS_SYSTEMC_WRAPPER_H
 
 #include "tests/consumers/c_reference.h"
+#include "tests/consumers/finalised_module.h"
 #include "tests/tarn_process.h"
 
 #include <gtest/gtest.h>
@@ -175,49 +175,6 @@ inline std::string simulate(const scratch_dir& s, const std::string& module, con
     return read_file(s.path + "/sc_out.txt");
 }
 
-// What a reaction may leave undefined: a local of <m>_automaton that no
-// statement of the unit assigns (the pre copy of a memorised signal, which
-// this unit never loads), and every slot, variable, register state and
-// output assigned from one of those, through any number of reactions.
-inline std::set<std::string> unset_readers(const std::string& unit)
-{
-    std::set<std::string> declared, assigned, unset;
-    std::vector<std::pair<std::string, std::vector<std::string>>> assignments;
-    std::regex declaration("^  int (\\w+);$");
-    std::regex assignment("^\\s*\\*?(\\w+(?:\\[\\d+\\])?)\\s*= (.*);$");
-    std::regex token("[A-Za-z_]\\w*(?:\\[\\d+\\])?");
-    std::istringstream lines(unit);
-    std::string line;
-    std::smatch m;
-    while (std::getline(lines, line)) {
-        if (std::regex_match(line, m, declaration)) {
-            declared.insert(m[1]);
-        } else if (std::regex_match(line, m, assignment)) {
-            assigned.insert(m[1]);
-            std::vector<std::string> reads;
-            std::string rhs = m[2];
-            for (auto t = std::sregex_iterator(rhs.begin(), rhs.end(), token); t != std::sregex_iterator(); ++t)
-                reads.push_back(t->str());
-            assignments.push_back({m[1], reads});
-        }
-    }
-    for (const std::string& d : declared)
-        if (assigned.count(d) == 0)
-            unset.insert(d);
-    for (bool grew = true; grew;) {
-        grew = false;
-        for (const auto& a : assignments)
-            if (unset.count(a.first) == 0)
-                for (const std::string& r : a.second)
-                    if (unset.count(r) != 0) {
-                        unset.insert(a.first);
-                        grew = true;
-                        break;
-                    }
-    }
-    return unset;
-}
-
 struct sc_run {
     std::set<std::string> undefined_outputs; // outputs left out of the comparison
     std::size_t compared = 0;                // outputs compared with the C
@@ -225,8 +182,9 @@ struct sc_run {
 };
 
 // A pure module already in `s` (file <module>.zkc): its C and its SystemC
-// unit written by tarn, both run on one random trace; every output that the
-// SystemC reaction defines must equal the C's at every step.
+// unit written by tarn, both run on one random trace; every output that
+// reads no memorised presence (which the unit never loads) must equal the
+// C's at every step.
 inline sc_run compare_with_c(const scratch_dir& s, const std::string& module, unsigned trace_seed)
 {
     sc_run result;
@@ -243,7 +201,7 @@ inline sc_run compare_with_c(const scratch_dir& s, const std::string& module, un
     port_values sc = read_values(simulate(s, module, adapter(module, presences(inputs), presences(outputs)),
                                           trace_text(t, inputs.empty())),
                                  presences(outputs), t.size());
-    std::set<std::string> unset = unset_readers(read_file(s.path + "/" + module + "_sc.cc"));
+    std::set<std::string> unset = facts_of(s.path + "/" + module + ".zkc").reading_pre;
     for (const std::string& o : outputs) {
         if (unset.count(o) != 0) {
             result.undefined_outputs.insert(o);

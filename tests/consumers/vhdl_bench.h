@@ -5,19 +5,13 @@
 #ifndef TARN_TESTS_CONSUMERS_VHDL_BENCH_H
 #define TARN_TESTS_CONSUMERS_VHDL_BENCH_H
 
-#include "bdd/bddpp.h"
-#include "model/module.h"
-#include "signals/signal.h"
 #include "tests/consumers/c_reference.h"
 #include "tests/consumers/finalised_module.h"
-#include "wood/Bddexpression.h"
 #include "tests/tarn_process.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <regex>
-#include <map>
 #include <set>
 #include <sstream>
 #include <string>
@@ -43,7 +37,7 @@ inline std::string bit_type(bool altera) { return altera ? "std_logic" : "bit"; 
 
 // The testbench entity "tb": each signal is "tb_" and the port's name, a
 // presence of the variant's bit type, a value an integer. One line per
-// reaction, the outputs in order, a presence as 1, 0 or X.
+// reaction, the outputs in order, a presence as 1, 0 or -1 for X.
 inline std::string testbench(const std::string& module, bool altera, const std::string& package,
                              const std::vector<c_port>& inputs, const std::vector<c_port>& outputs, const trace& t)
 {
@@ -70,7 +64,7 @@ inline std::string testbench(const std::string& module, bool altera, const std::
         for (const c_port& p : outputs)
             if (!p.valued)
                 tb << "    if tb_" << p.name << " = '1' then write(l, string'(\"1 \")); elsif tb_" << p.name
-                   << " = '0' then write(l, string'(\"0 \")); else write(l, string'(\"X \")); end if;\n";
+                   << " = '0' then write(l, string'(\"0 \")); else write(l, string'(\"-1 \")); end if;\n";
             else
                 tb << "    write(l, integer'image(tb_" << p.name << ") & \" \");\n";
         tb << "    writeline(output, l);\n";
@@ -105,78 +99,8 @@ inline ghdl_run simulate(const std::string& dir, const std::string& work, const 
         return r;
     r.status = run(cd + "ghdl -r" + opts + "tb > " + work + "_out.txt 2>> " + work + ".txt");
     r.messages = read_file(dir + "/" + work + ".txt");
-    std::istringstream lines(read_file(dir + "/" + work + "_out.txt"));
-    for (std::size_t step = 0; step < reactions; ++step)
-        for (const c_port& p : outputs) {
-            std::string v;
-            lines >> v;
-            r.outputs[p.name].push_back(v == "X" || v.empty() ? -1 : std::stoi(v));
-        }
+    r.outputs = read_values(read_file(dir + "/" + work + "_out.txt"), outputs, reactions);
     return r;
-}
-
-// What the test reads off the finalised module itself.
-struct module_facts {
-    // The outputs whose value reads, through the equations and the
-    // registers, the presence of a memorised signal. The VHDL never loads that presence into the
-    // node array (its slot keeps the initial value of the array's type),
-    // so these outputs do not follow the C.
-    std::set<std::string> reading_pre;
-    // The variables of the pure locals read by a memorised signal: the
-    // finalisation drops such a local from the local list, so the VHDL
-    // reads a signal that it never declares.
-    std::set<std::string> undeclared;
-};
-
-inline module_facts facts_of(const std::string& file)
-{
-    module_facts facts;
-    Module* module = finalised_module(file);
-    if (module == nullptr)
-        return facts;
-    Bddexpressionwood* wood = module->getBddWood();
-    bddpp_manager* m = wood->my_bdd_manager();
-    std::set<long> pre;
-    if (module->getPreSignalList() != nullptr)
-        for (memorizedSignal* p : *module->getPreSignalList()) {
-            pre.insert(p->getPre()->getOverBddId(module, wood));
-            Signal* actual = p->getActual();
-            std::list<Signal*>* locals = module->getLocalSignalList();
-            if (actual->isLocal() &&
-                (locals == nullptr || std::find(locals->begin(), locals->end(), actual) == locals->end()))
-                facts.undeclared.insert(wood->Name_var_by_index(actual->getInitialOverBddId(module, wood)));
-        }
-    // A register's state is its next value of the reaction before.
-    std::map<long, long> next_of;
-    if (module->getRegisterList() != nullptr)
-        for (regclass* r : *module->getRegisterList())
-            next_of[r->actual_var()->getOverBddId(module, wood)] = r->next_var()->getOverBddId(module, wood);
-    // Whether a memorised presence is reachable from `v`.
-    auto reads = [&](long v) {
-        std::set<long> seen{v};
-        std::vector<long> todo{v};
-        while (!todo.empty()) {
-            long x = todo.back();
-            todo.pop_back();
-            if (pre.count(x) != 0)
-                return true;
-            std::vector<long> next;
-            Bddexpression* e = x >= 0 && x < wood->Nb_bdd_vars() ? wood->Exp_table()[x] : nullptr;
-            if (e != nullptr && e->getAbstraction() == 0 && Bddexpressionwood::bdd_initialised(e->my_bdd_exp()))
-                for (long d : m->set_of_index_depend_on(e->my_bdd_exp()))
-                    next.push_back(d);
-            if (next_of.count(x) != 0)
-                next.push_back(next_of[x]);
-            for (long d : next)
-                if (seen.insert(d).second)
-                    todo.push_back(d);
-        }
-        return false;
-    };
-    for (Signal* s : *module->getOutputSignalList())
-        if (reads(s->getOverBddId(module, wood)))
-            facts.reading_pre.insert(s->getOriginalName());
-    return facts;
 }
 
 // ghdl's refusal of a text that reads undeclared signals: one message

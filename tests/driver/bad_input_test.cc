@@ -34,6 +34,17 @@ std::string syntax(const std::string& line_and_error)
     return line_and_error + "\nERROR about loading file : ./in.zkc\nparsing terminated\n";
 }
 
+// Reader cases: a 0/1 (valued), b 2/3 (valued output), then S R T 4 to 9.
+const std::string valued = "module: m 0 0 input: a : t ; output: b : t ; connexion: S R T; ";
+const std::string empty_wood = "equation_def: 0 expressions: end: ";
+const std::string illegal = "Error: Illegal operation!\n";
+
+std::string with_bindings(const std::string& bindings, const std::string& evaluations)
+{
+    return valued + empty_wood + "binding: " + bindings + " end: evaltable: " + evaluations +
+           " end: data: type: t; method: t f(t); constant: t z \"0\"; end:";
+}
+
 std::vector<bad_case> bad_cases()
 {
     std::string text = worked_module_text;
@@ -77,6 +88,43 @@ std::vector<bad_case> bad_cases()
          read_file(TARN_SOURCE_DIR "/tests/driver/inputs/cycle_with_many_paths.zkc"), 1,
          "~ERROR in Bddexpressionwood::up_critical_path(): more than 4000000 steps walked from variable 4: the "
          "module has a signals cycle\n"},
+        {"binding of a variable no signal holds", with_bindings("(40, 41): value: 0;", "0: $0;"), 1,
+         "~unknown data signal:40\n"},
+        {"binding of a connexion signal", with_bindings("(4, 5): value: 0;", "0: $0;"), 1, "~unknown data signal:S\n"},
+        {"evaluation line that does not exist", with_bindings("(2, 3): value: 3;", "0: $0;"), 1,
+         "~" + illegal + "binding_declaration_parse::get_evalnode: node_not_found\n"},
+        {"operation with three operands", with_bindings("(2, 3): value: 0;", "0: %%0(1, 1, 1); 1: $0;"), 1,
+         "~" + illegal + "binding_declaration_parse::dataexpr: invalid_operator\n"},
+        {"operation without operand", with_bindings("(2, 3): value: 0;", "0: %%5();"), 1,
+         "~" + illegal + "binding_declaration_parse::dataexpr: invalid_operator\n"},
+        {"signal value of no signal", with_bindings("(2, 3): value: 0;", "0: %%14(77, 78);"), 1,
+         "~binding_declaration_parse::dataexpr: signal not found: 77\n"},
+        {"signal value of a connexion signal", with_bindings("(2, 3): value: 0;", "0: %%14(6, 7);"), 1,
+         "~binding_declaration_parse::dataexpr2: signal not found: R\n"},
+        {"evaluation lines that read each other", with_bindings("(2, 3): value: 0;", "0: %%4(1); 1: %%4(0);"), 1,
+         "~binding_declaration_parse::dataexpr: node 0 reads itself\n"},
+        // "$" n in an argument list names evaluation line n.
+        {"argument naming its own line", with_bindings("(2, 3): value: 1;", "1: %0($1, $0); 0: $0;"), 1,
+         "~binding_declaration_parse::dataexpr: node 1 reads itself\n"},
+        {"constant beyond the file's", with_bindings("(2, 3): value: 0;", "0: $5;"), 1,
+         "~binding_declaration_parse::dataexpr: unknown constant: 5\n"},
+        {"memorised pair of an undeclared signal",
+         "module: m 0 0 local: l ; memorized: p ghost; connexion: S R T; " + empty_wood, 1,
+         "~ undeclared signal \"ghost\" at line 1\n"},
+        {"root node no line defines", valued + "equation_def: 2 1: -1:-3:-3,1 expressions: 1 1 2:0,1,() end:", 1,
+         "~internal error in class_zkc_parser::bddexpression_convert(): node 0 is not defined at line 1\n"},
+        {"cycle in the node table",
+         valued + "equation_def: 3 0: 0:1:2,-1 1: 2:0:2,-1 2: -1:-3:-3,1 expressions: 1 1 2:0,1,() end:", 1,
+         "~internal error in parsed_nodes_class::build(): node 0 is its own descendant\n"},
+        {"node on a variable that does not exist",
+         valued + "equation_def: 2 0: 50:1:1,-1 1: -1:-3:-3,1 expressions: 1 1 2:0,1,() end:", 1,
+         "~internal error in parsed_nodes_class::build(): no variable 50\n"},
+        {"else link that is no link",
+         valued + "equation_def: 2 0: 0:1:1,4294967297 1: -1:-3:-3,1 expressions: 1 1 2:0,1,() end:", 1,
+         "~internal error in parsed_nodes_class::build(): else link neither 1 nor -1 on variable 0\n"},
+        {"register of an undeclared signal",
+         "module: m 0 0 local: n ; register: n x 0; connexion: S R T; " + empty_wood, 1,
+         "~register x not defined as local ...\nparsing terminated\n"},
     };
     // A valid module cut at every tenth of its length.
     for (int k = 1; k < 10; ++k)

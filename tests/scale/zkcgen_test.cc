@@ -3,8 +3,8 @@
 // read by the reader into the module the file describes.
 
 #include "bdd/bddpp.h"
-#include "driver/tarn_run.h"
 #include "model/module.h"
+#include "tests/consumers/finalised_module.h"
 #include "tests/scale/scale_support.h"
 #include "wood/Bddexpression.h"
 
@@ -119,14 +119,9 @@ TEST(Zkcgen, ReaderBuildsTheDeclaredModule)
     std::string file = s.path + "/g.zkc";
     generate_module(s.path, "g", 2000, 11);
     zkc_sections z = sections_of(read_file(file));
-    std::string suffix;
-    bool ok = false;
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    Module* m = parse(file, suffix, &ok);
-    testing::internal::GetCapturedStdout();
-    std::string errors = testing::internal::GetCapturedStderr();
-    ASSERT_TRUE(ok && m) << errors;
+    std::string errors;
+    Module* m = read_module(file, false, &errors);
+    ASSERT_NE(m, nullptr);
     EXPECT_EQ(errors, "");
 
     EXPECT_EQ(m->getName(), z.name);

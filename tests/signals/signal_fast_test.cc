@@ -38,6 +38,11 @@ void expectRefsFound(Signal* s, Module* m, Bddexpressionwood* wood, const std::s
     std::string name = occ == 0 ? s->getInternalName() : s->getInternalName() + "_" + std::to_string(occ);
     EXPECT_EQ(current->getCurrentName(), name) << where;
     EXPECT_EQ(current->getType(), current->isValued() ? "int" : "pure") << where;
+    EXPECT_EQ(current->isOccurrence(), occ != 0) << where;
+    // Each ref has two variables of its own, named after it.
+    EXPECT_EQ(wood->Name_var_by_index(current->getOverBddId(wood)), "_s_" + name) << where;
+    EXPECT_EQ(wood->Name_var_by_index(current->getUnderBddId(wood)), "_v_" + name) << where;
+    EXPECT_EQ(manager->getSignalRefById(current->getUnderBddId(wood), wood), current) << where;
     if (s->isLocal() || s->isOutput()) {
         std::vector<long> plain;
         for (int k = 0; k <= occ; k++) {
@@ -84,8 +89,17 @@ TEST(SignalFast, KeptRefsAnswerLikeTheLookUpsByName)
                 break;
             }
             case 2:
-                if (!movers.empty())
-                    movers[rng() % movers.size()]->newOccurrence(wood, &m);
+                if (!movers.empty()) {
+                    // A local's occurrence takes the next two variables and
+                    // the type of the one before; any other signal has none.
+                    Signal* s = movers[rng() % movers.size()];
+                    long end = wood->Nb_bdd_vars();
+                    bool valued = s->isValued(&m, wood);
+                    s->newOccurrence(wood, &m);
+                    EXPECT_EQ(wood->Nb_bdd_vars(), s->isLocal() ? end + 2 : end);
+                    EXPECT_EQ(s->getOverBddId(&m, wood), s->isLocal() ? end : s->getInitialOverBddId(&m, wood));
+                    EXPECT_EQ(s->isValued(&m, wood), valued);
+                }
                 break;
             case 3: {
                 // After the renaming the kept ref is the one of the new name.

@@ -1,6 +1,5 @@
 // Signals and their wires: variable order, shared refs, kind codes,
-// occurrences, registers and memorised pairs, the expression root, and
-// the refusals of misuse.
+// occurrences, registers and memorised pairs, and the refusals of misuse.
 
 #include "model/module.h"
 #include "signals/signal.h"
@@ -13,8 +12,6 @@
 #include <vector>
 
 namespace {
-
-std::vector<long> toVector(const std::list<long>& l) { return std::vector<long>(l.begin(), l.end()); }
 
 std::vector<std::string> variableNames(Bddexpressionwood* wood)
 {
@@ -79,59 +76,14 @@ TEST(Signal, AtSignInNamesIsKeptUntilReplaced)
     EXPECT_EQ(Signal::generateName("base", "7"), "base_7");
 }
 
-TEST(Signal, OccurrencesGetTheirOwnWiresAtTheEnd)
+// An absent signal has no wire.
+TEST(Signal, AbsentSignalHasNoWire)
 {
     Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
-    Signal* x = new Signal("x", &m, wood);
-    x->setLocal();
-    x->setValueType("int", &m);
-    Signal* y = new Signal("y", &m, wood);
-    y->setOutput();
-
-    EXPECT_EQ(x->newOccurrence(wood, &m), x);
-    EXPECT_EQ(x->getCurrentOccurrence(wood), 1);
-    EXPECT_EQ(x->getName(&m), "x_1");
-    EXPECT_EQ((std::vector<long>{x->getOverBddId(&m, wood), x->getUnderBddId(&m, wood),
-                                 x->getInitialOverBddId(&m, wood), x->getInitialUnderBddId(&m, wood)}),
-              (std::vector<long>{4, 5, 0, 1}));
-    EXPECT_EQ(variableNames(wood)[4] + " " + variableNames(wood)[5], "_s_x_1 _v_x_1");
-    // The new occurrence inherits the value type.
-    EXPECT_TRUE(x->isValued(&m));
-    EXPECT_EQ(x->getValueType(&m), "int");
-
-    x->newOccurrence(wood, &m);
-    y->newOccurrence(wood, &m);
-    EXPECT_EQ(toVector(x->getAllBddId(&m, wood)), (std::vector<long>{0, 1, 4, 5, 6, 7}));
-    EXPECT_EQ(toVector(y->getAllBddId(&m, wood)), (std::vector<long>{2, 3, 8, 9}));
-
-    SignalManager* manager = m.getSignalManager();
-    SignalRef* second = manager->getSignalRefByOccurrence(x, 2);
-    ASSERT_NE(second, nullptr);
-    EXPECT_EQ(second->getCurrentName(), "x_2");
-    EXPECT_TRUE(second->isOccurrence());
-    EXPECT_FALSE(manager->getSignalRefByOccurrence(x, 0)->isOccurrence());
-    std::vector<std::string> names;
-    for (SignalRef* r : manager->getAllSignalRef(x, wood))
-        names.push_back(r->getCurrentName());
-    EXPECT_EQ(names, (std::vector<std::string>{"x", "x_1", "x_2"}));
-    EXPECT_EQ(manager->getCurrentOccurrence(x, wood)->getCurrentName(), "x");
-    EXPECT_EQ(manager->getSignalRefById(7, wood), second);
-}
-
-TEST(Signal, InputsHaveNoOccurrenceAndAnAbsentSignalNoWire)
-{
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
-    Signal* in = new Signal("i", &m, wood);
-    in->setInput();
-    EXPECT_EQ(in->newOccurrence(wood, &m), in);
-    EXPECT_EQ(in->getCurrentOccurrence(wood), 0);
-    EXPECT_EQ(wood->Nb_bdd_vars(), 2);
-    Signal* s = new Signal("s", &m, wood);
+    Signal* s = new Signal("s", &m, m.getBddWood());
     s->setLocal();
-    s->setCurrentOccurrence(wood, -1);
-    EXPECT_TRUE(s->getAllBddId(&m, wood).empty());
+    s->setCurrentOccurrence(m.getBddWood(), -1);
+    EXPECT_TRUE(s->getAllBddId(&m, m.getBddWood()).empty());
 }
 
 TEST(Signal, UsedWithPreNeedsAValuedActualOfAPair)
@@ -180,47 +132,6 @@ TEST(Registers, EqualityAndFileLayout)
     text << regclass(r, n, 1) << "|" << regclass(r, nullptr, 0) << "|" << memorizedSignal(n, r, "3") << "|"
          << memorizedSignal(n, nullptr, "");
     EXPECT_EQ(text.str(), "n r 1;|? r 0;|n r 3;|n ? ;");
-}
-
-// Stand-ins for the source compiler's constants, enough to drive the root's
-// joining table.
-struct Constant : Expression {
-    char kind;
-    explicit Constant(char k) : kind(k) {}
-    bool isTrueExpr() override { return kind == 'T'; }
-    bool isFalseExpr() override { return kind == 'F'; }
-    bool isBottomExpr() override { return kind == 'B'; }
-    bool isErrorExpr() override { return kind == 'E'; }
-};
-
-Expression* lastA = nullptr;
-Expression* lastB = nullptr;
-Expression* joined(Expression* a, Expression* b)
-{
-    lastA = a;
-    lastB = b;
-    return new Constant('J');
-}
-
-TEST(Expression, RootJoinsOnlyWhenNeitherSideDecides)
-{
-    Expression::newOrExpression = joined;
-    Expression::newAndExpression = joined;
-    Constant self('x'), t('T'), f('F'), b('B'), e('E'), other('y');
-    EXPECT_EQ(self.plus(&b, nullptr), &self);
-    EXPECT_EQ(self.plus(&f, nullptr), &self);
-    EXPECT_EQ(self.plus(&e, nullptr), &e);
-    EXPECT_EQ(self.plus(&t, nullptr), &t);
-    EXPECT_EQ(self.mult(&b, nullptr), &b);
-    EXPECT_EQ(self.mult(&f, nullptr), &f);
-    EXPECT_EQ(self.mult(&e, nullptr), &self);
-    EXPECT_EQ(self.mult(&t, nullptr), &self);
-    Expression* j = self.plus(&other, nullptr);
-    EXPECT_EQ(static_cast<Constant*>(j)->kind, 'J');
-    EXPECT_EQ(lastA, &self);
-    EXPECT_EQ(lastB, &other);
-    Expression::newOrExpression = nullptr;
-    Expression::newAndExpression = nullptr;
 }
 
 using SignalDeathTest = ::testing::Test;

@@ -1,7 +1,7 @@
 // The data server's client: requests as the protocol spells them, one
 // reply each, "--" and silence as unknown values, over loopback with a
-// stand-in server written here; and mosk evaluating a valued module
-// through it, started either way the command allows.
+// stand-in server written here; and mosk's message when no server
+// answers.
 
 #include "sim/data_client.h"
 #include "tests/sim/mosk_agreement.h"
@@ -14,10 +14,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <functional>
 #include <mutex>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -88,25 +86,6 @@ private:
     std::vector<std::string> received;
 };
 
-std::vector<std::string> fields(const std::string& request)
-{
-    std::vector<std::string> v;
-    std::stringstream in(request);
-    std::string f;
-    while (std::getline(in, f, ','))
-        v.push_back(f);
-    return v;
-}
-
-// What the server of the sum example answers: add_sat saturates.
-std::string sum_server(const std::string& request)
-{
-    std::vector<std::string> v = fields(request);
-    if (v.size() == 5 && v[0] == "MC" && v[1] == "add_sat")
-        return std::to_string(std::min(std::stol(v[2]) + std::stol(v[3]), std::stol(v[4])));
-    return "--";
-}
-
 TEST(DataClient, OneReplyPerRequestAndUnknownWhenThereIsNone)
 {
     stand_in_server server([](const std::string& request) -> std::string {
@@ -153,24 +132,6 @@ TEST(DataClient, RefusedConnexionIsAMessage)
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.out, "");
     EXPECT_NE(r.err.find("mosk: cannot connect to the data server at 127.0.0.1 port " + port), std::string::npos);
-}
-
-// sum: total = add_sat(pre total, inc, limit) when inc is present. The
-// initial pre value is the module's constant zero; an absent total holds
-// its type's zero, which the module does not define, so that the sum is
-// unknown from then on and no request is sent on an unknown operand. (The
-// data server's test starts mosk with host and port as two words.)
-TEST(DataClient, MoskEvaluatesTheValuedExampleThroughTheServer)
-{
-    scratch_dir dir;
-    copy_example(dir.path, "sum");
-    stand_in_server server(sum_server);
-    tarn_output r = run_mosk_in(dir.path, {"sum.zkc", "-server", "127.0.0.1:" + server.port},
-                                "inc(30)\ninc(50)\ninc(40)\n\ninc(5)\n");
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.out, "total(30)\ntotal(80)\ntotal(100)\n\ntotal(?)\n");
-    EXPECT_EQ(server.requests(),
-              (std::vector<std::string>{"MC,add_sat,0,30,100,", "MC,add_sat,30,50,100,", "MC,add_sat,80,40,100,"}));
 }
 
 } // namespace

@@ -24,7 +24,7 @@ using c_reference::run;
 
 const std::string examples = TARN_SOURCE_DIR "/examples/";
 
-TEST(MoskAgreesWithC, PureExamples)
+TEST(MoskAgreesWithC, PureExamplesAndGeneratedModules)
 {
     for (const char* name : {"toggle", "shift", "watchdog", "blink"}) {
         int changes = agree(name, examples + name + ".zkc", 0, 0, 17);
@@ -32,12 +32,8 @@ TEST(MoskAgreesWithC, PureExamples)
         // have moved under the trace.
         EXPECT_GT(changes, 0) << name;
     }
-}
-
-// Ten here, a hundred and twenty of growing size in the long sweep; most
-// traces must move some output.
-TEST(MoskAgreesWithC, GeneratedModules)
-{
+    // Generated modules: ten here, a hundred and twenty of growing size in
+    // the long sweep; most traces must move some output.
     int moved = 0;
     for (int seed = 1; seed <= MOSK_SWEEP && !HasFailure(); ++seed)
         moved += agree("gen" + std::to_string(seed), "", 40 + (37 * seed) % 600, seed, 1000 + seed) > 0;
@@ -156,6 +152,13 @@ TEST(ReactionEngine, PureModulesRunStraightAndValuedOnesStopForTheirData)
     EXPECT_EQ(asked.back(), "MC,add_sat,0,30,100,");
     v.react({true}, {"5"});
     EXPECT_EQ(asked.back(), "MC,add_sat,7,5,100,");
+    // An absent total holds its type's zero, which sum does not define: the
+    // sum is unknown from then on, and nothing is asked on it.
+    std::size_t before = asked.size();
+    v.react({false}, {""});
+    v.react({true}, {"5"});
+    EXPECT_EQ(v.value_of(v.outputs()[0]), "--");
+    EXPECT_EQ(asked.size(), before);
 }
 
 } // namespace

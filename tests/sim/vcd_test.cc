@@ -5,6 +5,7 @@
 
 #include "sim/vcd_writer.h"
 #include "tests/sim/mosk_agreement.h"
+#include "tests/virtual_display.h"
 
 #include <gtest/gtest.h>
 
@@ -175,9 +176,8 @@ TEST(Vcd, GtkwaveReadsTheDumpAsThePrintedTrace)
     }
 }
 
-// Starts a private X server, shows the dump in GTKWave and takes the
-// screen; every wait is bounded, and both programs are stopped by their
-// process ids.
+// Shows the dump in GTKWave on a private X server and takes the screen;
+// every wait is bounded, and GTKWave is stopped by its process id.
 TEST(Vcd, ScreenshotOfTheDumpInGtkwave)
 {
     if (!have("Xvfb") || !have("gtkwave") || !have("import") || !have("xdotool"))
@@ -191,30 +191,23 @@ TEST(Vcd, ScreenshotOfTheDumpInGtkwave)
     s.write("watchdog.gtkw", "[timestart] 0\n[size] 1000 420\n[pos] 0 0\n*-2.2 16 -1\n[treeopen] watchdog.\n"
                              "[signals_width] 180\n[sst_expanded] 0\n@28\nwatchdog.kick\nwatchdog.tick\n"
                              "watchdog.alarm\nwatchdog.armed\nwatchdog.watchdog_boot\n");
-    std::string script = R"sh(set -u
-cd "$1"
-Xvfb -displayfd 3 -screen 0 1000x420x24 -nolisten tcp 3> display.txt > xvfb.log 2>&1 &
-xvfb=$!
-for i in $(seq 1 50); do [ -s display.txt ] && break; sleep 0.1; done
-display=":$(cat display.txt)"
-DISPLAY=$display timeout 30 gtkwave -a watchdog.gtkw watchdog.vcd > gtkwave.log 2>&1 &
-gtkwave=$!
-shown=1
-for i in $(seq 1 80); do
-  if DISPLAY=$display xdotool search --onlyvisible --name GTKWave > /dev/null 2>&1; then shown=0; break; fi
-  sleep 0.25
-done
-sleep 1.5
-[ $shown = 0 ] && DISPLAY=$display timeout 10 import -window root screenshot.png
-status=$?
-kill $gtkwave $xvfb 2> /dev/null
-wait $gtkwave $xvfb 2> /dev/null
-[ $shown = 0 ] && exit $status
-exit 2
-)sh";
-    s.write("shot.sh", script);
-    ASSERT_EQ(run("timeout 60 bash '" + s.path + "/shot.sh' '" + s.path + "'"), 0)
-        << read_file(s.path + "/gtkwave.log") << read_file(s.path + "/xvfb.log");
+    virtual_display display(false, "1000x420x24");
+    ASSERT_FALSE(display.name.empty()) << "Xvfb did not start";
+    pid_t gtkwave = fork();
+    if (gtkwave == 0) {
+        if (chdir(s.path.c_str()) == 0 && freopen("gtkwave.log", "w", stdout) && freopen("gtkwave.log", "a", stderr)) {
+            setenv("DISPLAY", display.name.c_str(), 1);
+            execlp("gtkwave", "gtkwave", "-a", "watchdog.gtkw", "watchdog.vcd", static_cast<char*>(nullptr));
+        }
+        _exit(127);
+    }
+    bool shown = wait_until(20, [&] { return !display.windows("--name GTKWave").empty(); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+    if (shown)
+        display.run("import -window root '" + s.path + "/screenshot.png'");
+    kill(gtkwave, SIGTERM);
+    waitpid(gtkwave, nullptr, 0);
+    ASSERT_TRUE(shown) << read_file(s.path + "/gtkwave.log");
     ASSERT_EQ(run("cp '" + s.path + "/screenshot.png' '" + s.path + "/watchdog.vcd' '" + artefacts + "/'"), 0);
     // A real picture: PNG of the screen's size, wider than a blank frame.
     std::string png = read_file(artefacts + "/screenshot.png");

@@ -100,9 +100,13 @@ TEST(Expressions, JoinsBuildOnlyWhatTheyMust)
     EXPECT_EQ(E->plus(F, f.m), F);
     // Any other expression: the receiver, the argument, or a new node.
     EXPECT_EQ(f.x->plus(F, f.m), f.x);
+    EXPECT_EQ(f.x->plus(B, f.m), f.x);
     EXPECT_EQ(f.x->plus(T, f.m), T);
+    EXPECT_EQ(f.x->plus(E, f.m), E);
     EXPECT_EQ(f.x->mult(B, f.m), B);
+    EXPECT_EQ(f.x->mult(F, f.m), F);
     EXPECT_EQ(f.x->mult(E, f.m), f.x);
+    EXPECT_EQ(f.x->mult(T, f.m), f.x);
     Expression* both = f.x->plus(f.x, f.m);
     EXPECT_NE(dynamic_cast<OrExpression*>(both), nullptr);
     EXPECT_NE(dynamic_cast<AndExpression*>(f.x->mult(f.x, f.m)), nullptr);

@@ -9,30 +9,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <dirent.h>
 #include <sstream>
 #include <string>
-#include <sys/stat.h>
 #include <vector>
 
 inline tarn_output run_bram_in(const std::string& dir, const std::vector<std::string>& args)
 {
     return run_in(TARN_BINARY_DIR "/driver/bram", dir, args);
-}
-
-inline std::vector<std::string> files_with_suffix(const std::string& dir, const std::string& suffix)
-{
-    std::vector<std::string> names;
-    if (DIR* d = opendir(dir.c_str())) {
-        while (dirent* e = readdir(d)) {
-            std::string n = e->d_name;
-            if (n.size() > suffix.size() && n.compare(n.size() - suffix.size(), suffix.size(), suffix) == 0)
-                names.push_back(n.substr(0, n.size() - suffix.size()));
-        }
-        closedir(d);
-    }
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 inline std::vector<std::string> words(const std::string& text)

@@ -108,18 +108,6 @@ TEST(ReaderData, EvaluationForms)
     EXPECT_EQ(second->getConstantIndex(), r.parser->corres_constant[1]);
 }
 
-TEST(ReaderData, MarkedArgumentNamingItsOwnLineIsACycle)
-{
-    // "$" n in an argument list names evaluation line n, so "$1" inside
-    // line 1 reads the line itself.
-    run_result r = run_tarn("module: m 0 0 output: o : t ;" + empty_wood +
-                                "binding: (0, 1): value: 1; end: evaltable: 1: %0($1, $0); 0: $0; end:"
-                                " data: type: t; method: t mk_f(t, t); constant: t mk_a \"a\"; t mk_b \"b\"; end:",
-                            "-blif");
-    EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.errors.find("node 1 reads itself"), std::string::npos) << r.errors;
-}
-
 TEST(ReaderData, ModuleFilesAreFoundByTheirFirstLine)
 {
     std::string dir = testing::TempDir();

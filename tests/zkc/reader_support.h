@@ -42,16 +42,4 @@ inline read_result read_zkc(const std::string& text, const std::string& suffix =
     return r;
 }
 
-// The built tarn on a file holding `text`, with `options` behind the name.
-struct run_result {
-    int status = -1;
-    std::string errors;
-};
-inline run_result run_tarn(const std::string& text, const std::string& options = "-no_suppress_wires")
-{
-    scratch_dir dir;
-    tarn_output r = run_tarn_in(dir.path, {dir.write("m.zkc", text), options});
-    return {r.status, r.err};
-}
-
 #endif

@@ -66,7 +66,6 @@ TEST(ZkcGrammar, RejectsWhatTheFormatLeavesOut)
          "module: m 0 0 output: o ; memorized: p o 0; connexion: S R T; " + empty_wood},
         {"short node line", head + "equation_def: 1 0: -1:-3,1 expressions: end:"},
         {"missing end of the wood", head + "equation_def: 0 expressions:"},
-        {"empty file", ""},
     };
     for (const auto& c : cases) {
         read_result r = read_zkc(c.text);
