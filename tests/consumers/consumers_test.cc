@@ -91,8 +91,9 @@ void check(const subject& x, unsigned trace_seed, checked* result = nullptr)
     trace t = random_trace(inputs.size(), trace_seed);
 
     port_values expected = run_c(s, x.name, inputs, outputs, t);
-    if (have("yosys"))
+    if (have("yosys")) {
         EXPECT_EQ(run_blif(s, x.name, inputs, outputs, t), expected) << "BLIF against the C";
+    }
     // abc reads the same netlists; its statistics line shows it took the
     // whole model, and it would warn of a net that no cover drives.
     if (have("berkeley-abc")) {

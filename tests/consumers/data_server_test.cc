@@ -129,8 +129,9 @@ void check_replies(const scratch_dir& s, const server_case& x)
                     ".cc 2> server_gxx.txt && cp '" + stand_in + "' mosk");
     ASSERT_EQ(built, 0) << read_file(s.path + "/server_gxx.txt");
     ASSERT_FALSE(stand_in.empty());
-    if (x.warning_free)
+    if (x.warning_free) {
         EXPECT_EQ(read_file(s.path + "/server_gxx.txt"), "");
+    }
     std::string requests, expected = "application " + x.file + ".zkc\n";
     for (const exchange& e : x.exchanges) {
         requests += e.first + "\n";

@@ -183,8 +183,9 @@ TEST(SystemCConsumer, ValuedModuleFollowsItsCUnlessTwoBindingsShareAClock)
             }
         }
         EXPECT_GT(absent, 5);
-        if (second)
+        if (second) {
             EXPECT_GT(differ, 5);
+        }
     }
 }
 

@@ -94,8 +94,9 @@ TEST(VhdlConsumer, ExamplesAndGeneratedModulesFollowTheC)
             scratch_dir s;
             copy_example(s.path, name);
             module_run r = check(s, name, 7, altera);
-            if (r.compared > 0)
+            if (r.compared > 0) {
                 EXPECT_GT(r.changes, 0) << name;
+            }
         }
     // A valued input and a valued output fed through its clock by a binding
     // over the memorised value of the output: both compared.

@@ -148,8 +148,9 @@ TEST(BadInput, EachKindHasItsMessageAndStatus)
             EXPECT_EQ(r.err, c.err);
         EXPECT_EQ(exists(s.path + "/in.c"), c.status == 0);
         // A fatal error keeps the parser's trace of the lines read before it.
-        if (c.kind == std::string("undefined node"))
+        if (c.kind == std::string("undefined node")) {
             EXPECT_NE(read_file(s.path + "/in.zkc.log"), "");
+        }
     }
 }
 

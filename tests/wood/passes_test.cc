@@ -534,21 +534,25 @@ TEST(WholeWoodPasses, PassesKeepTheValuesOfTheEvaluator)
         for (int k = 0; k < 16; ++k) {
             std::vector<bool> after = evaluate(b, inputs[k]);
             for (long i = 0; i < n; ++i)
-                if (w.exp_table[i] != nullptr && w.exp_table[i]->abstraction == 0 && i != literal)
+                if (w.exp_table[i] != nullptr && w.exp_table[i]->abstraction == 0 && i != literal) {
                     ASSERT_EQ(after[i], before[k][i]) << "pass " << pass << " variable " << i;
+                }
         }
         for (long i = 0; i < n; ++i) {
             removed += had[i] && w.exp_table[i] == nullptr ? 1 : 0;
             bool constant = true; // as far as the samples tell
             for (int k = 1; k < 16; ++k) constant = constant && before[k][i] == before[0][i];
-            if (pass == 4)
+            if (pass == 4) {
                 EXPECT_EQ(w.exp_table[i] == nullptr, !had[i] || (isolated[i] && !listed[i])) << "clean " << i;
-            else if (had[i] && (unread[i] || (pass == 0 && !constant && (abstract_reader[i] || kept[i])) || (pass == 1 && kept[i])))
+            } else if (had[i] && (unread[i] || (pass == 0 && !constant && (abstract_reader[i] || kept[i])) || (pass == 1 && kept[i]))) {
                 EXPECT_NE(w.exp_table[i], nullptr) << "pass " << pass << " took " << i;
-            if ((pass == 0 || (pass == 1 && !kept[i])) && read_constant[i])
+            }
+            if ((pass == 0 || (pass == 1 && !kept[i])) && read_constant[i]) {
                 EXPECT_EQ(w.exp_table[i], nullptr) << "pass " << pass << " left the read constant " << i;
-            if (pass == 2 && local[i] && w.exp_table[i] != nullptr)
+            }
+            if (pass == 2 && local[i] && w.exp_table[i] != nullptr) {
                 EXPECT_TRUE(w.amont_table[i].empty()) << "local left read " << i;
+            }
         }
         std::string state = tables_state(b);
         w.internal_global_build_dependances();
