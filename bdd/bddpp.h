@@ -332,7 +332,8 @@ private:
         std::size_t begin = id == 0 ? 0 : ends[id - 1];
         return std::string_view(chars.data() + begin, ends[id] - begin);
     }
-    std::size_t slot_of(const std::string& name, std::size_t& hash) const;
+    // The slot holding the name, or the free slot where it would go.
+    std::size_t slot_of(const std::string& name) const;
     void grow();
     std::vector<char> chars;
     std::vector<std::size_t> ends;   // by id: end of its name in chars

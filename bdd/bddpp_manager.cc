@@ -90,8 +90,8 @@ const char* bddpp_manager::Bdd_version() { return ::Bdd_version(); }
 
 // ------------------------------------------------------------ creation names
 
-std::size_t creation_names::slot_of(const std::string& name, std::size_t& hash) const {
-    hash = std::hash<std::string_view>()(name);
+std::size_t creation_names::slot_of(const std::string& name) const {
+    const std::size_t hash = std::hash<std::string_view>()(name);
     const std::size_t mask = slots.size() - 1;
     std::size_t i = hash & mask;
     while (slots[i] != 0 && text_of(slots[i] - 1) != name) i = (i + 1) & mask;
@@ -100,15 +100,13 @@ std::size_t creation_names::slot_of(const std::string& name, std::size_t& hash) 
 
 long creation_names::find(const std::string& name) const {
     if (slots.empty()) return -1;
-    std::size_t hash;
-    std::uint32_t held = slots[slot_of(name, hash)];
+    std::uint32_t held = slots[slot_of(name)];
     return held == 0 ? -1 : static_cast<long>(held) - 1;
 }
 
 std::pair<long, bool> creation_names::try_emplace(const std::string& name) {
     if (2 * (ends.size() + 1) > slots.size()) grow();
-    std::size_t hash;
-    std::size_t i = slot_of(name, hash);
+    std::size_t i = slot_of(name);
     if (slots[i] != 0) return {static_cast<long>(slots[i]) - 1, false};
     if (ends.size() >= UINT32_MAX - 1) {
         std::cerr << "too many decision diagram variables" << std::endl;
