@@ -20,7 +20,7 @@ void Bddexpression::put_zkc_2_0_4(std::ostream& out, long* table)
     long index = wood->bdd_manager->Bdd_if_index(bdd_var);
     out << early_date << " " << getLateDate() << " " << table[index] << ":";
     if (initialised(bdd_exp))
-        out << bdd_exp.node()->incremental_id << "," << bdd_exp.link_type();
+        out << wood->bdd_manager->incremental_id(bdd_exp.node()) << "," << bdd_exp.link_type();
     else
         out << -3 << "," << -3;
 }

@@ -153,7 +153,7 @@ public:
     std::string suffix;  // added to every signal's internal name
     std::string hierarchy;
     Bddexpressionwood* wood = nullptr;
-    std::list<Signal*> signals;  // each signal made so far, in file order
+    std::vector<Signal*> signals;  // each signal made so far, in file order
     std::list<std::string>* authorised_inputs = nullptr;
     std::list<std::string>* authorised_outputs = nullptr;
     long node_count = 0;  // the number after "equation_def:"
