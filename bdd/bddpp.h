@@ -344,7 +344,7 @@ private:
     std::size_t slot_of(const std::string& name) const;
     void grow();
     std::vector<char> chars;
-    std::vector<std::size_t> ends;   // by id: end of its name in chars
+    std::vector<std::uint32_t> ends; // by id: end of its name in chars
     std::vector<std::uint32_t> slots; // id + 1 by hash, 0 free; at most half full
 };
 

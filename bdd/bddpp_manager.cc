@@ -122,8 +122,12 @@ std::pair<long, bool> creation_names::try_emplace(const std::string& name) {
         std::cerr << "too many decision diagram variables" << std::endl;
         std::exit(1);
     }
+    if (name.size() > UINT32_MAX - chars.size()) {
+        std::cerr << "decision diagram variable names too long" << std::endl;
+        std::exit(1);
+    }
     chars.insert(chars.end(), name.begin(), name.end());
-    ends.push_back(chars.size());
+    ends.push_back(static_cast<std::uint32_t>(chars.size()));
     slots[i] = static_cast<std::uint32_t>(ends.size());
     return {static_cast<long>(ends.size()) - 1, true};
 }
