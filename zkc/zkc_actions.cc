@@ -240,7 +240,7 @@ void class_zkc_parser::wood_catch_up()
 namespace {
 
 // The most node lines reserved ahead from the count a file announces.
-constexpr long max_reserved_lines = 1L << 24;
+constexpr long max_reserved_lines = 1L << 21;
 
 } // namespace
 
