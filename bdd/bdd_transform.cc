@@ -91,7 +91,7 @@ IndexSet bddpp_manager::set_of_id_depend_on(const bdd& f)
         return {};
     }
     if (f.node() == nullptr) return {};
-    const std::vector<long>& ids = f.node()->depends();
+    const std::vector<int>& ids = f.node()->depends();
     return IndexSet(ids.begin(), ids.end());
 }
 
@@ -112,8 +112,8 @@ bool bddpp_manager::exists_common_variables(const bdd& f, const bdd& g)
 {
     if (f.manager_ref() == this && g.manager_ref() == this && f.node() != nullptr && g.node() != nullptr) {
         // Both supports are sorted: one merge answers.
-        const std::vector<long>& a = f.node()->depends();
-        const std::vector<long>& b = g.node()->depends();
+        const std::vector<int>& a = f.node()->depends();
+        const std::vector<int>& b = g.node()->depends();
         for (auto i = a.begin(), j = b.begin(); i != a.end() && j != b.end();) {
             if (*i == *j) return true;
             if (*i < *j)

@@ -123,7 +123,7 @@ bdd bddpp_manager::compose_remembering(const bdd& f, long v_index, const bdd& g)
         std::uint32_t r = x.node->rebuilt;
         if ((r & ~3u) != stamp || !(r & link_bit(x.link))) return false;
         if (index > v_index) return true;
-        const std::vector<long>* support = known_depends(x.node);
+        const std::vector<int>* support = known_depends(x.node);
         return support && !std::binary_search(support->begin(), support->end(), v_id);
     };
     // Whether rebuilding the position gives it back and makes nothing, as
@@ -206,7 +206,7 @@ bdd bddpp_manager::compose_remembering(const bdd& f, long v_index, const bdd& g)
         link_ref root{f.link_type(), f.node()};
         long index = Node_index(root.node);
         if (index >= 0 && index < v_index && rebuilds_to_itself(root)) {
-            const std::vector<long>& support = root.node->depends();
+            const std::vector<int>& support = root.node->depends();
             if (!std::binary_search(support.begin(), support.end(), v_id)) return f;
         }
     }

@@ -96,7 +96,7 @@ public:
     // Ids of all the variables of the cone at and below this node,
     // ascending; empty for the terminal. Worked out at the first question
     // and kept with the node (the cone below a node never changes).
-    const std::vector<long>& depends() const;
+    const std::vector<int>& depends() const;
     // Whether `v` is in depends().
     bool depends_on_id(long v) const;
 
@@ -809,9 +809,9 @@ private:
     void enter_registry();
     // The nodes' depends() sets, by bdd_node::depends_place - 1; a freed
     // node's place is reused.
-    std::deque<std::vector<long>> depends_store;
+    std::deque<std::vector<int>> depends_store;
     std::vector<std::uint32_t> depends_free;
-    const std::vector<long>* known_depends(const bdd_node* n) const {
+    const std::vector<int>* known_depends(const bdd_node* n) const {
         return n->depends_place ? &depends_store[n->depends_place - 1] : nullptr;
     }
 

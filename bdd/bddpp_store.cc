@@ -208,7 +208,7 @@ bdd_node::~bdd_node() {
     }
     if (depends_place) {
         bddpp_manager* m = manager();
-        m->depends_store[depends_place - 1] = std::vector<long>();
+        m->depends_store[depends_place - 1] = std::vector<int>();
         m->depends_free.push_back(depends_place);
     }
 }
@@ -218,14 +218,14 @@ bool bdd_node::operator==(const bdd_node& other) const {
            then_node == other.then_node && else_node == other.else_node;
 }
 
-const std::vector<long>& bdd_node::depends() const {
-    static const std::vector<long> none;
+const std::vector<int>& bdd_node::depends() const {
+    static const std::vector<int> none;
     bddpp_manager* m = manager();
     if (!m || id < 0) return none;
-    if (const std::vector<long>* known = m->known_depends(this)) return *known;
+    if (const std::vector<int>* known = m->known_depends(this)) return *known;
     // One walk of the cone; a node below that already knows its set gives
     // it whole. Only the asked node keeps the result.
-    std::vector<long> ids;
+    std::vector<int> ids;
     std::vector<const bdd_node*> stack{this};
     std::unordered_set<const bdd_node*> seen;
     while (!stack.empty()) {
@@ -233,7 +233,7 @@ const std::vector<long>& bdd_node::depends() const {
         stack.pop_back();
         if (!seen.insert(n).second || n->id < 0) continue;
         if (n != this && n->depends_place) {
-            const std::vector<long>& below = *m->known_depends(n);
+            const std::vector<int>& below = *m->known_depends(n);
             ids.insert(ids.end(), below.begin(), below.end());
             continue;
         }
@@ -243,6 +243,7 @@ const std::vector<long>& bdd_node::depends() const {
     }
     std::sort(ids.begin(), ids.end());
     ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
+    ids.shrink_to_fit(); // kept with the node for good
     if (m->depends_free.empty()) {
         m->depends_store.push_back(std::move(ids));
         depends_place = static_cast<std::uint32_t>(m->depends_store.size());
@@ -255,7 +256,7 @@ const std::vector<long>& bdd_node::depends() const {
 }
 
 bool bdd_node::depends_on_id(long v) const {
-    const std::vector<long>& d = depends();
+    const std::vector<int>& d = depends();
     return std::binary_search(d.begin(), d.end(), v);
 }
 
