@@ -10,6 +10,7 @@
 
 #include <cstdlib>
 #include <map>
+#include <memory>
 #include <random>
 #include <regex>
 #include <sstream>
@@ -37,6 +38,26 @@ struct c_port {
 inline int run(const std::string& command) { return WEXITSTATUS(std::system(command.c_str())); }
 
 inline bool have(const char* tool) { return run(std::string("command -v ") + tool + " > /dev/null 2>&1") == 0; }
+
+// `file` holding `source`, built by g++ with `options` into `product` once
+// per test process, in a folder kept to the end: the product's path, or
+// empty (and a failure) when g++ refuses it.
+inline std::string built_once(const std::string& file, const std::string& source, const std::string& options,
+                              const std::string& product)
+{
+    static std::map<std::string, std::string> built;
+    static std::vector<std::unique_ptr<scratch_dir>> dirs;
+    if (built.count(file) == 0) {
+        dirs.push_back(std::make_unique<scratch_dir>());
+        const scratch_dir& dir = *dirs.back();
+        dir.write(file, source);
+        bool ok = run("cd '" + dir.path + "' && g++ " + options + " " + file + " -o " + product + " 2> gxx.txt") == 0;
+        if (!ok)
+            ADD_FAILURE() << file << " does not build\n" << read_file(dir.path + "/gxx.txt");
+        built[file] = ok ? dir.path + "/" + product : "";
+    }
+    return built[file];
+}
 
 // The reaction's parameters as the header declares them, pointers being
 // outputs. False when a parameter is of another type.
@@ -80,6 +101,20 @@ inline std::vector<c_port> presences(const std::vector<std::string>& names)
     for (const std::string& n : names)
         ports.push_back({n});
     return ports;
+}
+
+// The "error:" messages of gcc or g++, without their place.
+inline std::vector<std::string> error_messages(const std::string& errors)
+{
+    std::vector<std::string> messages;
+    std::istringstream lines(errors);
+    std::string line;
+    while (std::getline(lines, line)) {
+        std::size_t at = line.find(" error: ");
+        if (at != std::string::npos)
+            messages.push_back(line.substr(at + 8));
+    }
+    return messages;
 }
 
 // Each step a presence of 0 or 1 and a value from 0 to 59.

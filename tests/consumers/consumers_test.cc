@@ -215,13 +215,9 @@ TEST(Consumers, AccuCIsRefusedForItsBoundOutputsOnly)
                   "/examples/user' -c accu.c 2> gcc.txt"),
               0);
     std::string errors = read_file(s.path + "/gcc.txt");
-    std::regex error_line(R"(error: [^\n]*)");
-    std::vector<std::string> found;
-    for (auto it = std::sregex_iterator(errors.begin(), errors.end(), error_line); it != std::sregex_iterator(); ++it)
-        found.push_back(it->str());
-    EXPECT_EQ(found, (std::vector<std::string>{"error: 'total_val' undeclared (first use in this function)",
-                                               "error: 'level_val' undeclared (first use in this function)",
-                                               "error: 'total' undeclared (first use in this function)",
-                                               "error: 'level' undeclared (first use in this function)"}))
+    EXPECT_EQ(error_messages(errors), (std::vector<std::string>{"'total_val' undeclared (first use in this function)",
+                                                                "'level_val' undeclared (first use in this function)",
+                                                                "'total' undeclared (first use in this function)",
+                                                                "'level' undeclared (first use in this function)"}))
         << errors;
 }

@@ -11,7 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -91,21 +90,7 @@ struct server_case {
     std::string reactions = "", printed = ""; // for mosk, and what it prints
 };
 
-// The stand-in, built at the first call.
-std::string stand_in_binary()
-{
-    static std::unique_ptr<scratch_dir> dir;
-    static std::string binary;
-    if (dir == nullptr) {
-        dir = std::make_unique<scratch_dir>();
-        dir->write("mosk.cc", stand_in);
-        if (run("cd '" + dir->path + "' && g++ -o mosk mosk.cc 2> gxx.txt") == 0)
-            binary = dir->path + "/mosk";
-        else
-            ADD_FAILURE() << read_file(dir->path + "/gxx.txt");
-    }
-    return binary;
-}
+std::string stand_in_binary() { return c_reference::built_once("mosk.cc", stand_in, "", "mosk"); }
 
 // Writes the server and builds it; then runs it with the stand-in first on
 // its PATH and checks the stand-in's log; then, given reactions, with the

@@ -13,7 +13,6 @@
 
 #include <fstream>
 #include <map>
-#include <memory>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -70,21 +69,7 @@ int sc_main(int argc, char* argv[])
 }
 )";
 
-// The wrapper's object, compiled at the first call.
-inline std::string wrapper_object()
-{
-    static std::unique_ptr<scratch_dir> dir;
-    static std::string object;
-    if (dir == nullptr) {
-        dir = std::make_unique<scratch_dir>();
-        dir->write("wrapper.cc", wrapper_text);
-        if (run("cd '" + dir->path + "' && g++ -c wrapper.cc -o wrapper.o 2> gxx.txt") == 0)
-            object = dir->path + "/wrapper.o";
-        else
-            ADD_FAILURE() << "the SystemC wrapper does not compile\n" << read_file(dir->path + "/gxx.txt");
-    }
-    return object;
-}
+inline std::string wrapper_object() { return built_once("wrapper.cc", wrapper_text, "-c", "wrapper.o"); }
 
 // The adapter of a module: one line of the trace per reaction, the
 // outputs written on one line.
@@ -107,20 +92,6 @@ inline compiled compile_unit(const scratch_dir& s, const std::string& module, co
     int status = run("cd '" + s.path + "' && LC_ALL=C g++ " + flags + " -c " + module + "_sc.cc -o " + module +
                      "_sc.o 2> gxx.txt");
     return {status, read_file(s.path + "/gxx.txt")};
-}
-
-// The "error:" messages of g++, without their place.
-inline std::vector<std::string> error_messages(const std::string& errors)
-{
-    std::vector<std::string> messages;
-    std::istringstream lines(errors);
-    std::string line;
-    while (std::getline(lines, line)) {
-        std::size_t at = line.find(" error: ");
-        if (at != std::string::npos)
-            messages.push_back(line.substr(at + 8));
-    }
-    return messages;
 }
 
 // The names g++ finds undeclared.
