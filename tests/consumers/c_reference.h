@@ -242,6 +242,51 @@ inline port_values run_c(const scratch_dir& s, const std::string& module, const 
     return run_c(s, module, presences(inputs), presences(outputs), t);
 }
 
+inline std::vector<std::string> names(const std::vector<c_port>& ports)
+{
+    std::vector<std::string> n;
+    for (const c_port& p : ports)
+        n.push_back(p.name);
+    return n;
+}
+
+// The bundled example `name` in `s`, or zkcgen's module of that name when
+// `equations` is not 0.
+inline void place_module(const scratch_dir& s, const std::string& name, long equations = 0, int seed = 0)
+{
+    if (equations == 0)
+        copy_example(s.path, name);
+    else
+        generate_module(s.path, name, equations, seed);
+}
+
+// tarn run on <module>.zkc of `s` for its C and `options`, then the C
+// (built with `more`) on a random trace of `length` reactions: what tarn
+// said, the reaction's ports, the trace and the C's outputs.
+struct c_run {
+    tarn_output made;
+    std::vector<c_port> inputs, outputs;
+    trace t;
+    port_values c;
+};
+
+inline c_run run_with_c(const scratch_dir& s, const std::string& module, const std::vector<std::string>& options,
+                        unsigned trace_seed, const std::string& more = "", std::size_t length = steps)
+{
+    c_run r;
+    std::vector<std::string> args{module + ".zkc", "-c"};
+    args.insert(args.end(), options.begin(), options.end());
+    r.made = run_tarn_in(s.path, args);
+    EXPECT_EQ(r.made.status, 0) << r.made.err;
+    if (r.made.status != 0 || !read_ports(read_file(s.path + "/" + module + ".h"), module, r.inputs, r.outputs)) {
+        ADD_FAILURE() << "no reaction in " << module << ".h";
+        return r;
+    }
+    r.t = random_trace(r.inputs, trace_seed, length);
+    r.c = run_c(s, module, r.inputs, r.outputs, r.t, more);
+    return r;
+}
+
 } // namespace c_reference
 
 #endif

@@ -159,26 +159,22 @@ struct sc_run {
 inline sc_run compare_with_c(const scratch_dir& s, const std::string& module, unsigned trace_seed)
 {
     sc_run result;
-    EXPECT_EQ(run_tarn_in(s.path, {module + ".zkc", "-c", "-systemc"}).status, 0);
-    std::vector<std::string> inputs, outputs, sc_inputs, sc_outputs;
-    EXPECT_TRUE(read_prototype(read_file(s.path + "/" + module + ".h"), module, inputs, outputs));
+    c_run c = run_with_c(s, module, {"-systemc"}, trace_seed);
+    std::vector<std::string> inputs = names(c.inputs), outputs = names(c.outputs), sc_inputs, sc_outputs;
     EXPECT_TRUE(read_prototype(read_file(s.path + "/" + module + "_sc.h"), module, sc_inputs, sc_outputs));
     EXPECT_EQ(sc_inputs, inputs);
     EXPECT_EQ(sc_outputs, outputs);
     if (!compile_with_known_fault(s, module, &result.refused))
         return result;
-    trace t = random_trace(inputs.size(), trace_seed);
-    port_values c = run_c(s, module, inputs, outputs, t);
-    port_values sc = read_values(simulate(s, module, adapter(module, presences(inputs), presences(outputs)),
-                                          trace_text(t, inputs.empty())),
-                                 presences(outputs), t.size());
+    port_values sc = read_values(simulate(s, module, adapter(module, c.inputs, c.outputs), trace_text(c.t, inputs.empty())),
+                                 c.outputs, c.t.size());
     std::set<std::string> unset = facts_of(s.path + "/" + module + ".zkc").reading_pre;
     for (const std::string& o : outputs) {
         if (unset.count(o) != 0) {
             result.undefined_outputs.insert(o);
             continue;
         }
-        EXPECT_EQ(sc[o], c[o]) << "output " << o;
+        EXPECT_EQ(sc[o], c.c[o]) << "output " << o;
         ++result.compared;
     }
     return result;
@@ -193,7 +189,7 @@ inline void sweep(int count, long first, long growth, int seed_base)
         std::string name = "gen" + std::to_string(seed_base + k);
         SCOPED_TRACE(name);
         scratch_dir s;
-        generate_module(s.path, name, first + k * growth, seed_base + k);
+        place_module(s, name, first + k * growth, seed_base + k);
         sc_run r = compare_with_c(s, name, 200 + seed_base + k);
         compared += r.compared;
         undefined += r.undefined_outputs.size();
