@@ -33,7 +33,7 @@ void print_eval_lines(bddpp_manager* m, const EvalForm& form, std::ostream& out,
             out << form.terminal_lead << form.slot(n) << form.sign << form.terminal_text << form.line_end << "\n";
             return;
         }
-        std::string x = form.var_prefix + m->var_names[n->id] + form.var_suffix;
+        std::string x = form.var_prefix + std::string(m->var_name(n->id)) + form.var_suffix;
         out << form.lead << form.slot(n) << form.sign;
         if (bdd_walk::is_own_node(n, m->one)) {
             out << x << form.line_end << "\n";
@@ -180,7 +180,7 @@ void bddpp_manager::Print_node_for_eval_BLIF(const std::string& spare, const std
             out << ".names " << signal << "\n1\n\n";
             return;
         }
-        std::string v = var_names[n->id] + suffix;
+        std::string v = std::string(var_name(n->id)) + suffix;
         if (bdd_walk::is_own_node(n, one)) {
             out << ".names " << v << " " << signal << "\n1 1\n\n";
             return;
@@ -197,7 +197,7 @@ void bddpp_manager::Print_node_for_eval_VHDL_reset_input(const std::string& name
 {
     if (map == nullptr) return;
     for (bdd_node* n : map->nodes_in_key_order()) {
-        if (n->id < 0 || node_by_id[n->id] != n || var_names[n->id] != var_name) continue;
+        if (n->id < 0 || node_by_id[n->id] != n || this->var_name(n->id) != var_name) continue;
         out << "      " << name << "(" << n->global_id << ") <= '0';\n";
     }
 }
@@ -208,7 +208,7 @@ void bddpp_manager::Print_node_for_eval_VHDL_input(const std::string& prefix, co
 {
     if (map == nullptr) return;
     for (bdd_node* n : map->nodes_in_key_order()) {
-        if (n->id < 0 || node_by_id[n->id] != n || var_names[n->id] != var_name) continue;
+        if (n->id < 0 || node_by_id[n->id] != n || this->var_name(n->id) != var_name) continue;
         n->mark = 1;
         out << "      " << name << "(" << n->global_id << ") <= " << prefix << var_name << suffix << ";\n";
     }
@@ -224,30 +224,30 @@ std::string bdd::vhdl_node_name(const std::string& prefix) const
 
 namespace {
 
-long child_number(const bdd_node* child)
+long child_number(const bddpp_manager& m, const bdd_node* child)
 {
-    return child == nullptr ? -3 : child->incremental_id;
+    return child == nullptr ? -3 : m.incremental_id(child);
 }
 
 } // namespace
 
 void bddpp_manager::Print_bdd_node(std::ostream& out, bdd_node* node)
 {
-    out << node->incremental_id << ": " << Node_index(node) << ":" << child_number(node->then_node) << ":"
-        << child_number(node->else_node) << "," << node->else_link_type;
+    out << incremental_id(node) << ": " << Node_index(node) << ":" << child_number(*this, node->then_node) << ":"
+        << child_number(*this, node->else_node) << "," << node->else_link_type;
 }
 
 void bddpp_manager::Print_bdd_node(std::ostream& out, bdd_node* node, long* index_map)
 {
     long index = Node_index(node);
     if (index >= 0) index = index_map[index];
-    out << node->incremental_id << ": " << index << ":" << child_number(node->then_node) << ":"
-        << child_number(node->else_node) << "," << node->else_link_type;
+    out << incremental_id(node) << ": " << index << ":" << child_number(*this, node->then_node) << ":"
+        << child_number(*this, node->else_node) << "," << node->else_link_type;
 }
 
 void bddpp_manager::Print_bdd_node_with_adress(std::ostream& out, bdd_node* node)
 {
-    out << node->incremental_id << ": " << Node_index(node) << ":" << static_cast<const void*>(node->then_node) << ":"
+    out << incremental_id(node) << ": " << Node_index(node) << ":" << static_cast<const void*>(node->then_node) << ":"
         << static_cast<const void*>(node->else_node) << "," << node->else_link_type;
 }
 
@@ -273,7 +273,7 @@ void bddpp_manager::Print_bdds_list_by_nodes_list(std::ostream& out, std::list<b
     long next = 0;
     for (const bdd& f : functions) next = Bdd_incremental_id(f.node(), next);
     out << "bdd_vars: \n";
-    for (long id = 0; id < variables_number; ++id) out << (id > 0 ? "," : "") << var_names[id];
+    for (long id = 0; id < variables_number; ++id) out << (id > 0 ? "," : "") << var_name(id);
     out << ";\n"
         << "bdd_nodes: \n";
     for (const bdd& f : functions) Bdd_clear_marks(f);
@@ -330,17 +330,17 @@ void bddpp_manager::Print_structure_lines(std::ostream& out, int indent, bdd_nod
             if (!task.text.empty()) line(task.indent, task.text);
             continue;
         }
-        long number = global ? n->global_id : n->incremental_id;
+        long number = global ? n->global_id : incremental_id(n);
         std::string where = " (node: " + std::to_string(number) + index_word + std::to_string(Node_index(n)) + ")";
         if (!global && n->mark) {
-            line(task.indent, "already found node: " + std::to_string(n->incremental_id));
+            line(task.indent, "already found node: " + std::to_string(incremental_id(n)));
             continue;
         }
         if (n == one) {
             line(task.indent, "1" + where);
             continue;
         }
-        const std::string& name = var_names[n->id];
+        std::string name(var_name(n->id));
         if (bdd_walk::is_own_node(n, one)) {
             line(task.indent, name + where);
             continue;
@@ -466,7 +466,7 @@ void bddpp_manager::Bdd_stats(std::ostream& out)
         out << "Index (Id): name --> signature\n";
         for (long index = 0; index < variables_number; ++index) {
             long id = id_by_index[index];
-            out << index << "(" << id << "): " << var_names[id] << " --> " << node_by_id[id]->signature() << "\n";
+            out << index << "(" << id << "): " << var_name(id) << " --> " << node_by_id[id]->signature() << "\n";
         }
     }
     std::vector<bdd_node*> nodes;

@@ -218,7 +218,7 @@ std::string bddpp_manager::Print_product_to_String_pref_suff(const std::string& 
         if (!first) text += and_word;
         first = false;
         if (literal == 0) text += not_open;
-        text += prefix + var_names[id_by_index[i]] + suffix;
+        text += prefix + std::string(var_name(id_by_index[i])) + suffix;
         if (literal == 0) text += not_close;
     };
     if (plain_operators) {
@@ -428,7 +428,7 @@ void bddpp_manager::PLA_print(std::ostream& out, long* index_map, const bdd& out
 {
     auto name = [&](long index) {
         if (index_map != nullptr) return std::to_string(index_map[index]);
-        return var_names[id_by_index[index]];
+        return std::string(var_name(id_by_index[index]));
     };
     std::vector<int> present(variables_number > 0 ? variables_number : 1, 0);
     Present_variables(f, present.data());

@@ -17,6 +17,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <deque>
 #include <iosfwd>
 #include <list>
@@ -52,18 +53,18 @@ long bdd_node_signature(long id, int else_link_type, bdd_node* then_node,
 class bdd_node {
 public:
     // What the unique table and the operators read comes first; the whole
-    // node is 48 bytes: the manager is a 16-bit slot of the managers'
-    // registry and the cone's variables, once asked, live in the manager.
+    // node is 40 bytes: the manager is a 16-bit slot of the managers'
+    // registry, and the cone's variables, once asked, and the numbers of
+    // the numbering walks live in the manager.
     bdd_node* then_node;
     bdd_node* else_node;
-    long global_id;      // serial number in the manager, never reused
+    std::int32_t global_id; // serial number in the manager, never reused
     int id;              // decision variable; -1 terminal, -3 default-built
     int references;      // handles and parent nodes that point here
     // Links (bit 0 normal, bit 1 inverse) at which rebuilding the cone
     // node by node is known to give this very node and make none, above
     // the unique table's removal count; see compose_remembering.
     std::uint32_t rebuilt = 0;
-    int incremental_id;  // scratch number of Bdd_incremental_id walks
     // 1 + the place of depends() in the manager's store; 0 until asked.
     mutable std::uint32_t depends_place = 0;
     int else_link_type : 8;   // 1 normal, -1 inverse
@@ -114,12 +115,16 @@ private:
     friend class bdd_unique_table;
     struct not_integrated {};
     static unsigned slot_of(const bddpp_manager* m);
+    static constexpr long max_global_id = INT32_MAX;
+    // Ends the process: a manager has made more nodes than a global id holds.
+    [[noreturn]] static void too_many_nodes();
     // Leaves the entry in the unique table to the caller; the children are
     // real nodes of the manager.
     bdd_node(bddpp_manager* m, long id_, int else_link, bdd_node* then_n, bdd_node* else_n,
              long gid, not_integrated)
-        : then_node(then_n), else_node(else_n), global_id(gid), id(static_cast<int>(id_)),
-          references(0), incremental_id(0), else_link_type(else_link), mark(0), manager_slot(slot_of(m)) {
+        : then_node(then_n), else_node(else_n), global_id(static_cast<std::int32_t>(gid)), id(static_cast<int>(id_)),
+          references(0), else_link_type(else_link), mark(0), manager_slot(slot_of(m)) {
+        if (gid > max_global_id) too_many_nodes();
         // A child with a negative global_id ends the process here, as its
         // signature would.
         if (then_n->global_id < 0 || else_n->global_id < 0) bdd_node_signature(id, else_link, then_n, else_n);
@@ -296,7 +301,9 @@ public:
     // Writable slot i (i below the length): the stored part grows to it.
     T& operator[](std::size_t i) {
         if (i >= stored.size()) {
-            std::size_t want = stored.size() + stored.size() / 2;
+            // An eighth more: the tables end at most that far above the
+            // variables made (a half wasted a third of them).
+            std::size_t want = stored.size() + stored.size() / 8;
             if (want > length) want = length;
             if (want < i + 1) want = i + 1;
             stored.resize(want, filler);
@@ -326,18 +333,46 @@ public:
     // (second: whether it was entered).
     std::pair<long, bool> try_emplace(const std::string& name);
     long size() const { return static_cast<long>(ends.size()); }
-
-private:
+    // The name entered under id (below size()).
     std::string_view text_of(std::size_t id) const {
         std::size_t begin = id == 0 ? 0 : ends[id - 1];
         return std::string_view(chars.data() + begin, ends[id] - begin);
     }
+
+private:
     // The slot holding the name, or the free slot where it would go.
     std::size_t slot_of(const std::string& name) const;
     void grow();
     std::vector<char> chars;
-    std::vector<std::size_t> ends;   // by id: end of its name in chars
+    std::vector<std::uint32_t> ends; // by id: end of its name in chars
     std::vector<std::uint32_t> slots; // id + 1 by hash, 0 free; at most half full
+};
+
+// The variables' current names by id, as changes to the creation names: a
+// slot never given another name than its variable's creation name holds
+// nothing; another name lies, after its length, in one buffer of texts
+// (renaming appends, the old text stays).
+class current_names {
+public:
+    // The text given to the slot, or null when it holds none.
+    const std::string_view* given(std::size_t id, std::string_view& text) const {
+        std::uint64_t at = id < where.size() ? where[id] : 0;
+        if (at == 0) return nullptr;
+        std::uint32_t length;
+        std::memcpy(&length, texts.data() + (at - 1), sizeof length);
+        text = std::string_view(texts.data() + (at - 1) + sizeof length, length);
+        return &text;
+    }
+    // Gives the slot a text of its own.
+    void give(std::size_t id, std::string_view name);
+    // Back to the creation name.
+    void forget(std::size_t id) {
+        if (id < where.size()) where[id] = 0;
+    }
+
+private:
+    std::vector<std::uint64_t> where; // by id: 0, or 1 + the place of the length in texts
+    std::string texts;
 };
 
 class bddpp_manager {
@@ -345,13 +380,20 @@ public:
     long variables_number;
     long variables_capacity;  // size of the five tables by id or index
     long next_global_id;
-    variable_table<std::string> var_names; // by id; written only by the manager's own functions
+    // The current name of a variable (id below variables_capacity; the
+    // slots past variables_number that were never named read "").
+    std::string_view var_name(long id) const {
+        std::string_view text;
+        if (var_names.given(static_cast<std::size_t>(id), text)) return text;
+        return id < variables_number ? id_by_name.text_of(static_cast<std::size_t>(id)) : std::string_view();
+    }
     variable_table<bdd_node*> node_by_id;  // the variable's own node, by id
     variable_table<long> index_by_id;
     variable_table<long> id_by_index;
     variable_table<bdd_node*> assoc;       // see Bdd_assoc_bdd_to_var
     bdd_unique_table* map;
     creation_names id_by_name; // renaming leaves it
+    current_names var_names;   // written only by the manager's own functions
     long gc_calls;
     bdd_node* one; // the terminal, outside the unique table
 
@@ -772,6 +814,17 @@ private:
     const std::vector<long>* known_depends(const bdd_node* n) const {
         return n->depends_place ? &depends_store[n->depends_place - 1] : nullptr;
     }
+
+public:
+    // The number the last Bdd_incremental_id walk gave the node, by its
+    // global id (global ids are never reused); 0 for a node no walk reached.
+    long incremental_id(const bdd_node* n) const {
+        auto g = static_cast<std::size_t>(n->global_id);
+        return n->global_id >= 0 && g < incremental_ids.size() ? incremental_ids[g] : 0;
+    }
+
+private:
+    std::vector<std::int32_t> incremental_ids;
 };
 
 inline unsigned bdd_node::slot_of(const bddpp_manager* m) { return m ? m->registry_slot : 0; }

@@ -16,7 +16,6 @@
 // as it always did (empty names, id 0).
 void bddpp_manager::make_tables(long capacity) {
     variables_capacity = capacity;
-    var_names.resize(capacity);
     node_by_id.resize(capacity);
     index_by_id.resize(capacity);
     id_by_index.resize(capacity);
@@ -51,9 +50,8 @@ bddpp_manager::bddpp_manager()
 bddpp_manager::bddpp_manager(bddpp_manager* source)
     : variables_number(source->variables_number),
       variables_capacity(source->variables_capacity), next_global_id(2),
-      var_names(source->var_names), index_by_id(source->index_by_id),
-      id_by_index(source->id_by_index), map(nullptr), id_by_name(source->id_by_name),
-      gc_calls(0), one(nullptr) {
+      index_by_id(source->index_by_id), id_by_index(source->id_by_index), map(nullptr),
+      id_by_name(source->id_by_name), var_names(source->var_names), gc_calls(0), one(nullptr) {
     enter_registry();
     node_by_id.assign(variables_capacity, nullptr);
     assoc.assign(variables_capacity, nullptr);
@@ -104,6 +102,18 @@ long creation_names::find(const std::string& name) const {
     return held == 0 ? -1 : static_cast<long>(held) - 1;
 }
 
+void current_names::give(std::size_t id, std::string_view name) {
+    if (name.size() > UINT32_MAX) {
+        std::cerr << "decision diagram variable name too long" << std::endl;
+        std::exit(1);
+    }
+    if (id >= where.size()) where.resize(id + 1 + (id + 1) / 4, 0);
+    auto length = static_cast<std::uint32_t>(name.size());
+    where[id] = texts.size() + 1;
+    texts.append(reinterpret_cast<const char*>(&length), sizeof length);
+    texts.append(name.data(), name.size());
+}
+
 std::pair<long, bool> creation_names::try_emplace(const std::string& name) {
     if (2 * (ends.size() + 1) > slots.size()) grow();
     std::size_t i = slot_of(name);
@@ -112,8 +122,12 @@ std::pair<long, bool> creation_names::try_emplace(const std::string& name) {
         std::cerr << "too many decision diagram variables" << std::endl;
         std::exit(1);
     }
+    if (name.size() > UINT32_MAX - chars.size()) {
+        std::cerr << "decision diagram variable names too long" << std::endl;
+        std::exit(1);
+    }
     chars.insert(chars.end(), name.begin(), name.end());
-    ends.push_back(chars.size());
+    ends.push_back(static_cast<std::uint32_t>(chars.size()));
     slots[i] = static_cast<std::uint32_t>(ends.size());
     return {static_cast<long>(ends.size()) - 1, true};
 }
@@ -155,8 +169,8 @@ bdd_node* bddpp_manager::add_variable(const std::string& name, long index, bool 
     if (names_from_creation) {
         // A creation name is found through id_by_name: only a name given
         // to the free slot before has to leave the index.
-        if (!ids_by_current_name.empty()) unindex_name(var_names[id], id);
-        var_names[id] = name;
+        if (!ids_by_current_name.empty()) unindex_name(std::string(var_name(id)), id);
+        var_names.forget(static_cast<std::size_t>(id));
     } else {
         set_var_name(id, name);
     }
@@ -260,7 +274,7 @@ long bddpp_manager::Index_var_by_name(const std::string& name) const {
 // name instead of reading beyond it.
 std::string bddpp_manager::Name_var_by_id(long id) const {
     if (id < 0 || id >= variables_capacity) return "";
-    return var_names[id];
+    return std::string(var_name(id));
 }
 
 std::string bddpp_manager::Name_var_by_index(long index) const {
@@ -277,7 +291,7 @@ std::string bddpp_manager::Name_var_by_bdd(const bdd& f) {
                   << "(typebdd = " << (n ? n->id : -3) << ")" << std::endl;
         std::exit(1);
     }
-    return var_names[n->id];
+    return std::string(var_name(n->id));
 }
 
 long bddpp_manager::Bdd_if_id(const bdd& f) {
@@ -341,10 +355,13 @@ void bddpp_manager::unindex_name(const std::string& name, long id) {
 
 void bddpp_manager::set_var_name(long id, const std::string& name) {
     if (names_indexed || names_from_creation) {
-        unindex_name(var_names[id], id);
+        unindex_name(std::string(var_name(id)), id);
         index_name(name, id);
     }
-    var_names[id] = name;
+    if (id < variables_number && id_by_name.text_of(static_cast<std::size_t>(id)) == name)
+        var_names.forget(static_cast<std::size_t>(id));
+    else
+        var_names.give(static_cast<std::size_t>(id), name);
 }
 
 void bddpp_manager::drop_names_index() {
@@ -361,7 +378,7 @@ long bddpp_manager::lowest_id_named(const std::string& name) {
         // holder of the name is in the index.
         long best = -1;
         long created = id_by_name.find(name);
-        if (created >= 0 && created < variables_number && var_names[created] == name) best = created;
+        if (created >= 0 && created < variables_number && var_name(created) == name) best = created;
         if (!ids_by_current_name.empty()) {
             auto renamed = ids_by_current_name.find(name);
             if (renamed != ids_by_current_name.end() && renamed->second.lowest < variables_number &&
@@ -373,7 +390,7 @@ long bddpp_manager::lowest_id_named(const std::string& name) {
     if (!names_indexed) {
         ids_by_current_name.reserve(static_cast<std::size_t>(variables_number) + 1);
         // Downward, each id comes below the ones of its name already there.
-        for (long id = variables_capacity - 1; id >= 0; --id) index_name(var_names[id], id);
+        for (long id = variables_capacity - 1; id >= 0; --id) index_name(std::string(var_name(id)), id);
         names_indexed = true;
     }
     auto found = ids_by_current_name.find(name);
@@ -385,7 +402,7 @@ long bddpp_manager::lowest_id_named(const std::string& name) {
 // The plain scan, for comparison with the index.
 long bddpp_manager::lowest_id_named_literal(const std::string& name) const {
     for (long id = 0; id < variables_number; ++id)
-        if (var_names[id] == name) return id;
+        if (var_name(id) == name) return id;
     return -1;
 }
 
@@ -419,14 +436,13 @@ void bddpp_manager::Change_name_by_id(long id, const std::string& name) {
 void bddpp_manager::Replace_char_in_all_names(char from, char to) {
     drop_names_index();
     for (long id = 0; id < variables_number; ++id)
-        if (!var_names[id].empty()) var_names[id] = substitute_char(var_names[id], from, to);
+        if (!var_name(id).empty()) set_var_name(id, substitute_char(std::string(var_name(id)), from, to));
 }
 
 void bddpp_manager::No_begin_underscore_name() {
     drop_names_index();
     for (long id = 0; id < variables_number; ++id)
-        if (!var_names[id].empty() && var_names[id][0] == '_')
-            var_names[id] = "v" + var_names[id];
+        if (!var_name(id).empty() && var_name(id)[0] == '_') set_var_name(id, "v" + std::string(var_name(id)));
 }
 
 bdd bddpp_manager::Bdd_dup(const bdd& f) {
@@ -597,13 +613,17 @@ long bddpp_manager::Bdd_incremental_id(bdd_node* node, long next) {
                   << std::endl;
         return next;
     }
+    if (incremental_ids.size() < static_cast<std::size_t>(next_global_id))
+        incremental_ids.resize(static_cast<std::size_t>(next_global_id), 0);
     std::vector<bdd_node*> stack{node};
     while (!stack.empty()) {
         bdd_node* n = stack.back();
         stack.pop_back();
         if (n->mark) continue;
         n->mark = 1;
-        n->incremental_id = next++;
+        if (n->global_id >= 0 && static_cast<std::size_t>(n->global_id) < incremental_ids.size())
+            incremental_ids[static_cast<std::size_t>(n->global_id)] = static_cast<std::int32_t>(next);
+        next++;
         if (n->id < 0) continue;
         if (n->else_node) stack.push_back(n->else_node);
         if (n->then_node) stack.push_back(n->then_node);

@@ -106,7 +106,7 @@ void bdd_block_free(void* block) {
 // ----------------------------------------------------------------- node pool
 
 // Millions of nodes, packed in the pool's blocks.
-static_assert(sizeof(bdd_node) == 48, "bdd_node is 48 bytes");
+static_assert(sizeof(bdd_node) == 40, "bdd_node is 40 bytes");
 
 namespace {
 
@@ -184,15 +184,21 @@ void bdd_node::operator delete(void* p) noexcept {
 
 bdd_node::bdd_node()
     : then_node(nullptr), else_node(nullptr), global_id(0), id(-3), references(0),
-      incremental_id(0), else_link_type(1), mark(0), manager_slot(0) {}
+      else_link_type(1), mark(0), manager_slot(0) {}
 
 bdd_node::bdd_node(bddpp_manager* m, long id_, int else_link, bdd_node* then_n,
                    bdd_node* else_n, long gid)
-    : then_node(then_n), else_node(else_n), global_id(gid), id(static_cast<int>(id_)),
-      references(0), incremental_id(0), else_link_type(else_link), mark(0), manager_slot(slot_of(m)) {
+    : then_node(then_n), else_node(else_n), global_id(static_cast<std::int32_t>(gid)), id(static_cast<int>(id_)),
+      references(0), else_link_type(else_link), mark(0), manager_slot(slot_of(m)) {
+    if (gid > max_global_id) too_many_nodes();
     // Checks the children's global ids: a negative one ends the process.
     bdd_node_signature(id, else_link_type, then_node, else_node);
     if (id >= 0 && m) m->Map_integrate(this);
+}
+
+void bdd_node::too_many_nodes() {
+    std::cerr << "too many decision nodes in one manager (" << max_global_id << ")" << std::endl;
+    std::exit(1);
 }
 
 bdd_node::~bdd_node() {

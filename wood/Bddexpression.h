@@ -231,6 +231,14 @@ public:
     // Sets the number of levels; 0 makes the next compute_dates() redate.
     void update_nb_level(long level) { nb_level = level; }
 
+    // The three tables by variable, arrays_length slots long. The slots
+    // past nb_bdd_vars are never touched: the blocks come zeroed, their
+    // untouched pages cost no memory, and a readers' set is constructed
+    // when its variable enters the tables (the first `live` at once).
+    void allocate_tables(long length, long live);
+    // Destroys the first `live` readers' sets and frees the three blocks.
+    static void release_tables(Bddexpression** exps, IndexSet* readers, long* dates, long live);
+
     // Bring the tables up to the manager's count of variables.
     void update_bdd_vars();
     // After one variable was inserted at new_index.

@@ -47,11 +47,9 @@ static void copy_wood(Bddexpressionwood& target, const Bddexpressionwood* source
     target.exp_ids = source->exp_ids;
     target.nb_level = source->nb_level;
     target.nb_bdd_vars = source->nb_bdd_vars;
-    target.arrays_length = source->arrays_length;
     long length = source->arrays_length > 0 ? source->arrays_length : 1;
-    target.exp_table = new Bddexpression*[length]();
-    target.amont_table = new IndexSet[length];
-    target.late_dates = new long[length]();
+    target.allocate_tables(length, source->nb_bdd_vars);
+    target.arrays_length = source->arrays_length;
     for (long i = 0; i < source->nb_bdd_vars; i++) {
         const Bddexpression* e = source->exp_table[i];
         target.exp_table[i] = e != nullptr ? new Bddexpression(&target, *e) : nullptr;

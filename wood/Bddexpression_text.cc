@@ -242,6 +242,6 @@ void Bddexpressionwood::Put_doc(std::ostream& out, std::string prefix)
         bdd_manager->Bdd_global_clear_marks();
     for (long i : earliest_sort()) {
         exp_table[i]->put_doc(out, prefix);
-        out << std::endl;
+        out << '\n';
     }
 }

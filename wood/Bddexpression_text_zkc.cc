@@ -20,7 +20,7 @@ void Bddexpression::put_zkc_2_0_4(std::ostream& out, long* table)
     long index = wood->bdd_manager->Bdd_if_index(bdd_var);
     out << early_date << " " << getLateDate() << " " << table[index] << ":";
     if (initialised(bdd_exp))
-        out << bdd_exp.node()->incremental_id << "," << bdd_exp.link_type();
+        out << wood->bdd_manager->incremental_id(bdd_exp.node()) << "," << bdd_exp.link_type();
     else
         out << -3 << "," << -3;
 }
@@ -41,7 +41,7 @@ void Bddexpression::put_zkc_0_3_0(std::ostream& out, long* table, int level)
     if (wood == nullptr || wood->bdd_manager == nullptr || !initialised(bdd_var) ||
         !initialised(bdd_exp))
         return;
-    out << early_date << " " << getLateDate() << std::endl;
+    out << early_date << " " << getLateDate() << '\n';
     wood->bdd_manager->ZKC_print(out, table, bdd_var, bdd_exp, level);
 }
 
@@ -75,7 +75,7 @@ void Bddexpressionwood::Put_zkc(std::ostream& out, long* table, int comments)
             roots.push_back(e->bdd_exp);
     }
     bdd_manager->Print_bdds_list_by_nodes_list(out, roots, table);
-    out << "expressions:" << std::endl;
+    out << "expressions:" << '\n';
     // The comments print nodes through an unmarked walk; the node list has
     // just marked every root's cone.
     if (comments != 0)
@@ -88,17 +88,17 @@ void Bddexpressionwood::Put_zkc(std::ostream& out, long* table, int comments)
             if (comments != 0) {
                 out << "// no generate expression about:" << i << ":";
                 e->put_doc(out, "node");
-                out << std::endl << std::endl;
+                out << '\n' << '\n';
             }
             continue;
         }
         if (comments != 0) {
             out << "// expression " << i << ":";
             e->put_doc(out, "node");
-            out << std::endl;
+            out << '\n';
         }
         e->put_zkc(out, table);
-        out << std::endl;
+        out << '\n';
     }
 }
 
@@ -111,11 +111,11 @@ static void put_old_comments(std::ostream& out, Bddexpression* e, long i, long n
     if (number == -1) {
         out << "// no generate expression about:" << i << ":";
         e->put_lustre_compatibilite(out, 1);
-        out << std::endl << std::endl;
+        out << '\n' << '\n';
     } else {
         out << "// expression " << i << ":";
         e->put_lustre_compatibilite(out, 1);
-        out << std::endl;
+        out << '\n';
     }
 }
 
@@ -129,7 +129,7 @@ void Bddexpressionwood::Put_zkc_2_0_4(std::ostream& out, long* table, int commen
             roots.push_back(e->bdd_exp);
     }
     bdd_manager->Print_bdds_list_by_nodes_list(out, roots, table);
-    out << "expressions:" << std::endl;
+    out << "expressions:" << '\n';
     for (long i : exp_ids) {
         Bddexpression* e = (i < nb_bdd_vars) ? exp_table[i] : nullptr;
         if (e == nullptr)
@@ -138,7 +138,7 @@ void Bddexpressionwood::Put_zkc_2_0_4(std::ostream& out, long* table, int commen
         if (table[i] == -1)
             continue;
         e->put_zkc_2_0_4(out, table);
-        out << std::endl;
+        out << '\n';
     }
 }
 
@@ -152,7 +152,7 @@ void Bddexpressionwood::Put_zkc_0_3_0(std::ostream& out, long* table, int level,
         if (table[i] == -1)
             continue;
         e->put_zkc_0_3_0(out, table, level);
-        out << std::endl;
+        out << '\n';
     }
 }
 
@@ -180,7 +180,7 @@ void Bddexpressionwood::put_zka_lines(std::ostream& out, long* table, IndexSet& 
             if (e != nullptr && !e->exp_def.empty())
                 out << "[\"" << e->exp_def << "\"]";
         }
-        out << ";" << std::endl;
+        out << ";" << '\n';
     }
 }
 

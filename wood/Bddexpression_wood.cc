@@ -3,8 +3,11 @@
 
 #include "wood/Bddexpression.h"
 
+#include "bdd/bddpp_memory.h"
+
 #include <cstdlib>
 #include <iostream>
+#include <new>
 
 namespace {
 
@@ -12,15 +15,26 @@ const long max_arrays_length = 536870912; // 2^29
 
 bool initialised(const bdd& f) { return f.manager_ref() != nullptr && f.node() != nullptr; }
 
-void allocate_tables(Bddexpressionwood& wood, long length)
+} // namespace
+
+void Bddexpressionwood::allocate_tables(long length, long live)
 {
-    wood.arrays_length = length;
-    wood.exp_table = new Bddexpression*[length]();
-    wood.amont_table = new IndexSet[length];
-    wood.late_dates = new long[length]();
+    arrays_length = length;
+    auto bytes = [length](std::size_t each) { return each * static_cast<std::size_t>(length); };
+    exp_table = static_cast<Bddexpression**>(bdd_block_alloc(bytes(sizeof(Bddexpression*))));
+    amont_table = static_cast<IndexSet*>(bdd_block_alloc(bytes(sizeof(IndexSet)), false));
+    for (long i = 0; i < live; i++) new (&amont_table[i]) IndexSet();
+    late_dates = static_cast<long*>(bdd_block_alloc(bytes(sizeof(long))));
 }
 
-} // namespace
+void Bddexpressionwood::release_tables(Bddexpression** exps, IndexSet* readers, long* dates, long live)
+{
+    if (readers != nullptr)
+        for (long i = 0; i < live; i++) readers[i].~IndexSet();
+    bdd_block_free(readers);
+    bdd_block_free(dates);
+    bdd_block_free(exps);
+}
 
 static void init_from_manager(Bddexpressionwood& wood)
 {
@@ -36,7 +50,7 @@ static void init_from_manager(Bddexpressionwood& wood)
         }
         length *= 2;
     }
-    allocate_tables(wood, length);
+    wood.allocate_tables(length, wood.nb_bdd_vars);
 }
 
 Bddexpressionwood::Bddexpressionwood()
@@ -55,12 +69,9 @@ Bddexpressionwood::Bddexpressionwood(bddpp_manager* manager)
 
 Bddexpressionwood::~Bddexpressionwood()
 {
-    delete[] amont_table;
-    delete[] late_dates;
-    if (exp_table != nullptr) {
+    if (exp_table != nullptr)
         for (long i = 0; i < nb_bdd_vars; i++) delete exp_table[i];
-        delete[] exp_table;
-    }
+    release_tables(exp_table, amont_table, late_dates, nb_bdd_vars);
     // Equations hold handles of the manager: they go first.
     if (common_bdd_manager == 0) delete bdd_manager;
     exp_ids.clear();
@@ -84,22 +95,20 @@ void Bddexpressionwood::update_bdd_vars()
         Bddexpression** old_exps = exp_table;
         IndexSet* old_amont = amont_table;
         long* old_late = late_dates;
-        allocate_tables(*this, length);
+        allocate_tables(length, nb_bdd_vars);
         for (long i = 0; i < nb_bdd_vars; i++) {
             exp_table[i] = old_exps[i];
             amont_table[i].swap(old_amont[i]);
             late_dates[i] = old_late[i];
         }
-        delete[] old_exps;
-        delete[] old_amont;
-        delete[] old_late;
+        release_tables(old_exps, old_amont, old_late, nb_bdd_vars);
         for (long i = 0; i < nb_bdd_vars; i++)
             if (exp_table[i] != nullptr && exp_table[i]->abstraction == 0)
                 exp_table[i]->internal_build_dependances();
     }
     for (long i = nb_bdd_vars; i < count; i++) {
         exp_table[i] = nullptr;
-        amont_table[i].clear();
+        new (&amont_table[i]) IndexSet();
         late_dates[i] = 0;
     }
     nb_bdd_vars = count;

@@ -4,7 +4,9 @@
 
 #include <FlexLexer.h>
 
+#include <charconv>
 #include <iostream>
+#include <string>
 
 class_zkc_parser* pzkc_parser = nullptr;
 
@@ -39,9 +41,7 @@ int class_zkc_parser::parse(std::fstream& log_stream, int level, std::string& su
 
 void class_zkc_parser::release_parse_tables()
 {
-    for (parsed_nodes_class* line : parsed_nodes_table)
-        delete line;
-    std::vector<parsed_nodes_class*>().swap(parsed_nodes_table);
+    std::vector<parsed_nodes_class>().swap(parsed_nodes_table);
     for (auto& entry : sparse_nodes)
         delete entry.second;
     std::unordered_map<long, parsed_nodes_class*>().swap(sparse_nodes);
@@ -69,12 +69,20 @@ void zkc_debuger_law(int rule, int alternative, const char* text, int level, std
 {
     if (level != 1)
         return;
-    log << rule;
-    if (alternative != 1)
-        log << "," << alternative;
-    // One write per line would cost more than the read of a large file:
-    // the log is flushed when the parse ends, or before a fatal end.
-    log << " --> " << text << '\n';
+    // The line is put together first and handed to the stream at once: a
+    // large file writes millions of them. The log is flushed when the
+    // parse ends, or before a fatal end.
+    static std::string line;
+    char number[24];
+    line.assign(number, std::to_chars(number, number + sizeof number, rule).ptr);
+    if (alternative != 1) {
+        line += ',';
+        line.append(number, std::to_chars(number, number + sizeof number, alternative).ptr);
+    }
+    line += " --> ";
+    line += text;
+    line += '\n';
+    log.write(line.data(), static_cast<std::streamsize>(line.size()));
 }
 
 bool zkc_tracing()

@@ -35,7 +35,10 @@ class class_zkc_parser;
 class parsed_nodes_class {
 public:
     parsed_nodes_class(long var, long then_id, long else_id, int else_link)
-        : var_id(var), then_id(then_id), else_link_type(else_link), else_id(else_id) {}
+        : var_id(var), then_id(then_id), else_link_type(else_link), defined(true), else_id(else_id) {}
+    // A slot of the table that no line has filled.
+    parsed_nodes_class() = default;
+    bool is_defined() const { return defined; }
 
     long get_var_id() const { return var_id; }
     long get_then_id() const { return then_id; }
@@ -55,12 +58,13 @@ public:
     bdd_node* build(bddpp_manager* manager, const class_zkc_parser& parser);
 
 private:
-    long var_id;
-    long then_id;
-    int else_link_type;
-    long else_id;
-    bdd_node* node = nullptr;
+    long var_id = 0;
+    long then_id = 0;
+    int else_link_type = 0;
     bool visiting = false;  // on the path of the current build
+    bool defined = false;
+    long else_id = 0;
+    bdd_node* node = nullptr;
 };
 
 // The value of a pair of numbers in parentheses.
@@ -153,15 +157,16 @@ public:
     std::string suffix;  // added to every signal's internal name
     std::string hierarchy;
     Bddexpressionwood* wood = nullptr;
-    std::list<Signal*> signals;  // each signal made so far, in file order
+    std::vector<Signal*> signals;  // each signal made so far, in file order
     std::list<std::string>* authorised_inputs = nullptr;
     std::list<std::string>* authorised_outputs = nullptr;
     long node_count = 0;  // the number after "equation_def:"
     // Tables by file index. They grow on demand; the node table is checked
     // against node_count, the count the file announces. Ids far beyond the
     // lines read so far go to a map, so a large announced count costs
-    // nothing.
-    std::vector<parsed_nodes_class*> parsed_nodes_table;
+    // nothing. The node lines lie in one block, given back whole once the
+    // equations are built.
+    std::vector<parsed_nodes_class> parsed_nodes_table;
     std::unordered_map<long, parsed_nodes_class*> sparse_nodes;
     int method_count = 0;
     std::vector<int> corres_method;

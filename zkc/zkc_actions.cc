@@ -17,6 +17,7 @@
 #include "signals/signal.h"
 #include "wood/Bddexpression.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <iostream>
 #include <set>
@@ -236,11 +237,21 @@ void class_zkc_parser::wood_catch_up()
         wood->update_bdd_vars();
 }
 
+namespace {
+
+// The most node lines reserved ahead from the count a file announces.
+constexpr long max_reserved_lines = 1L << 21;
+
+} // namespace
+
 void class_zkc_parser::equation_count(long count)
 {
     wood_catch_up();
     node_count = count;
     parsed_nodes_table.clear();
+    // Room for the announced lines at once (an absurd count gets a bounded
+    // start and the table grows as lines come).
+    parsed_nodes_table.reserve(static_cast<std::size_t>(count > 0 ? std::min(count, max_reserved_lines) : 0));
     sparse_nodes.clear();
 }
 
@@ -249,7 +260,7 @@ parsed_nodes_class* class_zkc_parser::parsed_node(long id) const
     if (id < 0)
         return nullptr;
     if (id < static_cast<long>(parsed_nodes_table.size()))
-        return parsed_nodes_table[id];
+        return parsed_nodes_table[id].is_defined() ? const_cast<parsed_nodes_class*>(&parsed_nodes_table[id]) : nullptr;
     auto it = sparse_nodes.find(id);
     return it != sparse_nodes.end() ? it->second : nullptr;
 }
@@ -263,17 +274,19 @@ void class_zkc_parser::node_line(long id, long var, long then_id, long else_id, 
     // A link other than 1 or -1 is kept as 0, which the build refuses,
     // rather than cut to an int that might read as a valid one.
     int else_link = link == 1 || link == -1 ? static_cast<int>(link) : 0;
-    auto* line = new parsed_nodes_class(var, then_id, else_id, else_link);
+    parsed_nodes_class line(var, then_id, else_id, else_link);
     long size = static_cast<long>(parsed_nodes_table.size());
     // Files number their lines from 0 upward: the table grows with them. An
     // id far ahead of the lines read goes to the map instead of a huge table.
     if (id < size) {
         parsed_nodes_table[id] = line;
     } else if (id <= 2 * size + 1024) {
-        parsed_nodes_table.resize(id + 1, nullptr);
+        parsed_nodes_table.resize(id + 1);
         parsed_nodes_table[id] = line;
     } else {
-        sparse_nodes[id] = line;
+        auto& slot = sparse_nodes[id];
+        delete slot;
+        slot = new parsed_nodes_class(line);
     }
 }
 

@@ -98,8 +98,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     for (Signal* s : parser->signals)
         delete s;
-    for (parsed_nodes_class* line : parser->parsed_nodes_table)
-        delete line;
     for (auto& entry : parser->sparse_nodes)
         delete entry.second;
     delete parser->bindings;
