@@ -162,10 +162,10 @@ TEST(DataServer, ServersAnswerTheStandInSimulator)
              {"BOP,9,integer, / ,4,integer,", "2"},
              {"BOP,3,integer, == ,3,integer,", "true"},
              {"BOP,3,integer, != ,3,integer,", "false"},
-             {"BOP,3,integer, < ,4,integer,", "true"},
+             {"BOP,4,integer, < ,4,integer,", "false"},
              {"BOP,4,integer, <= ,4,integer,", "true"},
-             {"BOP,3,integer, > ,4,integer,", "false"},
-             {"BOP,3,integer, >= ,4,integer,", "false"},
+             {"BOP,4,integer, > ,4,integer,", "false"},
+             {"BOP,4,integer, >= ,4,integer,", "true"},
              // Operands of two types, an unknown type, a value that fails its
              // check, an unknown operator.
              {"BOP,3,integer, + ,4,real,", "--"},
