@@ -3,6 +3,8 @@
 #ifndef TARN_TESTS_VIRTUAL_DISPLAY_H
 #define TARN_TESTS_VIRTUAL_DISPLAY_H
 
+#include "tests/tarn_process.h"
+
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -118,6 +120,58 @@ struct virtual_display {
     {
         run("xdotool key --window " + window + " " + keys);
     }
+};
+
+// A program started in `dir` on a display, its streams in .out and .err
+// there; killed if still running at the end.
+struct display_process {
+    pid_t pid = -1;
+    std::string dir;
+    int status = -1;
+
+    display_process(const std::string& dir, const std::string& display, const std::string& program,
+                    const std::vector<std::string>& args)
+        : dir(dir)
+    {
+        pid = fork();
+        if (pid == 0) {
+            if (chdir(dir.c_str()) != 0)
+                _exit(127);
+            setenv("DISPLAY", display.c_str(), 1);
+            dup2(open(".out", O_WRONLY | O_CREAT | O_TRUNC, 0644), 1);
+            dup2(open(".err", O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
+            std::vector<char*> argv{const_cast<char*>(program.c_str())};
+            for (const std::string& a : args)
+                argv.push_back(const_cast<char*>(a.c_str()));
+            argv.push_back(nullptr);
+            execvp(argv[0], argv.data());
+            _exit(127);
+        }
+    }
+    ~display_process()
+    {
+        if (running()) {
+            kill(pid, SIGKILL);
+            waitpid(pid, nullptr, 0);
+        }
+        std::remove((dir + "/.out").c_str());
+        std::remove((dir + "/.err").c_str());
+    }
+    bool running()
+    {
+        int raw;
+        if (status < 0 && pid > 0 && waitpid(pid, &raw, WNOHANG) == pid)
+            status = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
+        return status < 0 && pid > 0;
+    }
+    // The exit status, or -1 when the process is still running after `seconds`.
+    int wait_exit(double seconds = 15)
+    {
+        wait_until(seconds, [&] { return !running(); });
+        return status;
+    }
+    std::string out() const { return read_file(dir + "/.out"); }
+    std::string err() const { return read_file(dir + "/.err"); }
 };
 
 #endif

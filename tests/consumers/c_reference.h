@@ -10,6 +10,7 @@
 
 #include <cstdlib>
 #include <map>
+#include <memory>
 #include <random>
 #include <regex>
 #include <sstream>
@@ -37,6 +38,26 @@ struct c_port {
 inline int run(const std::string& command) { return WEXITSTATUS(std::system(command.c_str())); }
 
 inline bool have(const char* tool) { return run(std::string("command -v ") + tool + " > /dev/null 2>&1") == 0; }
+
+// `file` holding `source`, built by g++ with `options` into `product` once
+// per test process, in a folder kept to the end: the product's path, or
+// empty (and a failure) when g++ refuses it.
+inline std::string built_once(const std::string& file, const std::string& source, const std::string& options,
+                              const std::string& product)
+{
+    static std::map<std::string, std::string> built;
+    static std::vector<std::unique_ptr<scratch_dir>> dirs;
+    if (built.count(file) == 0) {
+        dirs.push_back(std::make_unique<scratch_dir>());
+        const scratch_dir& dir = *dirs.back();
+        dir.write(file, source);
+        bool ok = run("cd '" + dir.path + "' && g++ " + options + " " + file + " -o " + product + " 2> gxx.txt") == 0;
+        if (!ok)
+            ADD_FAILURE() << file << " does not build\n" << read_file(dir.path + "/gxx.txt");
+        built[file] = ok ? dir.path + "/" + product : "";
+    }
+    return built[file];
+}
 
 // The reaction's parameters as the header declares them, pointers being
 // outputs. False when a parameter is of another type.
@@ -80,6 +101,20 @@ inline std::vector<c_port> presences(const std::vector<std::string>& names)
     for (const std::string& n : names)
         ports.push_back({n});
     return ports;
+}
+
+// The "error:" messages of gcc or g++, without their place.
+inline std::vector<std::string> error_messages(const std::string& errors)
+{
+    std::vector<std::string> messages;
+    std::istringstream lines(errors);
+    std::string line;
+    while (std::getline(lines, line)) {
+        std::size_t at = line.find(" error: ");
+        if (at != std::string::npos)
+            messages.push_back(line.substr(at + 8));
+    }
+    return messages;
 }
 
 // Each step a presence of 0 or 1 and a value from 0 to 59.
@@ -205,6 +240,51 @@ inline port_values run_c(const scratch_dir& s, const std::string& module, const 
                          const std::vector<std::string>& outputs, const trace& t)
 {
     return run_c(s, module, presences(inputs), presences(outputs), t);
+}
+
+inline std::vector<std::string> names(const std::vector<c_port>& ports)
+{
+    std::vector<std::string> n;
+    for (const c_port& p : ports)
+        n.push_back(p.name);
+    return n;
+}
+
+// The bundled example `name` in `s`, or zkcgen's module of that name when
+// `equations` is not 0.
+inline void place_module(const scratch_dir& s, const std::string& name, long equations = 0, int seed = 0)
+{
+    if (equations == 0)
+        copy_example(s.path, name);
+    else
+        generate_module(s.path, name, equations, seed);
+}
+
+// tarn run on <module>.zkc of `s` for its C and `options`, then the C
+// (built with `more`) on a random trace of `length` reactions: what tarn
+// said, the reaction's ports, the trace and the C's outputs.
+struct c_run {
+    tarn_output made;
+    std::vector<c_port> inputs, outputs;
+    trace t;
+    port_values c;
+};
+
+inline c_run run_with_c(const scratch_dir& s, const std::string& module, const std::vector<std::string>& options,
+                        unsigned trace_seed, const std::string& more = "", std::size_t length = steps)
+{
+    c_run r;
+    std::vector<std::string> args{module + ".zkc", "-c"};
+    args.insert(args.end(), options.begin(), options.end());
+    r.made = run_tarn_in(s.path, args);
+    EXPECT_EQ(r.made.status, 0) << r.made.err;
+    if (r.made.status != 0 || !read_ports(read_file(s.path + "/" + module + ".h"), module, r.inputs, r.outputs)) {
+        ADD_FAILURE() << "no reaction in " << module << ".h";
+        return r;
+    }
+    r.t = random_trace(r.inputs, trace_seed, length);
+    r.c = run_c(s, module, r.inputs, r.outputs, r.t, more);
+    return r;
 }
 
 } // namespace c_reference

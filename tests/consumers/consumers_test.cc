@@ -80,19 +80,11 @@ void check(const subject& x, unsigned trace_seed, checked* result = nullptr)
 {
     SCOPED_TRACE(x.name);
     scratch_dir s;
-    if (x.equations == 0)
-        copy_example(s.path, x.name);
-    else
-        generate_module(s.path, x.name, x.equations, x.seed);
-    ASSERT_EQ(run_tarn_in(s.path, {x.name + ".zkc", "-blif", "-c"}).status, 0);
-    std::vector<std::string> inputs, outputs;
-    ASSERT_TRUE(read_prototype(read_file(s.path + "/" + x.name + ".h"), x.name, inputs, outputs));
-    ASSERT_FALSE(outputs.empty());
-    trace t = random_trace(inputs.size(), trace_seed);
-
-    port_values expected = run_c(s, x.name, inputs, outputs, t);
+    place_module(s, x.name, x.equations, x.seed);
+    c_run r = run_with_c(s, x.name, {"-blif"}, trace_seed);
+    ASSERT_FALSE(r.outputs.empty());
     if (have("yosys")) {
-        EXPECT_EQ(run_blif(s, x.name, inputs, outputs, t), expected) << "BLIF against the C";
+        EXPECT_EQ(run_blif(s, x.name, names(r.inputs), names(r.outputs), r.t), r.c) << "BLIF against the C";
     }
     // abc reads the same netlists; its statistics line shows it took the
     // whole model, and it would warn of a net that no cover drives.
@@ -104,29 +96,18 @@ void check(const subject& x, unsigned trace_seed, checked* result = nullptr)
         EXPECT_EQ(stats.find("non-driven"), std::string::npos) << stats;
     }
     if (result != nullptr)
-        *result = {expected, read_file(s.path + "/" + x.name + ".blif")};
-    EXPECT_GT(changes(expected), 0);
+        *result = {r.c, read_file(s.path + "/" + x.name + ".blif")};
+    EXPECT_GT(changes(r.c), 0);
 }
 
 // A valued example's C, built with the user files shipped beside the
 // examples (the header of the type integer and the example's
 // definitions), on a random trace of `length` reactions.
-struct valued_run {
-    trace t;
-    port_values out;
-};
-
-valued_run run_valued_example(const scratch_dir& s, const std::string& module, unsigned seed, std::size_t length)
+c_run run_valued_example(const scratch_dir& s, const std::string& module, unsigned seed, std::size_t length)
 {
-    valued_run r;
     copy_example(s.path, module);
-    EXPECT_EQ(run_tarn_in(s.path, {module + ".zkc", "-c"}).status, 0);
-    std::vector<c_port> inputs, outputs;
-    EXPECT_TRUE(read_ports(read_file(s.path + "/" + module + ".h"), module, inputs, outputs));
-    r.t = random_trace(inputs, seed, length);
     std::string user = TARN_SOURCE_DIR "/examples/user";
-    r.out = run_c(s, module, inputs, outputs, r.t, "-I . -I '" + user + "' '" + user + "/" + module + "_user.c'");
-    return r;
+    return run_with_c(s, module, {}, seed, "-I . -I '" + user + "' '" + user + "/" + module + "_user.c'", length);
 }
 
 } // namespace
@@ -158,7 +139,7 @@ TEST(Consumers, PureExamplesAndGeneratedModulesAgreeInCAndBlif)
 TEST(Consumers, ValuedExampleCompilesAgainstUserHeadersAndCounts)
 {
     scratch_dir s;
-    valued_run r = run_valued_example(s, "sum", 5, 40);
+    c_run r = run_valued_example(s, "sum", 5, 40);
     std::vector<int> total, value;
     int pre = 0;
     for (const auto& step : r.t) {
@@ -166,8 +147,8 @@ TEST(Consumers, ValuedExampleCompilesAgainstUserHeadersAndCounts)
         value.push_back(step[0] ? std::min(pre + step[1], 100) : 0);
         pre = value.back();
     }
-    EXPECT_EQ(r.out["total"], total);
-    EXPECT_EQ(r.out["total_val"], value);
+    EXPECT_EQ(r.c["total"], total);
+    EXPECT_EQ(r.c["total_val"], value);
     EXPECT_NE(std::find(value.begin(), value.end(), 100), value.end()) << "the saturation was reached";
 }
 
@@ -184,7 +165,7 @@ TEST(Consumers, ValuedExampleCompilesAgainstUserHeadersAndCounts)
 TEST(Consumers, ValuedTestsAndLocalClockFollowTheModule)
 {
     scratch_dir s;
-    valued_run r = run_valued_example(s, "peak", 9, 60);
+    c_run r = run_valued_example(s, "peak", 9, 60);
     const int best = 0;
     std::vector<int> alarm, peak, value;
     for (const auto& step : r.t) {
@@ -193,9 +174,9 @@ TEST(Consumers, ValuedTestsAndLocalClockFollowTheModule)
         peak.push_back(step[0] && v > best);
         value.push_back(peak.back() ? v + 1000 : 0);
     }
-    EXPECT_EQ(r.out["alarm"], alarm);
-    EXPECT_EQ(r.out["peak"], peak);
-    EXPECT_EQ(r.out["peak_val"], value);
+    EXPECT_EQ(r.c["alarm"], alarm);
+    EXPECT_EQ(r.c["peak"], peak);
+    EXPECT_EQ(r.c["peak_val"], value);
     // Both branches of each decision must have been taken.
     for (const auto* taken : {&alarm, &peak}) {
         EXPECT_NE(std::count(taken->begin(), taken->end(), 1), 0);
@@ -215,13 +196,9 @@ TEST(Consumers, AccuCIsRefusedForItsBoundOutputsOnly)
                   "/examples/user' -c accu.c 2> gcc.txt"),
               0);
     std::string errors = read_file(s.path + "/gcc.txt");
-    std::regex error_line(R"(error: [^\n]*)");
-    std::vector<std::string> found;
-    for (auto it = std::sregex_iterator(errors.begin(), errors.end(), error_line); it != std::sregex_iterator(); ++it)
-        found.push_back(it->str());
-    EXPECT_EQ(found, (std::vector<std::string>{"error: 'total_val' undeclared (first use in this function)",
-                                               "error: 'level_val' undeclared (first use in this function)",
-                                               "error: 'total' undeclared (first use in this function)",
-                                               "error: 'level' undeclared (first use in this function)"}))
+    EXPECT_EQ(error_messages(errors), (std::vector<std::string>{"'total_val' undeclared (first use in this function)",
+                                                                "'level_val' undeclared (first use in this function)",
+                                                                "'total' undeclared (first use in this function)",
+                                                                "'level' undeclared (first use in this function)"}))
         << errors;
 }

@@ -11,7 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -91,21 +90,7 @@ struct server_case {
     std::string reactions = "", printed = ""; // for mosk, and what it prints
 };
 
-// The stand-in, built at the first call.
-std::string stand_in_binary()
-{
-    static std::unique_ptr<scratch_dir> dir;
-    static std::string binary;
-    if (dir == nullptr) {
-        dir = std::make_unique<scratch_dir>();
-        dir->write("mosk.cc", stand_in);
-        if (run("cd '" + dir->path + "' && g++ -o mosk mosk.cc 2> gxx.txt") == 0)
-            binary = dir->path + "/mosk";
-        else
-            ADD_FAILURE() << read_file(dir->path + "/gxx.txt");
-    }
-    return binary;
-}
+std::string stand_in_binary() { return c_reference::built_once("mosk.cc", stand_in, "", "mosk"); }
 
 // Writes the server and builds it; then runs it with the stand-in first on
 // its PATH and checks the stand-in's log; then, given reactions, with the
@@ -157,47 +142,6 @@ void check_replies(const scratch_dir& s, const server_case& x)
     EXPECT_EQ(read_file(s.path + "/mosk_out.txt"), x.printed);
 }
 
-// Requests on integer values that every server of such a module answers.
-std::vector<exchange> integer_operators()
-{
-    return {
-        {"BOP,3,integer, + ,4,integer,", "7"},
-        {"BOP,9,integer, - ,4,integer,", "5"},
-        {"BOP,9,integer, * ,4,integer,", "36"},
-        {"BOP,9,integer, / ,4,integer,", "2"},
-        {"BOP,3,integer, == ,3,integer,", "true"},
-        {"BOP,3,integer, != ,3,integer,", "false"},
-        {"BOP,3,integer, < ,4,integer,", "true"},
-        {"BOP,4,integer, <= ,4,integer,", "true"},
-        {"BOP,3,integer, > ,4,integer,", "false"},
-        {"BOP,3,integer, >= ,4,integer,", "false"},
-        // Operands of two types, an unknown type, a value that fails its
-        // check, an unknown operator.
-        {"BOP,3,integer, + ,4,real,", "--"},
-        {"BOP,3,real, + ,4,real,", "--"},
-        {"BOP,3,integer, + ,four,integer,", "--"},
-        {"BOP,3,integer, % ,4,integer,", "--"},
-        // Without its final comma the right type is lost: the types differ.
-        {"BOP,3,integer, + ,4,integer", "--"},
-        // The conjunction reads the type field for its left operand.
-        {"BOP,1,integer, && ,1,integer,", "false"},
-        {"BOP,1,integer, | ,1,integer,", "false"},
-        // The negation comes back as text; the boolean negation of a value
-        // that is not "true" is true.
-        {"UOP, -,5,integer,", " -5"},
-        {"UOP, !,5,integer,", "true"},
-        {"UOP, ~,5,integer,", "--"},
-        {"UOP, -,five,integer,", "--"},
-    };
-}
-
-std::vector<exchange> operators_and(std::vector<exchange> more)
-{
-    std::vector<exchange> all = integer_operators();
-    all.insert(all.end(), more.begin(), more.end());
-    return all;
-}
-
 // The valued examples; a boolean type, which shows the two operators whose
 // operands are read as the text stands, with methods and external
 // constants of two types; and a module without types, where every check
@@ -209,24 +153,53 @@ TEST(DataServer, ServersAnswerTheStandInSimulator)
         {"accu",
          "",
          {{"integer", std::string(integer_user) + add_sat + "const integer limit = 100;\n"}},
-         operators_and({
+         {
+             // The operator code comes from the type table alone, the same
+             // in every server of a module over integer: asked of accu's.
+             {"BOP,3,integer, + ,4,integer,", "7"},
+             {"BOP,9,integer, - ,4,integer,", "5"},
+             {"BOP,9,integer, * ,4,integer,", "36"},
+             {"BOP,9,integer, / ,4,integer,", "2"},
+             {"BOP,3,integer, == ,3,integer,", "true"},
+             {"BOP,3,integer, != ,3,integer,", "false"},
+             {"BOP,4,integer, < ,4,integer,", "false"},
+             {"BOP,4,integer, <= ,4,integer,", "true"},
+             {"BOP,4,integer, > ,4,integer,", "false"},
+             {"BOP,4,integer, >= ,4,integer,", "true"},
+             // Operands of two types, an unknown type, a value that fails its
+             // check, an unknown operator.
+             {"BOP,3,integer, + ,4,real,", "--"},
+             {"BOP,3,real, + ,4,real,", "--"},
+             {"BOP,3,integer, + ,four,integer,", "--"},
+             {"BOP,3,integer, % ,4,integer,", "--"},
+             // Without its final comma the right type is lost: the types differ.
+             {"BOP,3,integer, + ,4,integer", "--"},
+             // The conjunction reads the type field for its left operand.
+             {"BOP,1,integer, && ,1,integer,", "false"},
+             {"BOP,1,integer, | ,1,integer,", "false"},
+             // The negation comes back as text; the boolean negation of a value
+             // that is not "true" is true.
+             {"UOP, -,5,integer,", " -5"},
+             {"UOP, !,5,integer,", "true"},
+             {"UOP, ~,5,integer,", "--"},
+             {"UOP, -,five,integer,", "--"},
              {"MC,add_sat,60,30,100,", "90"},
              {"MC,add_sat,60,50,100,", "100"},
              {"MC,add_sat,60,x,100,", "--"},
              // The last argument is lost with its comma.
              {"MC,add_sat,60,30,100", "--"},
              {"CONST,limit,", "100"},
-         })},
+         }},
         {"sum",
          "",
          {{"integer", std::string(integer_user) + add_sat}},
-         operators_and({
+         {
              {"MC,add_sat,1,2,100,", "3"},
              // limit has its value in the module: the server has no branch
              // for it and sends nothing.
              {"CONST,limit,", "<no reply>"},
              {"MC,add_sat,1,2,", "--"},
-         }),
+         },
          true,
          // mosk: an absent total holds its type's zero, which the module
          // does not define: unknown from then on, and nothing is asked.
@@ -236,11 +209,11 @@ TEST(DataServer, ServersAnswerTheStandInSimulator)
          "",
          {{"integer", std::string(integer_user) + "inline integer bump(integer a, integer b) { return a + b; }\n"
                                                   "const integer offset = 1000;\n"}},
-         operators_and({
+         {
              {"MC,bump,5,-8,", "-3"},
              {"CONST,offset,", "1000"},
              {"CONST,offset", "<no reply>"},
-         }),
+         },
          true,
          // mosk: alarm above the C threshold (50); peak = bump(sample,
          // offset) above the best, which stays zero.

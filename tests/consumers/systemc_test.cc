@@ -133,25 +133,21 @@ std::vector<valued_step> run_twice(bool second_binding)
     std::vector<valued_step> result;
     scratch_dir s;
     s.write("twice.zkc", twice_zkc(second_binding));
-    tarn_output made = run_tarn_in(s.path, {"twice.zkc", "-c", "-systemc"});
-    EXPECT_EQ(made.status, 0) << made.err;
-    // Each constant's name is traced on the error stream.
-    EXPECT_NE(made.err.find("\nk\n"), std::string::npos) << made.err;
     const char* user = "const integer zero_integer = 0;\ninteger twice(integer v) { return 2 * v; }\n";
     s.write("twice_typedecl.h", "typedef int integer;\n");
     s.write("C_data_user_integer.h", "typedef int integer;\n#define copy_integer(x) (x)\n#define copy_pure(x) (x)\n");
     s.write("user_sc.cc", std::string("#include \"twice_sc.h\"\n") + user);
     s.write("user.c", std::string("#include \"twice.h\"\n") + user);
-    std::vector<c_port> inputs, outputs;
-    EXPECT_TRUE(read_ports(read_file(s.path + "/twice.h"), "twice", inputs, outputs));
+    c_run r = run_with_c(s, "twice", {"-systemc"}, 3, "user.c", 40);
+    // Each constant's name is traced on the error stream.
+    EXPECT_NE(r.made.err.find("\nk\n"), std::string::npos) << r.made.err;
     compiled unit = compile_unit(s, "twice");
     EXPECT_EQ(unit.status, 0) << unit.errors;
-    trace t = random_trace(inputs, 3, 40);
-    port_values c = run_c(s, "twice", inputs, outputs, t, "user.c");
-    port_values sc = read_values(simulate(s, "twice", adapter("twice", inputs, outputs), trace_text(t, false), "user_sc.cc"),
-                                 outputs, t.size());
-    for (std::size_t k = 0; k < t.size(); ++k)
-        result.push_back({t[k][0], t[k][1], t[k][2], c["y"][k], c["y_val"][k], sc["y"][k], sc["y_val"][k]});
+    port_values sc = read_values(
+        simulate(s, "twice", adapter("twice", r.inputs, r.outputs), trace_text(r.t, false), "user_sc.cc"), r.outputs,
+        r.t.size());
+    for (std::size_t k = 0; k < r.t.size(); ++k)
+        result.push_back({r.t[k][0], r.t[k][1], r.t[k][2], r.c["y"][k], r.c["y_val"][k], sc["y"][k], sc["y_val"][k]});
     return result;
 }
 

@@ -13,7 +13,6 @@
 
 #include <fstream>
 #include <map>
-#include <memory>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -70,21 +69,7 @@ int sc_main(int argc, char* argv[])
 }
 )";
 
-// The wrapper's object, compiled at the first call.
-inline std::string wrapper_object()
-{
-    static std::unique_ptr<scratch_dir> dir;
-    static std::string object;
-    if (dir == nullptr) {
-        dir = std::make_unique<scratch_dir>();
-        dir->write("wrapper.cc", wrapper_text);
-        if (run("cd '" + dir->path + "' && g++ -c wrapper.cc -o wrapper.o 2> gxx.txt") == 0)
-            object = dir->path + "/wrapper.o";
-        else
-            ADD_FAILURE() << "the SystemC wrapper does not compile\n" << read_file(dir->path + "/gxx.txt");
-    }
-    return object;
-}
+inline std::string wrapper_object() { return built_once("wrapper.cc", wrapper_text, "-c", "wrapper.o"); }
 
 // The adapter of a module: one line of the trace per reaction, the
 // outputs written on one line.
@@ -107,20 +92,6 @@ inline compiled compile_unit(const scratch_dir& s, const std::string& module, co
     int status = run("cd '" + s.path + "' && LC_ALL=C g++ " + flags + " -c " + module + "_sc.cc -o " + module +
                      "_sc.o 2> gxx.txt");
     return {status, read_file(s.path + "/gxx.txt")};
-}
-
-// The "error:" messages of g++, without their place.
-inline std::vector<std::string> error_messages(const std::string& errors)
-{
-    std::vector<std::string> messages;
-    std::istringstream lines(errors);
-    std::string line;
-    while (std::getline(lines, line)) {
-        std::size_t at = line.find(" error: ");
-        if (at != std::string::npos)
-            messages.push_back(line.substr(at + 8));
-    }
-    return messages;
 }
 
 // The names g++ finds undeclared.
@@ -188,26 +159,22 @@ struct sc_run {
 inline sc_run compare_with_c(const scratch_dir& s, const std::string& module, unsigned trace_seed)
 {
     sc_run result;
-    EXPECT_EQ(run_tarn_in(s.path, {module + ".zkc", "-c", "-systemc"}).status, 0);
-    std::vector<std::string> inputs, outputs, sc_inputs, sc_outputs;
-    EXPECT_TRUE(read_prototype(read_file(s.path + "/" + module + ".h"), module, inputs, outputs));
+    c_run c = run_with_c(s, module, {"-systemc"}, trace_seed);
+    std::vector<std::string> inputs = names(c.inputs), outputs = names(c.outputs), sc_inputs, sc_outputs;
     EXPECT_TRUE(read_prototype(read_file(s.path + "/" + module + "_sc.h"), module, sc_inputs, sc_outputs));
     EXPECT_EQ(sc_inputs, inputs);
     EXPECT_EQ(sc_outputs, outputs);
     if (!compile_with_known_fault(s, module, &result.refused))
         return result;
-    trace t = random_trace(inputs.size(), trace_seed);
-    port_values c = run_c(s, module, inputs, outputs, t);
-    port_values sc = read_values(simulate(s, module, adapter(module, presences(inputs), presences(outputs)),
-                                          trace_text(t, inputs.empty())),
-                                 presences(outputs), t.size());
+    port_values sc = read_values(simulate(s, module, adapter(module, c.inputs, c.outputs), trace_text(c.t, inputs.empty())),
+                                 c.outputs, c.t.size());
     std::set<std::string> unset = facts_of(s.path + "/" + module + ".zkc").reading_pre;
     for (const std::string& o : outputs) {
         if (unset.count(o) != 0) {
             result.undefined_outputs.insert(o);
             continue;
         }
-        EXPECT_EQ(sc[o], c[o]) << "output " << o;
+        EXPECT_EQ(sc[o], c.c[o]) << "output " << o;
         ++result.compared;
     }
     return result;
@@ -222,7 +189,7 @@ inline void sweep(int count, long first, long growth, int seed_base)
         std::string name = "gen" + std::to_string(seed_base + k);
         SCOPED_TRACE(name);
         scratch_dir s;
-        generate_module(s.path, name, first + k * growth, seed_base + k);
+        place_module(s, name, first + k * growth, seed_base + k);
         sc_run r = compare_with_c(s, name, 200 + seed_base + k);
         compared += r.compared;
         undefined += r.undefined_outputs.size();

@@ -180,15 +180,12 @@ inline module_run check(const scratch_dir& s, const std::string& module, unsigne
         c_files = "user.c";
     }
     s.write("vhdl_libs.inc", libs(altera, package));
-    tarn_output made = run_tarn_in(s.path, {module + ".zkc", "-c", altera ? "-altera" : "-vhdl"});
-    EXPECT_EQ(made.status, 0) << made.err;
-    std::vector<c_port> inputs, outputs;
-    if (made.status != 0 || !read_ports(read_file(s.path + "/" + module + ".h"), module, inputs, outputs)) {
-        ADD_FAILURE() << "no reaction in " << module << ".h";
+    c_run ran = run_with_c(s, module, {altera ? "-altera" : "-vhdl"}, trace_seed, c_files);
+    const std::vector<c_port>&inputs = ran.inputs, &outputs = ran.outputs;
+    if (outputs.empty())
         return r;
-    }
-    r.t = random_trace(inputs, trace_seed);
-    r.c = run_c(s, module, inputs, outputs, r.t, c_files);
+    r.t = ran.t;
+    r.c = ran.c;
     s.write("tb.vhd", testbench(module, altera, package, inputs, outputs, r.t));
     std::string bit = bit_type(altera);
     r.facts = facts_of(s.path + "/" + module + ".zkc");

@@ -1,24 +1,19 @@
 // Data bindings and signal values: names per target, types from the
 // signal refs, dependences, clocks, copies into another module.
 
-#include "data/data.h"
 #include "model/module.h"
 #include "model/module_bindings.h"
+#include "tests/data/data_tables.h"
 #include "wood/Bddexpression.h"
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 namespace {
-
-std::string* str(const char* s) { return new std::string(s); }
 
 // A module with a valued input i (variables 0, 1), a valued output o (2, 3),
 // a pure test input c (4, 5), a local l (6, 7) and a valued pre signal
-// declared "pr" with internal name "pr_k" (8, 9). Types int (0) and bool
-// (1), method "int f(int)" (0), external constant k (0).
-struct BindingTest : ::testing::Test {
+// declared "pr" with internal name "pr_k" (8, 9), over the data tables.
+struct BindingTest : DataTables {
     Module m{"m"};
     Bddexpressionwood* wood = m.getBddWood();
     Signal* i = new Signal("i", &m, wood);
@@ -29,14 +24,7 @@ struct BindingTest : ::testing::Test {
 
     void SetUp() override
     {
-        Compilation::GDataTypeTable = new DataTypeTable;
-        Compilation::GDataTypeTable->addType("int");
-        Compilation::GDataTypeTable->addType("bool");
-        Compilation::GDataMethodTable = new DataMethodTable;
-        Compilation::GDataMethodTable->addMethod(new MethodDecl(str("int"), str("f"), new std::list<std::string>{"int"}));
-        Compilation::GDataConstantTable = new DataConstantTable;
-        Compilation::GDataConstantTable->addConstant(new ConstantDecl("int", "k"));
-
+        DataTables::SetUp();
         i->setInput();
         c->setInput();
         o->setOutput();
@@ -52,15 +40,7 @@ struct BindingTest : ::testing::Test {
     }
 
     DataExpr* read(Signal* s) { return new DataSignalValue(s); }
-    static DataExpr* k() { return new DataConstant(0); }
-    static DataExpr* f(DataExpr* arg) { return new DataMethodCall(0, new std::list<DataExpr*>{arg}); }
-
-    std::string put(DataExpr* e, void (DataExpr::*form)(std::ostream&, Module*))
-    {
-        std::ostringstream os;
-        (e->*form)(os, &m);
-        return os.str();
-    }
+    std::string put(DataExpr* e, void (DataExpr::*form)(std::ostream&, Module*)) { return DataTables::put(e, form, &m); }
 };
 
 TEST_F(BindingTest, SignalValueNamesPerTarget)

@@ -1,39 +1,13 @@
 // Data expressions: types, type errors, every target form, operator
 // texts, the simulator form and deep nesting.
 
-#include "data/data.h"
-#include "context/compilation.h"
+#include "tests/data/data_tables.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <sstream>
-
 namespace {
 
-std::string* str(const char* s) { return new std::string(s); }
-
-// Global tables as a reader leaves them: types int (0) and bool (1), the
-// methods "int f(int)" (0) and "bool g()" (1), the external constant k (0)
-// and z (1) with a C value.
-struct DataExprTest : ::testing::Test {
-    void SetUp() override
-    {
-        Compilation::GDataTypeTable = new DataTypeTable;
-        Compilation::GDataTypeTable->addType("int");
-        Compilation::GDataTypeTable->addType("bool");
-        Compilation::GDataMethodTable = new DataMethodTable;
-        Compilation::GDataMethodTable->addMethod(new MethodDecl(str("int"), str("f"), new std::list<std::string>{"int"}));
-        Compilation::GDataMethodTable->addMethod(new MethodDecl(str("bool"), str("g"), nullptr));
-        Compilation::GDataConstantTable = new DataConstantTable;
-        Compilation::GDataConstantTable->addConstant(new ConstantDecl("int", "k"));
-        Compilation::GDataConstantTable->addConstant(
-            new ConstantDecl("int", "z", new std::map<int, DataExpr*>{{TLanguage::C, new DataValue("0", "int")}}));
-    }
-
-    static DataExpr* k() { return new DataConstant(0); }
-    static DataExpr* lit(const char* text, const char* type = "int") { return new DataValue(text, type); }
-    static DataExpr* f(DataExpr* arg) { return new DataMethodCall(0, new std::list<DataExpr*>{arg}); }
+struct DataExprTest : DataTables {
     // k + f(3) < -k
     static DataExpr* small() { return new DataBinaryOp(DataExpr::Inf, new DataBinaryOp(DataExpr::Plus, k(), f(lit("3"))), new DataUnaryOp(DataExpr::Uminus, k())); }
     // p and q or not p
@@ -43,13 +17,6 @@ struct DataExprTest : ::testing::Test {
                                 new DataUnaryOp(DataExpr::Not, lit("p", "bool")));
     }
 };
-
-std::string put(DataExpr* e, void (DataExpr::*form)(std::ostream&, Module*))
-{
-    std::ostringstream os;
-    (e->*form)(os, nullptr);
-    return os.str();
-}
 
 TEST_F(DataExprTest, TypeOfNestedExpressions)
 {

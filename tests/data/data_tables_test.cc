@@ -1,8 +1,7 @@
 // The data tables: types, methods and constants, their numbering, texts
 // per target, and the refusals of double declarations.
 
-#include "data/data.h"
-#include "context/compilation.h"
+#include "tests/data/data_tables.h"
 
 #include <gtest/gtest.h>
 
@@ -17,8 +16,6 @@ std::string text(const std::function<void(std::ostream&)>& put)
     put(os);
     return os.str();
 }
-
-std::string* str(const char* s) { return new std::string(s); }
 
 std::map<int, DataExpr*>* values(std::initializer_list<std::pair<const int, const char*>> entries)
 {

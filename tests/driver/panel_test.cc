@@ -16,55 +16,7 @@
 
 namespace {
 
-// A tarn started in `dir` on a display; killed if still running at the end.
-struct panel_process {
-    pid_t pid = -1;
-    std::string dir;
-    int status = -1;
-
-    panel_process(const std::string& dir, const std::string& display, const std::vector<std::string>& args)
-        : dir(dir)
-    {
-        pid = fork();
-        if (pid == 0) {
-            if (chdir(dir.c_str()) != 0)
-                _exit(127);
-            setenv("DISPLAY", display.c_str(), 1);
-            dup2(open(".out", O_WRONLY | O_CREAT | O_TRUNC, 0644), 1);
-            dup2(open(".err", O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
-            std::vector<char*> argv{const_cast<char*>(TARN_BINARY_DIR "/driver/tarn")};
-            for (const std::string& a : args)
-                argv.push_back(const_cast<char*>(a.c_str()));
-            argv.push_back(nullptr);
-            execv(argv[0], argv.data());
-            _exit(127);
-        }
-    }
-    ~panel_process()
-    {
-        if (running()) {
-            kill(pid, SIGKILL);
-            waitpid(pid, nullptr, 0);
-        }
-        std::remove((dir + "/.out").c_str());
-        std::remove((dir + "/.err").c_str());
-    }
-    bool running()
-    {
-        int raw;
-        if (status < 0 && pid > 0 && waitpid(pid, &raw, WNOHANG) == pid)
-            status = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
-        return status < 0 && pid > 0;
-    }
-    // The exit status, or -1 when the process is still running after `seconds`.
-    int wait_exit(double seconds = 15)
-    {
-        wait_until(seconds, [&] { return !running(); });
-        return status;
-    }
-    std::string out() const { return read_file(dir + "/.out"); }
-    std::string err() const { return read_file(dir + "/.err"); }
-};
+const std::string tarn_binary = TARN_BINARY_DIR "/driver/tarn";
 
 // A screenshot as 8-bit RGB, read back through ImageMagick.
 struct picture {
@@ -142,7 +94,7 @@ std::vector<std::string> generation_lines(const std::string& out)
 
 void window_and_widgets(const virtual_display& display, const std::string& dir)
 {
-    panel_process tarn(dir, display.name, {"m.zkc"});
+    display_process tarn(dir, display.name, tarn_binary, {"m.zkc"});
     std::string window = display.window(panel_title);
     ASSERT_NE(window, "") << "no panel window; stderr: " << tarn.err();
     std::string geometry = display.run("xdotool getwindowgeometry " + window);
@@ -236,7 +188,7 @@ void buttons_choose_targets(const virtual_display& display, const std::string&)
 
         scratch_dir here;
         here.write("m.zkc", worked_module_text);
-        panel_process tarn(here.path, display.name, {"m.zkc"});
+        display_process tarn(here.path, display.name, tarn_binary, {"m.zkc"});
         std::string window = display.window(panel_title);
         ASSERT_NE(window, "") << what << tarn.err();
         for (const std::string& b : ch.buttons)
@@ -261,7 +213,7 @@ void buttons_choose_targets(const virtual_display& display, const std::string&)
 
 void messages_keep_panel_open(const virtual_display& display, const std::string& dir)
 {
-    panel_process tarn(dir, display.name, {});
+    display_process tarn(dir, display.name, tarn_binary, {});
     std::string window = display.window(panel_title);
     ASSERT_NE(window, "") << tarn.err();
 
@@ -298,7 +250,7 @@ void messages_keep_panel_open(const virtual_display& display, const std::string&
 
 void name_without_suffix(const virtual_display& display, const std::string& dir)
 {
-    panel_process tarn(dir, display.name, {"m"});
+    display_process tarn(dir, display.name, tarn_binary, {"m"});
     std::string window = display.window(panel_title);
     ASSERT_NE(window, "") << tarn.err();
     EXPECT_TRUE(close_dialog(display, window)) << "no message for a name without .zkc";
@@ -334,7 +286,7 @@ TEST(PanelDisplay, OneConnectionToAServerThatResets)
     for (int i = 0; i < 6; ++i) {
         virtual_display display(true);
         ASSERT_FALSE(display.name.empty()) << "Xvfb did not start";
-        panel_process tarn(scratch.path, display.name, {"m"});
+        display_process tarn(scratch.path, display.name, tarn_binary, {"m"});
         const std::string expected = "ERROR IN LOADING FILE:\nm\n";
         wait_until(10, [&] { return tarn.err().size() >= expected.size() || !tarn.running(); });
         EXPECT_EQ(tarn.err(), expected) << i;

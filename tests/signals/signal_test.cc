@@ -13,6 +13,12 @@
 
 namespace {
 
+struct Signals : ::testing::Test {
+    Module m{"m"};
+    Bddexpressionwood* wood = m.getBddWood();
+};
+using SignalsDeathTest = Signals;
+
 std::vector<std::string> variableNames(Bddexpressionwood* wood)
 {
     std::vector<std::string> names;
@@ -21,10 +27,8 @@ std::vector<std::string> variableNames(Bddexpressionwood* wood)
     return names;
 }
 
-TEST(Signal, ExistingVariableOfTheNameIsReused)
+TEST_F(Signals, ExistingVariableOfTheNameIsReused)
 {
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
     wood->New_var_last("_v_x");
     Signal* x = new Signal("x", &m, wood);
     EXPECT_EQ(variableNames(wood), (std::vector<std::string>{"_v_x", "_s_x"}));
@@ -32,7 +36,7 @@ TEST(Signal, ExistingVariableOfTheNameIsReused)
     EXPECT_EQ(x->getUnderBddId(&m, wood), 0);
 }
 
-TEST(Signal, KindCodesFollowFlagPriority)
+TEST_F(Signals, KindCodesFollowFlagPriority)
 {
     struct Case {
         const char* what;
@@ -48,10 +52,9 @@ TEST(Signal, KindCodesFollowFlagPriority)
         {"clock and wire", false, false, false, true, true, Compilation::SCLOCK, Compilation::VCLOCK},
         {"wire", false, false, false, false, true, Compilation::SWIRE, Compilation::VWIRE},
     };
-    Module m("m");
     int n = 0;
     for (const Case& c : cases) {
-        Signal* s = new Signal("k" + std::to_string(n++), &m, m.getBddWood());
+        Signal* s = new Signal("k" + std::to_string(n++), &m, wood);
         s->setInput(c.input);
         s->setOutput(c.output);
         if (c.reg)
@@ -61,14 +64,13 @@ TEST(Signal, KindCodesFollowFlagPriority)
         EXPECT_EQ(s->computeOverType(), c.over) << c.what;
         EXPECT_EQ(s->computeUnderType(), c.under) << c.what;
     }
-    Signal* wired = new Signal("w", "w_i", &m, m.getBddWood(), true);
+    Signal* wired = new Signal("w", "w_i", &m, wood, true);
     EXPECT_TRUE(wired->isWire() && wired->isRegister() && wired->isWired());
 }
 
-TEST(Signal, AtSignInNamesIsKeptUntilReplaced)
+TEST_F(Signals, AtSignInNamesIsKeptUntilReplaced)
 {
-    Module m("m");
-    Signal* s = new Signal("a@b", "a@b@1", &m, m.getBddWood());
+    Signal* s = new Signal("a@b", "a@b@1", &m, wood);
     EXPECT_EQ(s->getOverName(&m), "_s_a@b@1");
     s->ReplaceAtCharacterInAllNames("_");
     EXPECT_EQ(s->getOriginalName(), "a_b");
@@ -77,19 +79,16 @@ TEST(Signal, AtSignInNamesIsKeptUntilReplaced)
 }
 
 // An absent signal has no wire.
-TEST(Signal, AbsentSignalHasNoWire)
+TEST_F(Signals, AbsentSignalHasNoWire)
 {
-    Module m("m");
-    Signal* s = new Signal("s", &m, m.getBddWood());
+    Signal* s = new Signal("s", &m, wood);
     s->setLocal();
-    s->setCurrentOccurrence(m.getBddWood(), -1);
-    EXPECT_TRUE(s->getAllBddId(&m, m.getBddWood()).empty());
+    s->setCurrentOccurrence(wood, -1);
+    EXPECT_TRUE(s->getAllBddId(&m, wood).empty());
 }
 
-TEST(Signal, UsedWithPreNeedsAValuedActualOfAPair)
+TEST_F(Signals, UsedWithPreNeedsAValuedActualOfAPair)
 {
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
     Signal* actual = new Signal("a", &m, wood);
     Signal* pre = new Signal("pa", &m, wood);
     Signal* other = new Signal("o", &m, wood);
@@ -102,10 +101,8 @@ TEST(Signal, UsedWithPreNeedsAValuedActualOfAPair)
     EXPECT_FALSE(other->usedwithPre(&m));
 }
 
-TEST(SignalManager, DuplicateAndDeleteWood)
+TEST_F(Signals, ManagerDuplicatesAndDeletesWoods)
 {
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
     Signal* a = new Signal("a", &m, wood);
     Signal* b = new Signal("b", &m, wood);
     SignalManager* manager = m.getSignalManager();
@@ -121,11 +118,10 @@ TEST(SignalManager, DuplicateAndDeleteWood)
 
 // Registers compare on all three fields (the other tests lean on it) and
 // print in the file's layout, unknown signals as "?".
-TEST(Registers, EqualityAndFileLayout)
+TEST_F(Signals, RegistersCompareOnAllFieldsAndPrintInTheFileLayout)
 {
-    Module m("m");
-    Signal* r = new Signal("r", &m, m.getBddWood());
-    Signal* n = new Signal("n", &m, m.getBddWood());
+    Signal* r = new Signal("r", &m, wood);
+    Signal* n = new Signal("n", &m, wood);
     regclass a(r, n, 1);
     EXPECT_TRUE(a == regclass(r, n, 1) && a != regclass(r, n, 0) && a != regclass(n, n, 1) && a != regclass(r, r, 1));
     std::ostringstream text;
@@ -134,12 +130,8 @@ TEST(Registers, EqualityAndFileLayout)
     EXPECT_EQ(text.str(), "n r 1;|? r 0;|n r 3;|n ? ;");
 }
 
-using SignalDeathTest = ::testing::Test;
-
-TEST(SignalDeathTest, MisuseEndsWithItsMessage)
+TEST_F(SignalsDeathTest, MisuseEndsWithItsMessage)
 {
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
     Signal* in = new Signal("in", &m, wood);
     in->setInput();
     EXPECT_EXIT(in->getAllBddId(&m, wood), ::testing::ExitedWithCode(1),
@@ -164,10 +156,8 @@ TEST(SignalDeathTest, MisuseEndsWithItsMessage)
     EXPECT_EXIT(root.duplicate(), ::testing::ExitedWithCode(1), "abnormal use of expression::duplicate\\(\\) ...");
 }
 
-TEST(SignalDeathTest, SecondOccurrenceRefInTheSameWoodIsRefused)
+TEST_F(SignalsDeathTest, SecondOccurrenceRefInTheSameWoodIsRefused)
 {
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
     Signal* x = new Signal("x", &m, wood);
     x->setLocal();
     new Signal("x_1", &m, wood);  // takes the name of x's first occurrence

@@ -43,36 +43,22 @@ inline c_reference::port_values printed_outputs(const std::string& printed, cons
     return values;
 }
 
-// Writes the module into `s` (a copy of `source`, or zkcgen's module of
-// `equations` and `seed` when `source` is empty), runs its C and mosk on
-// the same random trace, and compares every output at every step. Returns
-// how many times an output changed, so that a caller can tell a trace that
-// moved nothing.
-inline int agree(const std::string& name, const std::string& source, long equations, int seed, unsigned trace_seed)
+// The example `name` (or zkcgen's module of `equations` and `seed`): its
+// C and mosk on the same random trace, every output compared at every
+// step. Returns how many times an output changed, so that a caller can
+// tell a trace that moved nothing.
+inline int agree(const std::string& name, long equations, int seed, unsigned trace_seed)
 {
     SCOPED_TRACE(name);
     using namespace c_reference;
     scratch_dir s;
-    std::string file = s.path + "/" + name + ".zkc";
-    if (!source.empty())
-        EXPECT_EQ(run("cp '" + source + "' '" + file + "'"), 0);
-    else
-        generate_module(s.path, name, equations, seed);
-    EXPECT_EQ(run_tarn_in(s.path, {name + ".zkc", "-c"}).status, 0);
-    std::vector<std::string> inputs, outputs;
-    if (!read_prototype(read_file(s.path + "/" + name + ".h"), name, inputs, outputs)) {
-        ADD_FAILURE() << "no pure prototype in " << name << ".h";
-        return 0;
-    }
-    trace t = random_trace(inputs.size(), trace_seed);
-    port_values c = run_c(s, name, inputs, outputs, t);
-
-    s.write("reactions.txt", c_reference::reaction_lines(inputs, t));
+    place_module(s, name, equations, seed);
+    c_run r = run_with_c(s, name, {}, trace_seed);
+    s.write("reactions.txt", reaction_lines(names(r.inputs), r.t));
     tarn_output m = run_mosk_in(s.path, {name + ".zkc", "-input", "reactions.txt"});
     EXPECT_EQ(m.status, 0) << m.err;
-    port_values simulated = printed_outputs(m.out, outputs);
-    EXPECT_EQ(simulated, c) << "outputs per reaction, mosk against the C";
-    return changes(c);
+    EXPECT_EQ(printed_outputs(m.out, names(r.outputs)), r.c) << "outputs per reaction, mosk against the C";
+    return changes(r.c);
 }
 
 } // namespace mosk_agreement

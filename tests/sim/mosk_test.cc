@@ -27,7 +27,7 @@ const std::string examples = TARN_SOURCE_DIR "/examples/";
 TEST(MoskAgreesWithC, PureExamplesAndGeneratedModules)
 {
     for (const char* name : {"toggle", "shift", "watchdog", "blink"}) {
-        int changes = agree(name, examples + name + ".zkc", 0, 0, 17);
+        int changes = agree(name, 0, 0, 17);
         // blink's outputs are constant or a plain blink; the others must
         // have moved under the trace.
         EXPECT_GT(changes, 0) << name;
@@ -36,7 +36,7 @@ TEST(MoskAgreesWithC, PureExamplesAndGeneratedModules)
     // the long sweep; most traces must move some output.
     int moved = 0;
     for (int seed = 1; seed <= MOSK_SWEEP && !HasFailure(); ++seed)
-        moved += agree("gen" + std::to_string(seed), "", 40 + (37 * seed) % 600, seed, 1000 + seed) > 0;
+        moved += agree("gen" + std::to_string(seed), 40 + (37 * seed) % 600, seed, 1000 + seed) > 0;
     EXPECT_GE(moved, MOSK_SWEEP - MOSK_SWEEP / 10);
 }
 
@@ -108,57 +108,28 @@ Module* finalised(const scratch_dir& s, const std::string& name)
     return finalised_module(s.path + "/" + name + ".zkc");
 }
 
-TEST(ReactionEngine, PureModulesRunStraightAndValuedOnesStopForTheirData)
+// sum: total takes add_sat(pre total, inc, limit) through its clock, which
+// waits for data. An absent total holds its type's zero, which sum does not
+// define: the sum is unknown from then on, and a request on an unknown
+// operand is answered unknown without asking the data server.
+TEST(ReactionEngine, NoRequestOnAnUnknownOperand)
 {
     scratch_dir s;
-    Module* toggle = finalised(s, "toggle");
-    ASSERT_NE(toggle, nullptr);
-    reaction_engine e(toggle);
-    EXPECT_GT(e.step_count(), 0u);
-    EXPECT_EQ(e.hook_count(), 0u);
-    ASSERT_EQ(e.inputs().size(), 1u);
-    EXPECT_EQ(e.inputs()[0].name, "t");
-    // The boot register is shown among the locals.
-    bool boot = false;
-    for (const auto& l : e.locals())
-        boot = boot || l.name == "toggle_boot";
-    EXPECT_TRUE(boot);
-    // reset() goes back to the first reaction.
-    e.react({true}, {""});
-    EXPECT_FALSE(e.is_present(e.outputs()[0].var));
-    e.react({true}, {""});
-    EXPECT_TRUE(e.is_present(e.outputs()[0].var));
-    e.reset();
-    e.react({true}, {""});
-    EXPECT_FALSE(e.is_present(e.outputs()[0].var));
-
-    // sum: total takes inc's sum through its clock, which waits for data.
     Module* sum = finalised(s, "sum");
     ASSERT_NE(sum, nullptr);
     reaction_engine v(sum);
-    EXPECT_GE(v.hook_count(), 1u);
-    ASSERT_EQ(v.outputs().size(), 1u);
-    EXPECT_TRUE(v.outputs()[0].valued);
     std::vector<std::string> asked;
     v.set_data_source([&](const std::string& request) {
         asked.push_back(request);
         return std::string("7");
     });
     v.reset();
-    v.react({true}, {"30"});
-    EXPECT_EQ(v.value_of(v.outputs()[0]), "7");
-    // pre_total starts at the constant zero, known to the module: 0.
-    ASSERT_FALSE(asked.empty());
-    EXPECT_EQ(asked.back(), "MC,add_sat,0,30,100,");
     v.react({true}, {"5"});
-    EXPECT_EQ(asked.back(), "MC,add_sat,7,5,100,");
-    // An absent total holds its type's zero, which sum does not define: the
-    // sum is unknown from then on, and nothing is asked on it.
-    std::size_t before = asked.size();
+    EXPECT_EQ(asked, std::vector<std::string>{"MC,add_sat,0,5,100,"});
     v.react({false}, {""});
     v.react({true}, {"5"});
     EXPECT_EQ(v.value_of(v.outputs()[0]), "--");
-    EXPECT_EQ(asked.size(), before);
+    EXPECT_EQ(asked.size(), 1u);
 }
 
 } // namespace

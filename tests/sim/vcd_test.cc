@@ -177,7 +177,7 @@ TEST(Vcd, GtkwaveReadsTheDumpAsThePrintedTrace)
 }
 
 // Shows the dump in GTKWave on a private X server and takes the screen;
-// every wait is bounded, and GTKWave is stopped by its process id.
+// every wait is bounded, and GTKWave is stopped at the end.
 TEST(Vcd, ScreenshotOfTheDumpInGtkwave)
 {
     if (!have("Xvfb") || !have("gtkwave") || !have("import") || !have("xdotool"))
@@ -193,21 +193,12 @@ TEST(Vcd, ScreenshotOfTheDumpInGtkwave)
                              "watchdog.alarm\nwatchdog.armed\nwatchdog.watchdog_boot\n");
     virtual_display display(false, "1000x420x24");
     ASSERT_FALSE(display.name.empty()) << "Xvfb did not start";
-    pid_t gtkwave = fork();
-    if (gtkwave == 0) {
-        if (chdir(s.path.c_str()) == 0 && freopen("gtkwave.log", "w", stdout) && freopen("gtkwave.log", "a", stderr)) {
-            setenv("DISPLAY", display.name.c_str(), 1);
-            execlp("gtkwave", "gtkwave", "-a", "watchdog.gtkw", "watchdog.vcd", static_cast<char*>(nullptr));
-        }
-        _exit(127);
-    }
+    display_process gtkwave(s.path, display.name, "gtkwave", {"-a", "watchdog.gtkw", "watchdog.vcd"});
     bool shown = wait_until(20, [&] { return !display.windows("--name GTKWave").empty(); });
     std::this_thread::sleep_for(std::chrono::milliseconds(1500));
     if (shown)
         display.run("import -window root '" + s.path + "/screenshot.png'");
-    kill(gtkwave, SIGTERM);
-    waitpid(gtkwave, nullptr, 0);
-    ASSERT_TRUE(shown) << read_file(s.path + "/gtkwave.log");
+    ASSERT_TRUE(shown) << gtkwave.err();
     ASSERT_EQ(run("cp '" + s.path + "/screenshot.png' '" + s.path + "/watchdog.vcd' '" + artefacts + "/'"), 0);
     // A real picture: PNG of the screen's size, wider than a blank frame.
     std::string png = read_file(artefacts + "/screenshot.png");
