@@ -354,14 +354,14 @@ private:
 // (renaming appends, the old text stays).
 class current_names {
 public:
-    // The text given to the slot, or null when it holds none.
-    const std::string_view* given(std::size_t id, std::string_view& text) const {
+    // Whether the slot holds a text of its own, and then the text.
+    bool given(std::size_t id, std::string_view& text) const {
         std::uint64_t at = id < where.size() ? where[id] : 0;
-        if (at == 0) return nullptr;
+        if (at == 0) return false;
         std::uint32_t length;
         std::memcpy(&length, texts.data() + (at - 1), sizeof length);
         text = std::string_view(texts.data() + (at - 1) + sizeof length, length);
-        return &text;
+        return true;
     }
     // Gives the slot a text of its own.
     void give(std::size_t id, std::string_view name);

@@ -358,7 +358,9 @@ void bddpp_manager::set_var_name(long id, const std::string& name) {
         unindex_name(std::string(var_name(id)), id);
         index_name(name, id);
     }
-    if (id < variables_number && id_by_name.text_of(static_cast<std::size_t>(id)) == name)
+    // A variable's own creation name is no change (the variable being made
+    // has its name entered already).
+    if (id < id_by_name.size() && id_by_name.text_of(static_cast<std::size_t>(id)) == name)
         var_names.forget(static_cast<std::size_t>(id));
     else
         var_names.give(static_cast<std::size_t>(id), name);
