@@ -6,8 +6,9 @@
 // time in address translation and page faults than in its own work. Here
 // they come from regions aligned on 2 MiB and offered to the kernel as huge
 // pages, carved into slabs of one size each, with a free list per size.
-// Larger blocks go to malloc, with huge pages asked for the big ones. Memory is never handed back: the run builds
-// its wood once and writes it once. tarn runs on one thread.
+// Larger blocks go to malloc, with huge pages asked for the big ones. Memory
+// is never handed back to the kernel: the run builds its wood once and
+// writes it once. tarn runs on one thread.
 
 #include <sys/mman.h>
 
@@ -137,7 +138,9 @@ void* take(std::size_t n) {
     }
     std::size_t bytes = c * kGrain;
     if (slab_next[c] == nullptr || slab_end[c] - slab_next[c] < static_cast<std::ptrdiff_t>(bytes)) {
-        if (!new_slab(c)) return take_large(n);
+        // No fall-back to malloc: a small block always lies in a region, so
+        // a delete that is told its size finds its class without a search.
+        if (!new_slab(c)) return nullptr;
     }
     void* p = slab_next[c];
     slab_next[c] += bytes;
@@ -158,6 +161,20 @@ void give(void* p) {
     free_cells[c] = cell;
 }
 
+// A delete told the size: small blocks all come from the slabs, so the
+// class follows from the size alone.
+void give_sized(void* p, std::size_t n) {
+    if (p == nullptr) return;
+    if (n > kLargest) {
+        std::free(p);
+        return;
+    }
+    std::size_t c = n == 0 ? 1 : (n + kGrain - 1) / kGrain;
+    FreeCell* cell = static_cast<FreeCell*>(p);
+    cell->next = free_cells[c];
+    free_cells[c] = cell;
+}
+
 void* take_or_throw(std::size_t n) {
     void* p = take(n);
     if (p == nullptr) throw std::bad_alloc();
@@ -172,7 +189,7 @@ void* operator new(std::size_t n, const std::nothrow_t&) noexcept { return take(
 void* operator new[](std::size_t n, const std::nothrow_t&) noexcept { return take(n); }
 void operator delete(void* p) noexcept { give(p); }
 void operator delete[](void* p) noexcept { give(p); }
-void operator delete(void* p, std::size_t) noexcept { give(p); }
-void operator delete[](void* p, std::size_t) noexcept { give(p); }
+void operator delete(void* p, std::size_t n) noexcept { give_sized(p, n); }
+void operator delete[](void* p, std::size_t n) noexcept { give_sized(p, n); }
 void operator delete(void* p, const std::nothrow_t&) noexcept { give(p); }
 void operator delete[](void* p, const std::nothrow_t&) noexcept { give(p); }
