@@ -41,15 +41,21 @@ struct FreeCell {
 
 // Zero-initialised: the allocator may serve static constructors that run
 // before any of this file's own.
-Region* regions[kMaxRegions];  // by ascending base
-std::uintptr_t region_bases[kMaxRegions];  // the same regions' bases, searched by delete
+//
+// The region of an address is found in two steps: a directory by the
+// address's top bits, then a page of 2048 regions. User addresses are
+// below 2^47; a region the kernel places higher is not used.
+constexpr std::size_t kAddressBits = 47;
+constexpr std::size_t kPageBits = 11;
+constexpr std::size_t kDirectoryBits = kAddressBits - kRegionBits - kPageBits;
+Region** directory[std::size_t(1) << kDirectoryBits];
 std::size_t region_count;
 std::size_t slabs_used;        // in the last region made
 FreeCell* free_cells[kClasses];
 char* slab_next[kClasses];
 char* slab_end[kClasses];
 
-// A 64 MiB region aligned on its size, asked for huge pages; null when the
+// A 16 MiB region aligned on its size, asked for huge pages; null when the
 // kernel refuses.
 std::uintptr_t map_region() {
     // Twice the size so that an aligned region fits whatever the kernel gives.
@@ -60,6 +66,10 @@ std::uintptr_t map_region() {
     if (base > start) munmap(raw, base - start);
     std::uintptr_t end = start + 2 * kRegion;
     if (end > base + kRegion) munmap(reinterpret_cast<void*>(base + kRegion), end - (base + kRegion));
+    if ((base >> kAddressBits) != 0) {
+        munmap(reinterpret_cast<void*>(base), kRegion);
+        return 0;
+    }
     madvise(reinterpret_cast<void*>(base), kRegion, MADV_HUGEPAGE);
     return base;
 }
@@ -68,17 +78,18 @@ Region* new_region() {
     if (region_count == kMaxRegions) return nullptr;
     std::uintptr_t base = map_region();
     if (base == 0) return nullptr;
+    Region**& page = directory[base >> (kRegionBits + kPageBits)];
+    if (page == nullptr) {
+        page = static_cast<Region**>(std::calloc(std::size_t(1) << kPageBits, sizeof(Region*)));
+        if (page == nullptr) {
+            munmap(reinterpret_cast<void*>(base), kRegion);
+            return nullptr;
+        }
+    }
     // The region's table lives in its own first slab.
     Region* r = reinterpret_cast<Region*>(base);
     r->base = base;
-    std::size_t at = region_count;
-    while (at > 0 && region_bases[at - 1] > base) {
-        regions[at] = regions[at - 1];
-        region_bases[at] = region_bases[at - 1];
-        --at;
-    }
-    regions[at] = r;
-    region_bases[at] = base;
+    page[(base >> kRegionBits) & ((std::size_t(1) << kPageBits) - 1)] = r;
     ++region_count;
     static_assert(sizeof(Region) <= kSlab, "the region table fits in one slab");
     r->size_class[0] = 0;
@@ -103,16 +114,10 @@ bool new_slab(std::size_t c) {
 // The region holding p, or null for a block of malloc's.
 Region* region_of(const void* p) {
     std::uintptr_t a = reinterpret_cast<std::uintptr_t>(p);
-    std::size_t lo = 0, hi = region_count;
-    while (lo < hi) {
-        std::size_t mid = (lo + hi) / 2;
-        if (region_bases[mid] + kRegion <= a)
-            lo = mid + 1;
-        else
-            hi = mid;
-    }
-    if (lo < region_count && region_bases[lo] <= a) return regions[lo];
-    return nullptr;
+    if ((a >> kAddressBits) != 0) return nullptr;
+    Region** page = directory[a >> (kRegionBits + kPageBits)];
+    if (page == nullptr) return nullptr;
+    return page[(a >> kRegionBits) & ((std::size_t(1) << kPageBits) - 1)];
 }
 
 // A large block (a table by variable, a hash table's buckets) is read at
