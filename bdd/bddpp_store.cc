@@ -218,6 +218,62 @@ bool bdd_node::operator==(const bdd_node& other) const {
            then_node == other.then_node && else_node == other.else_node;
 }
 
+namespace {
+
+// The nodes met by one walk of a cone: an open-addressed set kept from walk
+// to walk and emptied by a new generation number.
+class visited_nodes {
+public:
+    void start() {
+        if (++generation == 0) {
+            for (slot& s : slots) s.generation = 0;
+            generation = 1;
+        }
+        used = 0;
+        if (slots.empty()) slots.resize(64);
+    }
+    // Whether the node was new.
+    bool insert(const bdd_node* n) {
+        if (2 * (used + 1) > slots.size()) grow();
+        if (!place(n)) return false;
+        ++used;
+        return true;
+    }
+
+private:
+    struct slot {
+        const bdd_node* node = nullptr;
+        unsigned generation = 0;
+    };
+    static std::size_t home(const bdd_node* n) {
+        std::size_t h = (reinterpret_cast<std::uintptr_t>(n) >> 3) * 0x9E3779B97F4A7C15ull;
+        return h ^ (h >> 29);
+    }
+    bool place(const bdd_node* n) {
+        const std::size_t mask = slots.size() - 1;
+        for (std::size_t i = home(n) & mask;; i = (i + 1) & mask) {
+            slot& s = slots[i];
+            if (s.generation != generation) {
+                s = slot{n, generation};
+                return true;
+            }
+            if (s.node == n) return false;
+        }
+    }
+    void grow() {
+        std::vector<slot> old;
+        old.swap(slots);
+        slots.resize(old.size() * 2);
+        for (const slot& s : old)
+            if (s.generation == generation) place(s.node);
+    }
+    std::vector<slot> slots;
+    unsigned generation = 0;
+    std::size_t used = 0;
+};
+
+}  // namespace
+
 const std::vector<int>& bdd_node::depends() const {
     static const std::vector<int> none;
     bddpp_manager* m = manager();
@@ -226,12 +282,14 @@ const std::vector<int>& bdd_node::depends() const {
     // One walk of the cone; a node below that already knows its set gives
     // it whole. Only the asked node keeps the result.
     std::vector<int> ids;
-    std::vector<const bdd_node*> stack{this};
-    std::unordered_set<const bdd_node*> seen;
+    static std::vector<const bdd_node*> stack;
+    static visited_nodes seen;
+    stack.assign(1, this);
+    seen.start();
     while (!stack.empty()) {
         const bdd_node* n = stack.back();
         stack.pop_back();
-        if (!seen.insert(n).second || n->id < 0) continue;
+        if (!seen.insert(n) || n->id < 0) continue;
         if (n != this && n->depends_place) {
             const std::vector<int>& below = *m->known_depends(n);
             ids.insert(ids.end(), below.begin(), below.end());
