@@ -7,45 +7,69 @@
 
 #include "bdd/bddpp.h"
 #include "bdd/bdd_transform_walk.h"
+#include "support/text_out.h"
 
 #include <cstdio>
-#include <functional>
 #include <iostream>
 #include <sstream>
 #include <vector>
 
 namespace {
 
-// One assignment per node; the three shapes share their words.
+// One assignment per node; the three shapes share their words. A node's
+// slot is the base and its global id, as base[id] or as base_id.
 struct EvalForm {
     std::string or_word, and_word, not_open, not_close, var_prefix, var_suffix;
     std::string terminal_text; // right member of the terminal's line
     std::string line_end;
     std::string terminal_lead, lead;
     std::string sign;
-    std::function<std::string(const bdd_node*)> slot;
+    std::string slot_base;
+    bool indexed = false;
 };
 
-void print_eval_lines(bddpp_manager* m, const EvalForm& form, std::ostream& out, bdd_node* node)
+void put_slot(text_out& out, const EvalForm& form, const bdd_node* n)
 {
+    if (form.indexed)
+        out << form.slot_base << '[' << n->global_id << ']';
+    else
+        out << form.slot_base << '_' << n->global_id;
+}
+
+void print_eval_lines(bddpp_manager* m, const EvalForm& form, std::ostream& stream, bdd_node* node)
+{
+    text_out out(stream);
     bdd_walk::marked_postorder(node, m->one, [&](bdd_node* n) {
         if (n == m->one) {
-            out << form.terminal_lead << form.slot(n) << form.sign << form.terminal_text << form.line_end << "\n";
+            out << form.terminal_lead;
+            put_slot(out, form, n);
+            out << form.sign << form.terminal_text << form.line_end << '\n';
             return;
         }
-        std::string x = form.var_prefix + std::string(m->var_name(n->id)) + form.var_suffix;
-        out << form.lead << form.slot(n) << form.sign;
+        const std::string_view name = m->var_name(n->id);
+        auto put_x = [&] { out << form.var_prefix << name << form.var_suffix; };
+        out << form.lead;
+        put_slot(out, form, n);
+        out << form.sign;
         if (bdd_walk::is_own_node(n, m->one)) {
-            out << x << form.line_end << "\n";
+            put_x();
+            out << form.line_end << '\n';
             return;
         }
-        out << x << form.and_word << form.slot(n->then_node) << form.or_word << form.not_open << x << form.not_close
-            << form.and_word;
-        if (n->else_link_type == 1)
-            out << form.slot(n->else_node);
-        else
-            out << form.not_open << form.slot(n->else_node) << form.not_close;
-        out << form.line_end << "\n";
+        put_x();
+        out << form.and_word;
+        put_slot(out, form, n->then_node);
+        out << form.or_word << form.not_open;
+        put_x();
+        out << form.not_close << form.and_word;
+        if (n->else_link_type == 1) {
+            put_slot(out, form, n->else_node);
+        } else {
+            out << form.not_open;
+            put_slot(out, form, n->else_node);
+            out << form.not_close;
+        }
+        out << form.line_end << '\n';
     });
 }
 
@@ -68,19 +92,19 @@ EvalForm eval_form(const std::string& or_word, const std::string& and_word, cons
     return form;
 }
 
-std::string indexed_slot(const std::string& array_name, const bdd_node* n)
+void indexed_slot(EvalForm& form, const std::string& array_name)
 {
-    return array_name + "[" + std::to_string(n->global_id) + "]";
+    form.slot_base = array_name;
+    form.indexed = true;
 }
 
-std::string named_slot(const std::string& base, const bdd_node* n)
+void named_slot(EvalForm& form, const std::string& base)
 {
-    return base + "_" + std::to_string(n->global_id);
+    form.slot_base = base;
+    form.indexed = false;
 }
 
-} // namespace
-
-// ------------------------------------------------------------ node by node
+}  // namespace
 
 void bddpp_manager::Print_node_for_eval(const std::string& or_word, const std::string& and_word,
                                         const std::string& not_open, const std::string& not_close,
@@ -89,7 +113,7 @@ void bddpp_manager::Print_node_for_eval(const std::string& or_word, const std::s
                                         const std::string& array_name, std::ostream& out, bdd_node* node)
 {
     EvalForm form = eval_form(or_word, and_word, not_open, not_close, var_prefix, var_suffix, one_word, line_end);
-    form.slot = [&](const bdd_node* n) { return indexed_slot(array_name, n); };
+    indexed_slot(form, array_name);
     print_eval_lines(this, form, out, node);
 }
 
@@ -102,7 +126,7 @@ void bddpp_manager::Print_node_for_eval(const std::string& or_word, const std::s
 {
     EvalForm form = eval_form(or_word, and_word, not_open, not_close, var_prefix, var_suffix, one_word, line_end);
     form.terminal_lead = form.lead = indent;
-    form.slot = [&](const bdd_node* n) { return indexed_slot(array_name, n); };
+    indexed_slot(form, array_name);
     print_eval_lines(this, form, out, node);
 }
 
@@ -113,7 +137,7 @@ void bddpp_manager::Print_node_for_eval_arrayless(const std::string& or_word, co
                                                   const std::string& array_name, std::ostream& out, bdd_node* node)
 {
     EvalForm form = eval_form(or_word, and_word, not_open, not_close, var_prefix, var_suffix, one_word, line_end);
-    form.slot = [&](const bdd_node* n) { return named_slot(array_name, n); };
+    named_slot(form, array_name);
     print_eval_lines(this, form, out, node);
 }
 
@@ -126,7 +150,7 @@ void bddpp_manager::Print_node_for_eval_arrayless(const std::string& or_word, co
 {
     EvalForm form = eval_form(or_word, and_word, not_open, not_close, var_prefix, var_suffix, one_word, line_end);
     form.terminal_lead = form.lead = indent;
-    form.slot = [&](const bdd_node* n) { return named_slot(array_name, n); };
+    named_slot(form, array_name);
     print_eval_lines(this, form, out, node);
 }
 
@@ -138,7 +162,7 @@ void bddpp_manager::Print_node_for_eval_NUSMV(const std::string& var_prefix, con
     form.terminal_text = "TRUE";
     form.terminal_lead = form.lead = line_start;
     form.sign = ":= ";
-    form.slot = [&](const bdd_node* n) { return named_slot(base, n); };
+    named_slot(form, base);
     print_eval_lines(this, form, out, node);
 }
 
@@ -152,8 +176,9 @@ void bddpp_manager::Node_for_eval_used(bdd_node* node, long size, int* used)
 
 // A variable's own node gets no line: its slot is filled by the input
 // assignments of Print_node_for_eval_VHDL_input.
-void bddpp_manager::Print_node_for_eval_VHDL(const std::string& name, std::ostream& out, bdd_node* node)
+void bddpp_manager::Print_node_for_eval_VHDL(const std::string& name, std::ostream& stream, bdd_node* node)
 {
+    text_out out(stream);
     bdd_walk::marked_postorder(node, one, [&](bdd_node* n) {
         if (n == one) {
             out << "      " << name << "(" << n->global_id << ") <= '1';\n";
@@ -172,21 +197,21 @@ void bddpp_manager::Print_node_for_eval_VHDL(const std::string& name, std::ostre
 
 // Each table is followed by an empty line. The first argument is not used.
 void bddpp_manager::Print_node_for_eval_BLIF(const std::string& spare, const std::string& suffix,
-                                             const std::string& base, std::ostream& out, bdd_node* node)
+                                             const std::string& base, std::ostream& stream, bdd_node* node)
 {
+    text_out out(stream);
     bdd_walk::marked_postorder(node, one, [&](bdd_node* n) {
-        std::string signal = named_slot(base, n);
         if (n == one) {
-            out << ".names " << signal << "\n1\n\n";
+            out << ".names " << base << '_' << n->global_id << "\n1\n\n";
             return;
         }
-        std::string v = std::string(var_name(n->id)) + suffix;
+        const std::string_view v = var_name(n->id);
         if (bdd_walk::is_own_node(n, one)) {
-            out << ".names " << v << " " << signal << "\n1 1\n\n";
+            out << ".names " << v << suffix << ' ' << base << '_' << n->global_id << "\n1 1\n\n";
             return;
         }
-        out << ".names " << v << " " << named_slot(base, n->then_node) << " " << named_slot(base, n->else_node) << " "
-            << signal << "\n"
+        out << ".names " << v << suffix << ' ' << base << '_' << n->then_node->global_id << ' ' << base << '_'
+            << n->else_node->global_id << ' ' << base << '_' << n->global_id << "\n"
             << "11- 1\n"
             << "0-" << (n->else_link_type == 1 ? "1" : "0") << " 1\n\n";
     });

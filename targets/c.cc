@@ -8,6 +8,7 @@
 #include "data/data.h"
 #include "model/module_bindings.h"
 #include "targets/c_frame.h"
+#include "support/text_out.h"
 #include "targets/formats.h"
 #include "wood/Bddexpression.h"
 
@@ -183,8 +184,9 @@ IndexSet local_variables(Module* m, const std::vector<regclass*>& regs, const st
 
 void put_locals(Module* m, std::ostream& c, const IndexSet& variables)
 {
+    text_out out(c);
     for (long index : variables)
-        c << "  int " << m->getBddWood()->Name_var_by_index(index) << ";\n";
+        out << "  int " << m->getBddWood()->Name_var_by_index(index) << ";\n";
 }
 
 std::vector<Signal*> unbound_valued_locals(Module* m)
@@ -380,7 +382,7 @@ void Module::C_put_equation(std::ostream& os, const std::string& nodeArray, cons
             continue;
         }
         e->put_c(os, nodeArray, outputs);
-        os << "\n";
+        os.put('\n');
         // A clock receives the value after each equation that its bound
         // signal keeps, guarded by that equation's variable.
         DataBinding* binding = formats::clockedBinding(this, index);

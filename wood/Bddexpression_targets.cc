@@ -6,6 +6,7 @@
 // equations is written once, at the first one that needs it.
 
 #include "wood/Bddexpression.h"
+#include "support/text_out.h"
 
 #include <ostream>
 
@@ -48,7 +49,7 @@ public:
     explicit BlifForm(const std::string& prefix) : prefix(prefix) {}
     void copy(std::ostream& out, const std::string& var, const std::string& x) const override
     {
-        out << ".names " << x << " " << var << "\n1 1\n";
+        text_out(out) << ".names " << x << " " << var << "\n1 1\n";
     }
     void nodes(std::ostream& out, bddpp_manager* manager, bdd_node* root) const override
     {
@@ -56,7 +57,7 @@ public:
     }
     void root(std::ostream& out, const std::string& var, long root, bool negated) const override
     {
-        out << ".names " << prefix << "_" << root << " " << var << "\n" << (negated ? "0 1" : "1 1") << "\n";
+        text_out(out) << ".names " << prefix << "_" << root << " " << var << "\n" << (negated ? "0 1" : "1 1") << "\n";
     }
 
 private:
@@ -70,7 +71,7 @@ public:
     CForm(const std::string& array, const std::set<std::string>& outputs) : array(array), outputs(outputs) {}
     void copy(std::ostream& out, const std::string& var, const std::string& x) const override
     {
-        out << lhs(var) << "= " << x << ";";
+        text_out(out) << lhs(var) << "= " << x << ";";
     }
     void nodes(std::ostream& out, bddpp_manager* manager, bdd_node* root) const override
     {
@@ -78,7 +79,7 @@ public:
     }
     void root(std::ostream& out, const std::string& var, long root, bool negated) const override
     {
-        out << lhs(var) << "= " << (negated ? "!" : "") << array << "[" << root << "];";
+        text_out(out) << lhs(var) << "= " << (negated ? "!" : "") << array << "[" << root << "];";
     }
 
 private:
@@ -98,7 +99,7 @@ public:
     CSharpForm(const std::string& array, const std::string& indent) : array(array), indent(indent) {}
     void copy(std::ostream& out, const std::string& var, const std::string& x) const override
     {
-        out << var << "= " << x << ";";
+        text_out(out) << var << "= " << x << ";";
     }
     void nodes(std::ostream& out, bddpp_manager* manager, bdd_node* root) const override
     {
@@ -106,7 +107,7 @@ public:
     }
     void root(std::ostream& out, const std::string& var, long root, bool negated) const override
     {
-        out << var << "= " << (negated ? "!" : "") << array << "[" << root << "];";
+        text_out(out) << var << "= " << (negated ? "!" : "") << array << "[" << root << "];";
     }
 
 private:
@@ -120,7 +121,7 @@ class NusmvForm : public EquationForm {
 public:
     void copy(std::ostream& out, const std::string& var, const std::string& x) const override
     {
-        out << "   " << var << " := " << x << ";";
+        text_out(out) << "   " << var << " := " << x << ";";
     }
     void nodes(std::ostream& out, bddpp_manager* manager, bdd_node* root) const override
     {
@@ -128,7 +129,7 @@ public:
     }
     void root(std::ostream& out, const std::string& var, long root, bool negated) const override
     {
-        out << "   " << var << " := " << (negated ? "!" : "") << "node_" << root << ";";
+        text_out(out) << "   " << var << " := " << (negated ? "!" : "") << "node_" << root << ";";
     }
 };
 
@@ -138,7 +139,7 @@ public:
     explicit LustreForm(const std::string& n) : n(n) {}
     void copy(std::ostream& out, const std::string& var, const std::string& x) const override
     {
-        out << "   " << var << "= " << x << ";";
+        text_out(out) << "   " << var << "= " << x << ";";
     }
     void nodes(std::ostream& out, bddpp_manager* manager, bdd_node* root) const override
     {
@@ -147,7 +148,7 @@ public:
     }
     void root(std::ostream& out, const std::string& var, long root, bool negated) const override
     {
-        out << "   " << var << "= " << (negated ? "not " : "") << n << "_" << root << ";";
+        text_out(out) << "   " << var << "= " << (negated ? "not " : "") << n << "_" << root << ";";
     }
 
 private:
@@ -187,7 +188,7 @@ void Bddexpressionwood::Put_blif(std::ostream& out, const std::string& prefix)
 {
     for (Bddexpression* e : earliest_equations()) {
         e->put_blif(out, prefix);
-        out << "\n";
+        out.put('\n');
     }
 }
 
