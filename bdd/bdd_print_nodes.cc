@@ -18,13 +18,14 @@ namespace {
 
 // One assignment per node; the three shapes share their words. A node's
 // slot is the base and its global id, as base[id] or as base_id.
+// The words are views of the printer's arguments or of literals.
 struct EvalForm {
-    std::string or_word, and_word, not_open, not_close, var_prefix, var_suffix;
-    std::string terminal_text; // right member of the terminal's line
-    std::string line_end;
-    std::string terminal_lead, lead;
-    std::string sign;
-    std::string slot_base;
+    std::string_view or_word, and_word, not_open, not_close, var_prefix, var_suffix;
+    std::string_view terminal_text[3]; // right member of the terminal's line, in three pieces
+    std::string_view line_end;
+    std::string_view terminal_lead, lead;
+    std::string_view sign;
+    std::string_view slot_base;
     bool indexed = false;
 };
 
@@ -43,7 +44,8 @@ void print_eval_lines(bddpp_manager* m, const EvalForm& form, std::ostream& stre
         if (n == m->one) {
             out << form.terminal_lead;
             put_slot(out, form, n);
-            out << form.sign << form.terminal_text << form.line_end << '\n';
+            out << form.sign << form.terminal_text[0] << form.terminal_text[1] << form.terminal_text[2] << form.line_end
+                << '\n';
             return;
         }
         const std::string_view name = m->var_name(n->id);
@@ -73,9 +75,9 @@ void print_eval_lines(bddpp_manager* m, const EvalForm& form, std::ostream& stre
     });
 }
 
-EvalForm eval_form(const std::string& or_word, const std::string& and_word, const std::string& not_open,
-                   const std::string& not_close, const std::string& var_prefix, const std::string& var_suffix,
-                   const std::string& one_word, const std::string& line_end)
+EvalForm eval_form(std::string_view or_word, std::string_view and_word, std::string_view not_open,
+                   std::string_view not_close, std::string_view var_prefix, std::string_view var_suffix,
+                   std::string_view one_word, std::string_view line_end)
 {
     EvalForm form;
     form.or_word = or_word;
@@ -84,7 +86,9 @@ EvalForm eval_form(const std::string& or_word, const std::string& and_word, cons
     form.not_close = not_close;
     form.var_prefix = var_prefix;
     form.var_suffix = var_suffix;
-    form.terminal_text = not_open + one_word + not_close;
+    form.terminal_text[0] = not_open;
+    form.terminal_text[1] = one_word;
+    form.terminal_text[2] = not_close;
     form.line_end = line_end;
     form.terminal_lead = "   ";
     form.lead = "  ";
@@ -92,13 +96,13 @@ EvalForm eval_form(const std::string& or_word, const std::string& and_word, cons
     return form;
 }
 
-void indexed_slot(EvalForm& form, const std::string& array_name)
+void indexed_slot(EvalForm& form, std::string_view array_name)
 {
     form.slot_base = array_name;
     form.indexed = true;
 }
 
-void named_slot(EvalForm& form, const std::string& base)
+void named_slot(EvalForm& form, std::string_view base)
 {
     form.slot_base = base;
     form.indexed = false;
@@ -159,7 +163,9 @@ void bddpp_manager::Print_node_for_eval_NUSMV(const std::string& var_prefix, con
                                               std::ostream& out, bdd_node* node)
 {
     EvalForm form = eval_form(" | ", " & ", "!", "", var_prefix, var_suffix, "", ";");
-    form.terminal_text = "TRUE";
+    form.terminal_text[0] = "";
+    form.terminal_text[1] = "TRUE";
+    form.terminal_text[2] = "";
     form.terminal_lead = form.lead = line_start;
     form.sign = ":= ";
     named_slot(form, base);
