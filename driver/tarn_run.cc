@@ -6,6 +6,7 @@
 #include "model/module.h"
 #include "support/Stringpp.h"
 #include "support/g_time.h"
+#include "support/text_out.h"
 #include "zkc/zkc_input.h"
 
 #include <cstring>
@@ -225,9 +226,12 @@ bool tarn_vhdl_post_pass(const std::string& vhdl_path, const tarn_vhdl_generator
     if (!back.is_open())
         return false;
     tarn_output_file vhdl(vhdl_path);
-    std::string line;
-    while (std::getline(back, line))
-        vhdl.stream() << substitute_string(line, "__", "_X_") << '\n';
+    {
+        text_out out(vhdl.stream());
+        std::string line;
+        while (std::getline(back, line))
+            out << substitute_string(line, "__", "_X_") << '\n';
+    }
     back.close();
     if (!vhdl.commit(std::cerr)) {
         if (write_failed != nullptr)

@@ -8,6 +8,7 @@
 
 #include "data/data.h"
 #include "model/module_bindings.h"
+#include "support/text_out.h"
 #include "targets/formats.h"
 #include "wood/Bddexpression.h"
 
@@ -97,17 +98,20 @@ void Module::CSharp_put(std::ostream& os)
     for (regclass* r : regs)
         stateNames.insert(r->actual_var()->getOverName(this));
     std::unordered_map<std::string, Signal*> byName = signalsByName();
-    for (long index : wood->Set_of_index_used_variables()) {
-        std::string var = wood->Name_var_by_index(index);
-        bool under = var.compare(0, 4, "v_v_") == 0;
-        bool over = var.compare(0, 4, "v_s_") == 0;
-        if (over && stateNames.count(var) != 0)
-            continue;
-        os << "            bool " << var;
-        Signal* s = getSignalById(index, wood, byName);
-        if (!under && s != nullptr && (s->isInput() || s->isOutput() || s->isRegister()))
-            os << "  =  false";
-        os << ";\n";
+    {
+        text_out out(os);
+        for (long index : wood->Set_of_index_used_variables()) {
+            std::string var = wood->Name_var_by_index(index);
+            bool under = var.compare(0, 4, "v_v_") == 0;
+            bool over = var.compare(0, 4, "v_s_") == 0;
+            if (over && stateNames.count(var) != 0)
+                continue;
+            out << "            bool " << var;
+            Signal* s = getSignalById(index, wood, byName);
+            if (!under && s != nullptr && (s->isInput() || s->isOutput() || s->isRegister()))
+                out << "  =  false";
+            out << ";\n";
+        }
     }
 
     // Values start at their type's zero.

@@ -8,6 +8,7 @@
 
 #include "data/data.h"
 #include "model/module_bindings.h"
+#include "support/text_out.h"
 #include "targets/formats.h"
 #include "wood/Bddexpression.h"
 
@@ -128,14 +129,17 @@ void Module::ESTEREL_put_equation(std::ostream& os, const std::string&, const st
         return;
     bddpp_manager* manager = wood->my_bdd_manager();
     bool first = true;
+    // Gathered in memory; flushed before a value writes to the stream itself.
+    text_out out(os);
     for (Bddexpression* e : wood->earliest_equations()) {
         long index = e->own_index();
         std::string var = e->my_bddname();
         if (e->getAbstraction() != 0) {
             DataBinding* binding = abstractEquationBinding(this, index, true);
-            os << "  " << var << " = ";
+            out << "  " << var << " = ";
+            out.flush();
             binding->getValue()->ESTEREL_put(os, this);
-            os << ";\n";
+            out << ";\n";
         } else if (Bddexpressionwood::bdd_initialised(e->bdd_var) && Bddexpressionwood::bdd_initialised(e->bdd_exp)) {
             // A bound signal emits its clock with the value; an unbound
             // one emits itself, unless it is valued and so has no value
@@ -145,21 +149,22 @@ void Module::ESTEREL_put_equation(std::ostream& os, const std::string&, const st
             bool clocked = binding != nullptr && binding->getClock() != nullptr;
             if (clocked || (binding == nullptr && (ref == nullptr || !ref->isValued()))) {
                 if (!first)
-                    os << "    ||\n";
+                    out << "    ||\n";
                 first = false;
-                os << "    present [" << manager->Print_sop_to_ESTEREL_String(e->bdd_exp, level) << "] then\n"
-                   << "      emit ";
+                out << "    present [" << manager->Print_sop_to_ESTEREL_String(e->bdd_exp, level) << "] then\n"
+                    << "      emit ";
                 if (clocked) {
-                    os << binding->getClock()->getInternalName() << "(";
+                    out << binding->getClock()->getInternalName() << "(";
+                    out.flush();
                     binding->getValue()->ESTEREL_put(os, this);
-                    os << ")";
+                    out << ")";
                 } else {
-                    os << var;
+                    out << var;
                 }
-                os << "\n"
-                   << "    end present\n";
+                out << "\n"
+                    << "    end present\n";
             }
         }
-        os << "\n";
+        out << "\n";
     }
 }

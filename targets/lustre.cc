@@ -7,6 +7,7 @@
 
 #include "data/data.h"
 #include "model/module_bindings.h"
+#include "support/text_out.h"
 #include "targets/formats.h"
 #include "wood/Bddexpression.h"
 
@@ -116,12 +117,15 @@ void Module::LUSTRE_put(std::ostream& os, int)
     os << "var\n";
     std::set<long> used = get_really_used_wood_variables();
     bool first = true;
-    for (long index : used) {
-        os << (first ? "" : ",\n") << "  " << wood->Name_var_by_index(index);
-        first = false;
+    {
+        text_out out(os);
+        for (long index : used) {
+            out << (first ? "" : ",\n") << "  " << wood->Name_var_by_index(index);
+            first = false;
+        }
+        if (!first)
+            out << ": bool;\n";
     }
-    if (!first)
-        os << ": bool;\n";
 
     // One local per node that the equations write; the table's last id is
     // never declared.
@@ -129,9 +133,12 @@ void Module::LUSTRE_put(std::ostream& os, int)
     long size = wood->my_bdd_manager()->Bdd_total_size();
     std::vector<int> reached(size > 0 ? size : 0, 0);
     wood->Lustre_writing_node_used(size, reached.data());
-    for (long id = 0; id < size - 1; id++)
-        if (reached[id])
-            os << "  " << n << "_" << id << ": bool;\n";
+    {
+        text_out out(os);
+        for (long id = 0; id < size - 1; id++)
+            if (reached[id])
+                out << "  " << n << "_" << id << ": bool;\n";
+    }
 
     if (locals != nullptr)
         for (Signal* s : *locals)

@@ -8,6 +8,7 @@
 
 #include "data/data.h"
 #include "model/module_bindings.h"
+#include "support/text_out.h"
 #include "targets/formats.h"
 #include "wood/Bddexpression.h"
 
@@ -47,8 +48,8 @@ public:
         if (published.count(var) != 0)
             out << "      -- final output evaluation of " << var << " in process";
         else
-            out << "      " << array << "(" << varSlot << ") <= " << (negated ? "not " : "") << array << "(" << root
-                << ");";
+            text_out(out) << "      " << array << "(" << varSlot << ") <= " << (negated ? "not " : "") << array << "("
+                          << root << ");";
     }
 private:
     const std::string& array;

@@ -5,6 +5,7 @@
 // is.
 
 #include "wood/Bddexpression.h"
+#include "support/text_out.h"
 
 #include <map>
 #include <sstream>
@@ -232,8 +233,8 @@ void Bddexpression::put_doc(std::ostream& out, std::string prefix)
         return;
     }
     m->Print_node_for_eval_NUSMV("", "", "   ", prefix, out, bdd_exp.node());
-    out << left << (bdd_exp.link_type() == 1 ? "= " : "= !") << prefix << "_"
-        << bdd_exp.node()->global_id << ";";
+    text_out(out) << left << (bdd_exp.link_type() == 1 ? "= " : "= !") << prefix << "_" << bdd_exp.node()->global_id
+                  << ";";
 }
 
 void Bddexpressionwood::Put_doc(std::ostream& out, std::string prefix)
