@@ -218,7 +218,9 @@ std::string bddpp_manager::Print_product_to_String_pref_suff(const std::string& 
         if (!first) text += and_word;
         first = false;
         if (literal == 0) text += not_open;
-        text += prefix + std::string(var_name(id_by_index[i])) + suffix;
+        text += prefix;
+        text += var_name(id_by_index[i]);
+        text += suffix;
         if (literal == 0) text += not_close;
     };
     if (plain_operators) {
