@@ -40,7 +40,7 @@ void put_slot(text_out& out, const EvalForm& form, const bdd_node* n)
 void print_eval_lines(bddpp_manager* m, const EvalForm& form, std::ostream& stream, bdd_node* node)
 {
     text_out out(stream);
-    bdd_walk::marked_postorder(node, m->one, [&](bdd_node* n) {
+    bdd_walk::marked_postorder(node, m->one, m->marked(), [&](bdd_node* n) {
         if (n == m->one) {
             out << form.terminal_lead;
             put_slot(out, form, n);
@@ -174,7 +174,7 @@ void bddpp_manager::Print_node_for_eval_NUSMV(const std::string& var_prefix, con
 
 void bddpp_manager::Node_for_eval_used(bdd_node* node, long size, int* used)
 {
-    bdd_walk::marked_postorder(node, one, [&](bdd_node* n) {
+    bdd_walk::marked_postorder(node, one, marked(), [&](bdd_node* n) {
         if (n->global_id >= 0 && n->global_id < size)
             used[n->global_id] = 1;
     });
@@ -185,7 +185,7 @@ void bddpp_manager::Node_for_eval_used(bdd_node* node, long size, int* used)
 void bddpp_manager::Print_node_for_eval_VHDL(const std::string& name, std::ostream& stream, bdd_node* node)
 {
     text_out out(stream);
-    bdd_walk::marked_postorder(node, one, [&](bdd_node* n) {
+    bdd_walk::marked_postorder(node, one, marked(), [&](bdd_node* n) {
         if (n == one) {
             out << "      " << name << "(" << n->global_id << ") <= '1';\n";
             return;
@@ -206,7 +206,7 @@ void bddpp_manager::Print_node_for_eval_BLIF(const std::string& spare, const std
                                              const std::string& base, std::ostream& stream, bdd_node* node)
 {
     text_out out(stream);
-    bdd_walk::marked_postorder(node, one, [&](bdd_node* n) {
+    bdd_walk::marked_postorder(node, one, marked(), [&](bdd_node* n) {
         if (n == one) {
             out << ".names " << base << '_' << n->global_id << "\n1\n\n";
             return;
@@ -240,7 +240,7 @@ void bddpp_manager::Print_node_for_eval_VHDL_input(const std::string& prefix, co
     if (map == nullptr) return;
     for (bdd_node* n : map->nodes_in_key_order()) {
         if (n->id < 0 || node_by_id[n->id] != n || this->var_name(n->id) != var_name) continue;
-        n->mark = 1;
+        n->mark = marked();
         out << "      " << name << "(" << n->global_id << ") <= " << prefix << var_name << suffix << ";\n";
     }
 }
@@ -284,7 +284,7 @@ void bddpp_manager::Print_bdd_node_with_adress(std::ostream& out, bdd_node* node
 
 void bddpp_manager::Print_bdd_by_nodes_list_loc(std::ostream& out, bdd_node* node)
 {
-    bdd_walk::marked_preorder(node, [&](bdd_node* n) {
+    bdd_walk::marked_preorder(node, marked(), [&](bdd_node* n) {
         Print_bdd_node(out, n);
         out << "\n";
     });
@@ -292,7 +292,7 @@ void bddpp_manager::Print_bdd_by_nodes_list_loc(std::ostream& out, bdd_node* nod
 
 void bddpp_manager::Print_bdd_by_nodes_list_loc(std::ostream& out, bdd_node* node, long* index_map)
 {
-    bdd_walk::marked_preorder(node, [&](bdd_node* n) {
+    bdd_walk::marked_preorder(node, marked(), [&](bdd_node* n) {
         Print_bdd_node(out, n, index_map);
         out << "\n";
     });
@@ -363,7 +363,7 @@ void bddpp_manager::Print_structure_lines(std::ostream& out, int indent, bdd_nod
         }
         long number = global ? n->global_id : incremental_id(n);
         std::string where = " (node: " + std::to_string(number) + index_word + std::to_string(Node_index(n)) + ")";
-        if (!global && n->mark) {
+        if (!global && n->mark == marked()) {
             line(task.indent, "already found node: " + std::to_string(incremental_id(n)));
             continue;
         }
@@ -376,7 +376,7 @@ void bddpp_manager::Print_structure_lines(std::ostream& out, int indent, bdd_nod
             line(task.indent, name + where);
             continue;
         }
-        if (!global) n->mark = 1;
+        if (!global) n->mark = marked();
         line(task.indent, "if " + name + where);
         // Pushed in reverse: then cone, "else" line, else cone.
         if (n->else_link_type == -1) {

@@ -74,13 +74,14 @@ inline bool is_own_node(const bdd_node* n, const bdd_node* terminal)
 // marked when it is reached and handed to visit after its then and else
 // cones (post-order). The terminal and the variables' own nodes are leaves:
 // the walk does not go below them. A null or a marked node stops the walk.
+// `marked` is the manager's mark value (bddpp_manager::marked()).
 template <class Visit>
-void marked_postorder(bdd_node* root, const bdd_node* terminal, Visit visit)
+void marked_postorder(bdd_node* root, const bdd_node* terminal, unsigned marked, Visit visit)
 {
     std::vector<std::pair<bdd_node*, int>> stack;
     auto enter = [&](bdd_node* n) {
-        if (n == nullptr || n->mark) return;
-        n->mark = 1;
+        if (n == nullptr || n->mark == marked) return;
+        n->mark = marked;
         if (n == terminal || is_own_node(n, terminal)) {
             visit(n);
             return;
@@ -105,15 +106,15 @@ void marked_postorder(bdd_node* root, const bdd_node* terminal, Visit visit)
 // Pre-order marking walk of the node lists: an unmarked node is handed to
 // visit, marked, and its then cone is walked before its else cone.
 template <class Visit>
-void marked_preorder(bdd_node* root, Visit visit)
+void marked_preorder(bdd_node* root, unsigned marked, Visit visit)
 {
     std::vector<bdd_node*> stack{root};
     while (!stack.empty()) {
         bdd_node* n = stack.back();
         stack.pop_back();
-        if (n == nullptr || n->mark) continue;
+        if (n == nullptr || n->mark == marked) continue;
         visit(n);
-        n->mark = 1;
+        n->mark = marked;
         stack.push_back(n->else_node);
         stack.push_back(n->then_node);
     }

@@ -68,7 +68,7 @@ public:
     // 1 + the place of depends() in the manager's store; 0 until asked.
     mutable std::uint32_t depends_place = 0;
     int else_link_type : 8;   // 1 normal, -1 inverse
-    unsigned mark : 8;        // scratch visit flag (0 or 1) of the marking walks
+    unsigned mark : 8;        // scratch visit flag of the marking walks: see bddpp_manager::marked()
     unsigned manager_slot : 16; // 0: no manager
 
     // The manager that made the node; null for a default-built one.
@@ -240,6 +240,15 @@ public:
         for (std::size_t i = 0; i < capacity; ++i)
             if (slots[i].bits) f(slots[i].node());
     }
+    // for_each for a visit that touches each node a little: the nodes of
+    // the entries a few slots ahead are fetched meanwhile.
+    template <class F> void for_each_fetched(F f) const {
+        constexpr std::size_t ahead = 16;
+        for (std::size_t i = 0; i < capacity; ++i) {
+            if (i + ahead < capacity && slots[i + ahead].bits) __builtin_prefetch(slots[i + ahead].node(), 1);
+            if (slots[i].bits) f(slots[i].node());
+        }
+    }
 
 private:
     friend class bddpp_manager;
@@ -396,6 +405,14 @@ public:
     current_names var_names;   // written only by the manager's own functions
     long gc_calls;
     bdd_node* one; // the terminal, outside the unique table
+
+    // The value of a node's mark that means "marked" since the last
+    // Bdd_global_clear_marks: clearing them all moves to the next value
+    // instead of visiting every node (only when the values run out are the
+    // nodes' marks set back to 0). A mark of 0, or of an older value, is no
+    // mark. 2 and 3 are never taken: the collection marks the nodes it
+    // frees with them.
+    unsigned marked() const { return mark_value; }
 
     // Operators take the plain recursion of Bdd_and/Bdd_or (no computed
     // table, call-stack recursion) when set. Results and node creation
@@ -801,6 +818,7 @@ private:
     std::vector<apply_frame>* apply_stack = nullptr;
     computed_entry* computed = nullptr;
     std::size_t computed_size = 0;
+    unsigned mark_value = 1;
     std::size_t computed_used = 0;
 
     // The managers alive, by the slot their nodes hold; slot 0 is none.

@@ -603,8 +603,15 @@ void bddpp_manager::Bdd_clear_marks(bdd_node* node) {
 void bddpp_manager::Bdd_clear_marks(const bdd& f) { Bdd_clear_marks(f.node()); }
 
 void bddpp_manager::Bdd_global_clear_marks() {
+    unsigned next = mark_value + 1;
+    if (next == 2) next = 4; // the collection's values
+    if (next <= 255) {
+        mark_value = next;
+        return;
+    }
     one->mark = 0;
-    if (map) map->for_each([](bdd_node* n) { n->mark = 0; });
+    if (map) map->for_each_fetched([](bdd_node* n) { n->mark = 0; });
+    mark_value = 1;
 }
 
 // Numbers in depth-first order, node before its then cone before its else
@@ -621,8 +628,8 @@ long bddpp_manager::Bdd_incremental_id(bdd_node* node, long next) {
     while (!stack.empty()) {
         bdd_node* n = stack.back();
         stack.pop_back();
-        if (n->mark) continue;
-        n->mark = 1;
+        if (n->mark == mark_value) continue;
+        n->mark = mark_value;
         if (n->global_id >= 0 && static_cast<std::size_t>(n->global_id) < incremental_ids.size())
             incremental_ids[static_cast<std::size_t>(n->global_id)] = static_cast<std::int32_t>(next);
         next++;

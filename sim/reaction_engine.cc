@@ -33,7 +33,7 @@ public:
     }
     void nodes(std::ostream&, bddpp_manager* m, bdd_node* root) const override
     {
-        bdd_walk::marked_postorder(root, m->one, [&](bdd_node* n) {
+        bdd_walk::marked_postorder(root, m->one, m->marked(), [&](bdd_node* n) {
             if (n == m->one) {
                 slots[n->global_id] = engine.one_slot;
                 return;

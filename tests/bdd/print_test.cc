@@ -33,6 +33,29 @@ TEST(NodePrinters, VhdlInputLines)
     EXPECT_EQ(out.str(), "      m_node(3) <= '0';\n      m_node(3) <= s_b_in;\n");
 }
 
+// A printed node stays printed until the marks are cleared, by the cone or
+// all at once; clearing all at once many more times than a mark has values
+// must keep both rules.
+TEST(NodePrinters, MarksLastUntilCleared)
+{
+    TwoVariables t;
+    auto print = [&] {
+        std::ostringstream out;
+        t.m.Print_node_for_eval_BLIF("", "", "n", out, t.f.node());
+        return out.str();
+    };
+    const std::string whole = print();
+    ASSERT_NE(whole.find(".names a n_3 n_1 n_4\n"), std::string::npos);
+    EXPECT_EQ(print(), "");
+    t.m.Bdd_clear_marks(t.f);
+    EXPECT_EQ(print(), whole);
+    for (int round = 0; round < 600; ++round) {
+        t.m.Bdd_global_clear_marks();
+        ASSERT_EQ(print(), whole) << "after clear " << round;
+        ASSERT_EQ(print(), "") << "after clear " << round;
+    }
+}
+
 TEST(NodeLists, NumberedOnceInListOrder)
 {
     TwoVariables t;
