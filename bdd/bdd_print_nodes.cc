@@ -108,7 +108,9 @@ void named_slot(EvalForm& form, std::string_view base)
     form.indexed = false;
 }
 
-}  // namespace
+} // namespace
+
+// ------------------------------------------------------------ node by node
 
 void bddpp_manager::Print_node_for_eval(const std::string& or_word, const std::string& and_word,
                                         const std::string& not_open, const std::string& not_close,

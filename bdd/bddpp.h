@@ -818,8 +818,8 @@ private:
     std::vector<apply_frame>* apply_stack = nullptr;
     computed_entry* computed = nullptr;
     std::size_t computed_size = 0;
-    unsigned mark_value = 1;
     std::size_t computed_used = 0;
+    unsigned mark_value = 1; // see marked()
 
     // The managers alive, by the slot their nodes hold; slot 0 is none.
     static bddpp_manager* registry[1 << 16];

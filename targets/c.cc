@@ -7,8 +7,8 @@
 
 #include "data/data.h"
 #include "model/module_bindings.h"
-#include "targets/c_frame.h"
 #include "support/text_out.h"
+#include "targets/c_frame.h"
 #include "targets/formats.h"
 #include "wood/Bddexpression.h"
 
