@@ -11,6 +11,7 @@
 // the node (bdd_node::rebuilt, stamped with the table's removal count).
 
 #include "bdd/bddpp.h"
+#include "bdd/bdd_stamped_table.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -31,60 +32,16 @@ struct position_result {
     bool free;
 };
 
-// Results of the positions met by one substitution, kept from call to call
-// and emptied by a new generation number.
-class position_table {
-public:
-    void start() {
-        if (++generation == 0) {
-            for (entry& e : slots) e.generation = 0;
-            generation = 1;
-        }
-        used = 0;
-        if (slots.empty()) slots.resize(64);
-    }
-    const position_result* find(const link_ref& x) const {
-        std::size_t mask = slots.size() - 1;
-        for (std::size_t i = home(x) & mask;; i = (i + 1) & mask) {
-            const entry& e = slots[i];
-            if (e.generation != generation) return nullptr;
-            if (e.key == x) return &e.value;
-        }
-    }
-    void put(const link_ref& x, const position_result& r) {
-        if (2 * (used + 1) > slots.size()) grow();
-        place(x, r);
-        ++used;
-    }
-
-private:
-    struct entry {
-        link_ref key;
-        position_result value;
-        unsigned generation = 0;
-    };
-    static std::size_t home(const link_ref& x) {
+struct position_home {
+    std::size_t operator()(const link_ref& x) const {
         std::size_t h = reinterpret_cast<std::uintptr_t>(x.node) >> 4;
         h = (h ^ static_cast<std::size_t>(x.link > 0)) * 0x9E3779B97F4A7C15ull;
         return h ^ (h >> 29);
     }
-    void place(const link_ref& x, const position_result& r) {
-        std::size_t mask = slots.size() - 1;
-        std::size_t i = home(x) & mask;
-        while (slots[i].generation == generation) i = (i + 1) & mask;
-        slots[i] = entry{x, r, generation};
-    }
-    void grow() {
-        std::vector<entry> old;
-        old.swap(slots);
-        slots.resize(old.size() * 2);
-        for (const entry& e : old)
-            if (e.generation == generation) place(e.key, e.value);
-    }
-    std::vector<entry> slots;
-    unsigned generation = 0;
-    std::size_t used = 0;
 };
+
+// Results of the positions met by one substitution.
+using position_table = stamped_table<link_ref, position_result, position_home>;
 
 inline std::uint32_t link_bit(int link) { return link == 1 ? 1u : 2u; }
 
@@ -279,7 +236,7 @@ bdd bddpp_manager::compose_remembering(const bdd& f, long v_index, const bdd& g)
                 r = link_ref{joined.link_type(), joined.node()};
             }
             if (free && r == x) mark_rebuilt(x);
-            done.put(x, position_result{r, free});
+            done.insert(x, position_result{r, free});
             res = r;
             res_free = free;
         }

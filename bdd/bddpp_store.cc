@@ -2,6 +2,7 @@
 
 #include "bdd/bddpp.h"
 #include "bdd/bddpp_memory.h"
+#include "bdd/bdd_stamped_table.h"
 
 #include <sys/mman.h>
 
@@ -220,57 +221,17 @@ bool bdd_node::operator==(const bdd_node& other) const {
 
 namespace {
 
-// The nodes met by one walk of a cone: an open-addressed set kept from walk
-// to walk and emptied by a new generation number.
-class visited_nodes {
-public:
-    void start() {
-        if (++generation == 0) {
-            for (slot& s : slots) s.generation = 0;
-            generation = 1;
-        }
-        used = 0;
-        if (slots.empty()) slots.resize(64);
-    }
-    // Whether the node was new.
-    bool insert(const bdd_node* n) {
-        if (2 * (used + 1) > slots.size()) grow();
-        if (!place(n)) return false;
-        ++used;
-        return true;
-    }
-
-private:
-    struct slot {
-        const bdd_node* node = nullptr;
-        unsigned generation = 0;
-    };
-    static std::size_t home(const bdd_node* n) {
+struct node_home {
+    std::size_t operator()(const bdd_node* n) const {
         std::size_t h = (reinterpret_cast<std::uintptr_t>(n) >> 3) * 0x9E3779B97F4A7C15ull;
         return h ^ (h >> 29);
     }
-    bool place(const bdd_node* n) {
-        const std::size_t mask = slots.size() - 1;
-        for (std::size_t i = home(n) & mask;; i = (i + 1) & mask) {
-            slot& s = slots[i];
-            if (s.generation != generation) {
-                s = slot{n, generation};
-                return true;
-            }
-            if (s.node == n) return false;
-        }
-    }
-    void grow() {
-        std::vector<slot> old;
-        old.swap(slots);
-        slots.resize(old.size() * 2);
-        for (const slot& s : old)
-            if (s.generation == generation) place(s.node);
-    }
-    std::vector<slot> slots;
-    unsigned generation = 0;
-    std::size_t used = 0;
 };
+
+struct nothing {};
+
+// The nodes met by one walk of a cone.
+using visited_nodes = stamped_table<const bdd_node*, nothing, node_home>;
 
 }  // namespace
 
@@ -289,7 +250,7 @@ const std::vector<int>& bdd_node::depends() const {
     while (!stack.empty()) {
         const bdd_node* n = stack.back();
         stack.pop_back();
-        if (!seen.insert(n) || n->id < 0) continue;
+        if (!seen.insert(n, nothing{}) || n->id < 0) continue;
         if (n != this && n->depends_place) {
             const std::vector<int>& below = *m->known_depends(n);
             ids.insert(ids.end(), below.begin(), below.end());
