@@ -65,13 +65,13 @@ void zkcerror(const char* text)
     std::cerr << "line " << line << ": " << text << std::endl;
 }
 
-void zkc_debuger_law(int rule, int alternative, const char* text, int level, std::ostream& log)
+namespace {
+
+// "rule[,alternative] --> " head tail and a line end, in one write. The
+// line is put together in one buffer: a large file writes millions of
+// them. The log is flushed when the parse ends, or before a fatal end.
+void write_trace_line(int rule, int alternative, std::string_view head, std::string_view tail, std::ostream& log)
 {
-    if (level != 1)
-        return;
-    // The line is put together first and handed to the stream at once: a
-    // large file writes millions of them. The log is flushed when the
-    // parse ends, or before a fatal end.
     static std::string line;
     char number[24];
     line.assign(number, std::to_chars(number, number + sizeof number, rule).ptr);
@@ -80,9 +80,19 @@ void zkc_debuger_law(int rule, int alternative, const char* text, int level, std
         line.append(number, std::to_chars(number, number + sizeof number, alternative).ptr);
     }
     line += " --> ";
-    line += text;
+    line += head;
+    line += tail;
     line += '\n';
     log.write(line.data(), static_cast<std::streamsize>(line.size()));
+}
+
+} // namespace
+
+void zkc_debuger_law(int rule, int alternative, const char* text, int level, std::ostream& log)
+{
+    if (level != 1)
+        return;
+    write_trace_line(rule, alternative, text, {}, log);
 }
 
 bool zkc_tracing()
@@ -95,6 +105,19 @@ void zkc_trace(int rule, int alternative, const std::string& text)
     if (pzkc_parser == nullptr || pzkc_parser->log == nullptr)
         return;
     zkc_debuger_law(rule, alternative, text.c_str(), pzkc_parser->trace_level, *pzkc_parser->log);
+}
+
+void zkc_trace(int rule, int alternative, std::string_view head, std::string_view tail)
+{
+    if (zkc_tracing())
+        write_trace_line(rule, alternative, head, tail, *pzkc_parser->log);
+}
+
+void zkc_trace(int rule, int alternative, std::string_view head, long number)
+{
+    char digits[24];
+    const char* end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    zkc_trace(rule, alternative, head, std::string_view(digits, static_cast<std::size_t>(end - digits)));
 }
 
 void zkc_fatal(const std::string& text)

@@ -14,6 +14,7 @@
 #include <map>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -262,6 +263,11 @@ void zkcerror(const char* text);
 void zkc_debuger_law(int rule, int alternative, const char* text, int level, std::ostream& log);
 // zkc_debuger_law on the current parser's log and level.
 void zkc_trace(int rule, int alternative, const std::string& text);
+// zkc_trace of head followed by tail, or by the number in decimal, for the
+// lines met once per declaration, node or equation: no text is put
+// together first.
+void zkc_trace(int rule, int alternative, std::string_view head, std::string_view tail);
+void zkc_trace(int rule, int alternative, std::string_view head, long number);
 // Whether zkc_trace writes anything: the lines met once per declaration,
 // node or equation build their text only then.
 bool zkc_tracing();

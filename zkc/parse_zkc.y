@@ -139,7 +139,7 @@ signal_list
 signal_decl
     : TOKEN_IDENT
         {
-            if (zkc_tracing()) zkc_trace(7, 1, "ajout iol liste " + *$1);
+            zkc_trace(7, 1, "ajout iol liste ", *$1);
             pzkc_parser->declare_signal(*$1, nullptr);
             delete $1;
         }
@@ -244,7 +244,7 @@ node_line
     : TOKEN_NUMBER TOKEN_DEUX_POINTS TOKEN_NUMBER TOKEN_DEUX_POINTS TOKEN_NUMBER
       TOKEN_DEUX_POINTS TOKEN_NUMBER TOKEN_VIRGULE TOKEN_NUMBER
         {
-            if (zkc_tracing()) zkc_trace(15, 1, "noeud " + std::to_string($1));
+            zkc_trace(15, 1, "noeud ", $1);
             pzkc_parser->node_line($1, $3, $5, $7, $9);
         }
     ;
@@ -260,7 +260,7 @@ expression_line
       TOKEN_VIRGULE TOKEN_NUMBER TOKEN_VIRGULE
       TOKEN_POUVRANTE number_list TOKEN_PFERMANTE
         {
-            if (zkc_tracing()) zkc_trace(16, 1, "def expression bool " + std::to_string($3));
+            zkc_trace(16, 1, "def expression bool ", $3);
             pzkc_parser->bddexpression_convert(pzkc_parser->wood, $1, $2, $3, $5, $7, $10);
             delete $10;
         }
