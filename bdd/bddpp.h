@@ -240,15 +240,6 @@ public:
         for (std::size_t i = 0; i < capacity; ++i)
             if (slots[i].bits) f(slots[i].node());
     }
-    // for_each for a visit that touches each node a little: the nodes of
-    // the entries a few slots ahead are fetched meanwhile.
-    template <class F> void for_each_fetched(F f) const {
-        constexpr std::size_t ahead = 16;
-        for (std::size_t i = 0; i < capacity; ++i) {
-            if (i + ahead < capacity && slots[i + ahead].bits) __builtin_prefetch(slots[i + ahead].node(), 1);
-            if (slots[i].bits) f(slots[i].node());
-        }
-    }
 
 private:
     friend class bddpp_manager;

@@ -610,7 +610,7 @@ void bddpp_manager::Bdd_global_clear_marks() {
         return;
     }
     one->mark = 0;
-    if (map) map->for_each_fetched([](bdd_node* n) { n->mark = 0; });
+    if (map) map->for_each([](bdd_node* n) { n->mark = 0; });
     mark_value = 1;
 }
 
