@@ -412,22 +412,35 @@ void bdd_unique_table::reenter(const entry* from, std::size_t n) {
 // erasing one by one would leave them, which nothing reads (walks that
 // are behaviour sort).
 std::size_t bdd_unique_table::sweep_marked(int marked, int swept) {
-    std::vector<entry> kept;
+    // A survivor's home is worked out while its node is at hand, so that
+    // entering it again reads no node.
+    struct survivor {
+        entry e;
+        std::size_t home;
+    };
+    std::vector<survivor> kept;
     kept.reserve(count);
     std::size_t removed = 0;
+    constexpr std::size_t ahead = 16;
     for (std::size_t i = 0; i < capacity; ++i) {
+        if (i + ahead < capacity && slots[i + ahead].bits) __builtin_prefetch(slots[i + ahead].node());
         if (!slots[i].bits) continue;
         bdd_node* n = slots[i].node();
         if (n->mark == static_cast<unsigned>(marked)) {
             n->mark = swept;
             ++removed;
         } else {
-            kept.push_back(slots[i]);
+            kept.push_back({slots[i], home(hash_of(n))});
         }
     }
     if (removed == 0) return 0;
     std::memset(static_cast<void*>(slots), 0, capacity * sizeof(entry));
-    reenter(kept.data(), kept.size());
+    const std::size_t mask = capacity - 1;
+    for (const survivor& s : kept) {
+        std::size_t i = s.home;
+        while (slots[i].bits) i = (i + 1) & mask;
+        slots[i] = s.e;
+    }
     count = kept.size();
     count_removals(removed);
     return removed;
