@@ -367,16 +367,15 @@ void Module::C_put(std::ostream& c, std::ostream& h)
     c << "}\n\n";
 }
 
-void Module::C_put_equation(std::ostream& os, const std::string& nodeArray, const std::set<std::string>& outputs)
+void Module::C_put_equation(std::ostream& os, const std::string& nodeArray, const std::unordered_set<std::string>& outputs)
 {
     if (wood == nullptr)
         return;
     for (Bddexpression* e : wood->earliest_equations()) {
         long index = e->own_index();
-        std::string var = e->my_bddname();
         if (e->getAbstraction() != 0) {
             DataBinding* binding = abstractEquationBinding(this, index, true);
-            os << "  " << var << " = ";
+            os << "  " << e->my_bddname() << " = ";
             binding->getValue()->C_put(os, this);
             os << ";\n";
             continue;
@@ -390,7 +389,7 @@ void Module::C_put_equation(std::ostream& os, const std::string& nodeArray, cons
             continue;
         Signal* clock = binding->getClock();
         std::string type = binding->getSignal()->getValueType(this);
-        os << "   if (" << var << ") \n"
+        os << "   if (" << e->my_bddname() << ") \n"
            << "   {\n"
            << "         " << (clock->isOutput() ? "*" : "")
            << wood->Name_var_by_index(clock->getInitialOverBddId(this, wood)) << "_val = copy_" << type << "(";

@@ -11,6 +11,7 @@
 #include <ostream>
 #include <set>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace cframe {
@@ -41,7 +42,7 @@ enum class Dialect { c, systemc };
 // inside and is no parameter.
 struct Parameters {
     std::string code, header;
-    std::set<std::string> outputNames;
+    std::unordered_set<std::string> outputNames;
 };
 Parameters parameters(Module* m, Dialect dialect);
 

@@ -68,10 +68,10 @@ private:
 // pointer, hence the "*" in the place of the third blank.
 class CForm : public EquationForm {
 public:
-    CForm(const std::string& array, const std::set<std::string>& outputs) : array(array), outputs(outputs) {}
+    CForm(const std::string& array, const std::unordered_set<std::string>& outputs) : array(array), outputs(outputs) {}
     void copy(std::ostream& out, const std::string& var, const std::string& x) const override
     {
-        text_out(out) << lhs(var) << "= " << x << ";";
+        text_out(out) << lead(var) << var << "= " << x << ";";
     }
     void nodes(std::ostream& out, bddpp_manager* manager, bdd_node* root) const override
     {
@@ -79,16 +79,16 @@ public:
     }
     void root(std::ostream& out, const std::string& var, long root, bool negated) const override
     {
-        text_out(out) << lhs(var) << "= " << (negated ? "!" : "") << array << "[" << root << "];";
+        text_out(out) << lead(var) << var << "= " << (negated ? "!" : "") << array << "[" << root << "];";
     }
 
 private:
-    std::string lhs(const std::string& var) const
+    const char* lead(const std::string& var) const
     {
-        return (outputs.count(var) != 0 ? "  *" : "   ") + var;
+        return outputs.count(var) != 0 ? "  *" : "   ";
     }
     const std::string& array;
-    const std::set<std::string>& outputs;
+    const std::unordered_set<std::string>& outputs;
 };
 
 // C# statements over one bool array; the true terminal is "!false". The
@@ -172,7 +172,7 @@ void Bddexpression::put_blif(std::ostream& out, const std::string& prefix)
     put_equation(out, BlifForm(prefix));
 }
 
-void Bddexpression::put_c(std::ostream& out, const std::string& array, const std::set<std::string>& outputs)
+void Bddexpression::put_c(std::ostream& out, const std::string& array, const std::unordered_set<std::string>& outputs)
 {
     put_equation(out, CForm(array, outputs));
 }
