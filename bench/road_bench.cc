@@ -7,6 +7,7 @@
 //   road_bench --sizes N,N,...     the given sizes
 //   road_bench --wide N,N,...      the given sizes of the wide family
 //   road_bench --tarn PATH --zkcgen PATH --limit SECONDS --seed N
+//   road_bench --repeat K          each run K times, the least wall time kept
 //
 // Each size: zkcgen writes the module into a scratch directory, then tarn
 // runs on it twice, alone in a child process (no display), once with
@@ -99,7 +100,7 @@ void usage()
 {
     std::fprintf(stderr,
                  "usage: road_bench [--quick] [--sizes N,N,...] [--wide N,N,...] [--tarn PATH] [--zkcgen PATH] "
-                 "[--limit SECONDS] [--seed N]\n");
+                 "[--limit SECONDS] [--seed N] [--repeat K]\n");
 }
 
 // The option sets every module is run with.
@@ -167,6 +168,7 @@ struct curve {
 struct bench {
     std::string tarn, zkcgen, dir;
     double limit = 600;
+    int repeat = 1;
     int failures = 0;
     bool keep = false;
 
@@ -180,7 +182,15 @@ struct bench {
         long in_bytes = file_size(module);
         std::vector<std::string> argv{tarn, module};
         argv.insert(argv.end(), c.options.begin(), c.options.end());
+        // The machine is shared and a run is only ever slowed by it: of
+        // several runs the fastest is the program's own time.
         child_figures road = road_bench_run(argv, "", errors, limit);
+        for (int again = 1; again < repeat && road.ok() && !road.timed_out; ++again) {
+            remove_written(dir, name);
+            child_figures next = road_bench_run(argv, "", errors, limit);
+            if (!next.ok() || next.timed_out || next.seconds < road.seconds)
+                road = next;
+        }
         std::string listed;
         long out_bytes = written_bytes(dir, name, listed);
         long nodes = c_nodes(base + ".c", name);
@@ -261,6 +271,7 @@ int main(int argc, char** argv)
     std::vector<long> wide{250, 500, 1000, 2000};
     double limit = 600;
     std::string seed = "1";
+    int repeat = 1;
     for (int i = 1; i < argc; ++i) {
         std::string a = argv[i];
         bool has_value = i + 1 < argc;
@@ -280,6 +291,12 @@ int main(int argc, char** argv)
             good = road_bench_seconds(argv[++i], limit);
         else if (a == "--seed" && has_value)
             good = road_bench_seed(argv[++i], seed);
+        else if (a == "--repeat" && has_value) {
+            char* end = nullptr;
+            long k = std::strtol(argv[++i], &end, 10);
+            good = *end == '\0' && k >= 1 && k <= 100;
+            repeat = good ? static_cast<int>(k) : 1;
+        }
         else
             good = false;
         if (!good) {
@@ -308,8 +325,10 @@ int main(int argc, char** argv)
     b.zkcgen = zkcgen;
     b.dir = scratch;
     b.limit = limit;
+    b.repeat = repeat;
 
-    std::printf("road_bench: tarn on modules from zkcgen (seed %s), limit %g s\n", seed.c_str(), limit);
+    std::printf("road_bench: tarn on modules from zkcgen (seed %s), limit %g s, best of %d\n", seed.c_str(), limit,
+                repeat);
     std::printf("tarn:   %s\nzkcgen: %s\n", tarn.c_str(), zkcgen.c_str());
     std::printf("machine: nproc %ld, %s\n", usable_processors(), cpu_model().c_str());
     std::printf("curves: \"blif -c\" = -blif -c; \"all\" = every target option\n\n");
