@@ -371,10 +371,11 @@ void Module::C_put_equation(std::ostream& os, const std::string& nodeArray, cons
 {
     if (wood == nullptr)
         return;
+    // Without data no equation has a clock to feed.
+    const bool data = getDataTable() != nullptr && !getDataTable()->empty();
     for (Bddexpression* e : wood->earliest_equations()) {
-        long index = e->own_index();
         if (e->getAbstraction() != 0) {
-            DataBinding* binding = abstractEquationBinding(this, index, true);
+            DataBinding* binding = abstractEquationBinding(this, e->own_index(), true);
             os << "  " << e->my_bddname() << " = ";
             binding->getValue()->C_put(os, this);
             os << ";\n";
@@ -384,7 +385,7 @@ void Module::C_put_equation(std::ostream& os, const std::string& nodeArray, cons
         os.put('\n');
         // A clock receives the value after each equation that its bound
         // signal keeps, guarded by that equation's variable.
-        DataBinding* binding = formats::clockedBinding(this, index);
+        DataBinding* binding = data ? formats::clockedBinding(this, e->own_index()) : nullptr;
         if (binding == nullptr || binding->getClock() == nullptr)
             continue;
         Signal* clock = binding->getClock();
