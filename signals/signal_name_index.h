@@ -37,7 +37,7 @@ public:
     void reserve(std::size_t count)
     {
         std::size_t want = 16;
-        while (want < 2 * count)
+        while (3 * want < 4 * count)
             want *= 2;
         if (want > slots.size())
             rehash(want);
@@ -66,8 +66,9 @@ private:
 
     T* put(T* item, bool replace)
     {
-        // At most half full, so that a miss ends soon.
-        if (2 * (used + 1) > slots.size())
+        // At most three quarters full: the hashes beside the pointers keep
+        // a longer run of slots cheap to pass.
+        if (4 * (used + 1) > 3 * slots.size())
             rehash(slots.empty() ? 16 : 2 * slots.size());
         const std::string& name = (item->*Name)();
         std::size_t h = hash(name);
