@@ -9,6 +9,7 @@
 #include "wood/Bddexpression.h"
 
 #include <iostream>
+#include <vector>
 
 // Where the module is not what a reader leaves, the process ends with a
 // message rather than following a null pointer.
@@ -264,12 +265,13 @@ void Module::finalize(int keepRtl)
 
     // Dates read from the file stay; the equations added here take their
     // place from the signals that read them.
-    std::list<long> dated;
+    std::vector<long> dated;
+    dated.reserve(2 * (locals->size() + (outputs != nullptr ? outputs->size() : 0)));
     for (Signal* s : *locals)
-        dated.splice(dated.end(), s->getAllBddId(this, wood));
+        s->appendAllBddId(this, wood, dated);
     if (outputs != nullptr)
         for (Signal* s : *outputs)
-            dated.splice(dated.end(), s->getAllBddId(this, wood));
+            s->appendAllBddId(this, wood, dated);
     wood->compute_dates(dated);
 
     loose_first_underscore_in_name_variables();

@@ -131,28 +131,39 @@ long Signal::getInitialUnderBddId(Module* m, Bddexpressionwood* wood)
 
 std::list<long> Signal::getAllBddId(Module* m, Bddexpressionwood* wood)
 {
+    std::list<long> ids;
+    eachBddId(m, wood, [&ids](long id) { ids.push_back(id); });
+    return ids;
+}
+
+void Signal::appendAllBddId(Module* m, Bddexpressionwood* wood, std::vector<long>& ids)
+{
+    eachBddId(m, wood, [&ids](long id) { ids.push_back(id); });
+}
+
+template <class Put>
+void Signal::eachBddId(Module* m, Bddexpressionwood* wood, Put put)
+{
     if (!local && !wire && !output)
         Compilation::IllegalOperationException("Signal::getAllBddId" + internal_name);
-    std::list<long> ids;
     int c = getCurrentOccurrence(wood);
     if (c == -1)
-        return ids;
+        return;
     if (c == 0) {
         // getOverBddId then getUnderBddId, on one look-up of the ref.
         SignalRef* ref = refOfOccurrence(m, wood, "Signal::getOverBddId");
-        ids.push_back(ref->getOverBddId(wood));
-        ids.push_back(ref->getUnderBddId(wood));
-        return ids;
+        put(ref->getOverBddId(wood));
+        put(ref->getUnderBddId(wood));
+        return;
     }
     SignalManager* manager = SignalScope::managerOf(m, "Signal::getAllBddId");
     for (int k = 0; k <= c; k++) {
         SignalRef* ref = k == 0 ? initialRef(manager) : manager->getSignalRefByOccurrence(this, k);
         if (ref == nullptr)
             Compilation::IllegalOperationException(" Signal::getAllBddId: Unknown Signal Ref" + internal_name);
-        ids.push_back(ref->getOverBddId(wood));
-        ids.push_back(ref->getUnderBddId(wood));
+        put(ref->getOverBddId(wood));
+        put(ref->getUnderBddId(wood));
     }
-    return ids;
 }
 
 static Bddexpressionwood* moduleWood(Module* m, const char* where)

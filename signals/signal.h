@@ -12,6 +12,7 @@
 #include <ostream>
 #include <set>
 #include <string>
+#include <vector>
 
 class Module;
 class Bddexpressionwood;
@@ -70,6 +71,8 @@ public:
     // Over, under, over, under, ... of every occurrence up to the current
     // one. Only for local, wire and output signals.
     std::list<long> getAllBddId(Module* m, Bddexpressionwood* wood);
+    // The same ids, appended to `ids`.
+    void appendAllBddId(Module* m, Bddexpressionwood* wood, std::vector<long>& ids);
     // Names of the current occurrence's variables in the module's own wood.
     std::string getOverName(Module* m);
     std::string getUnderName(Module* m);
@@ -131,6 +134,8 @@ private:
     void init(Module* m, Bddexpressionwood* wood);
     void keepOriginal(std::string original);
     SignalRef* refOfOccurrence(Module* m, Bddexpressionwood* wood, const char* where);
+    // getAllBddId's ids, in its order, each handed to `put`.
+    template <class Put> void eachBddId(Module* m, Bddexpressionwood* wood, Put put);
     // The manager's ref of the internal name, or null. Refs are never taken
     // out of a manager and their names never change, so a ref once found
     // stays the answer for that manager: the last one found is kept.

@@ -303,6 +303,7 @@ public:
     // passes below, which stay for differential checks.
     long compute_dates();
     long compute_dates(std::list<long>& ids);
+    long compute_dates(const std::vector<long>& ids);
     void early_propagation(long var, long date);
     void late_propagation(long var, long date);
     std::list<long> earliest_sort() const;

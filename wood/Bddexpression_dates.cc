@@ -132,7 +132,8 @@ bool equations_in_place(const Bddexpressionwood& wood)
 // must decide: a cycle, an index out of range, a negative late date to
 // start from, or a level that reaches the limit of twice the number of
 // variables, where the literal pass stops pushing.
-bool fast_dates(Bddexpressionwood& wood, const std::list<long>* ids)
+template <class Ids>
+bool fast_dates(Bddexpressionwood& wood, const Ids* ids)
 {
     using Slot = FlatGraph::Slot;
     const long n = wood.nb_bdd_vars;
@@ -321,7 +322,7 @@ long Bddexpressionwood::compute_dates()
 {
     update_bdd_vars();
     if (nb_level != 0 || nb_bdd_vars < 1) return nb_level;
-    if (fast_dates(*this, nullptr)) return nb_level;
+    if (fast_dates<std::list<long>>(*this, nullptr)) return nb_level;
     return compute_dates_literal();
 }
 
@@ -334,6 +335,18 @@ long Bddexpressionwood::compute_dates(std::list<long>& ids)
     }
     if (fast_dates(*this, &ids)) return nb_level;
     return compute_dates_literal(ids);
+}
+
+long Bddexpressionwood::compute_dates(const std::vector<long>& ids)
+{
+    update_bdd_vars();
+    if (nb_level < 1) {
+        nb_level = compute_dates();
+        return nb_level;
+    }
+    if (fast_dates(*this, &ids)) return nb_level;
+    std::list<long> listed(ids.begin(), ids.end());
+    return compute_dates_literal(listed);
 }
 
 long PERT(Bddexpressionwood* wood) { return wood != nullptr ? wood->compute_dates() : 0; }

@@ -457,12 +457,14 @@ void class_zkc_parser::end_of_file()
     module->setFinalised(finalised ? 1 : 0);
     if (bindings != nullptr)
         bindings->createbinding(module);
-    std::list<long> ids;
+    std::vector<long> ids;
+    for (std::list<Signal*>* l : {module->getLocalSignalList(), module->getOutputSignalList()})
+        ids.reserve(ids.capacity() + (l != nullptr ? 2 * l->size() : 0));
     for (std::list<Signal*>* l : {module->getLocalSignalList(), module->getOutputSignalList()}) {
         if (l == nullptr)
             continue;
         for (Signal* s : *l)
-            ids.splice(ids.end(), s->getAllBddId(module, wood));
+            s->appendAllBddId(module, wood, ids);
     }
     wood->compute_dates(ids);
     module->update_user_type();
