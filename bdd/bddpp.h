@@ -236,15 +236,8 @@ public:
     // else link bit) order.
     std::vector<bdd_node*> nodes_in_key_order() const;
     // Every node, in no particular order. f must not change the table.
-    // The slots are read in order and their nodes fetched some way ahead:
-    // a node is met at random in memory, and f reads it.
     template <class F> void for_each(F f) const {
-        constexpr std::size_t ahead = 16;
-        for (std::size_t i = 0; i < capacity; ++i) {
-            if (i + ahead < capacity && slots[i + ahead].bits)
-                __builtin_prefetch(slots[i + ahead].node());
-            if (slots[i].bits) f(slots[i].node());
-        }
+        for_each_entry([&f](const entry& e) { f(e.node()); });
     }
 
 private:
@@ -277,6 +270,22 @@ private:
     std::size_t home(std::size_t hash) const { return hash >> shift; }
     void grow();
     void reenter(const entry* from, std::size_t n);
+    // Puts the entry in the first free slot from `at` on.
+    void place(entry e, std::size_t at) {
+        const std::size_t mask = capacity - 1;
+        while (slots[at].bits) at = (at + 1) & mask;
+        slots[at] = e;
+    }
+    // Every occupied slot in order, its node fetched some way ahead: a node
+    // is met at random in memory, and f reads it.
+    template <class F> void for_each_entry(F f) const {
+        constexpr std::size_t ahead = 16;
+        for (std::size_t i = 0; i < capacity; ++i) {
+            if (i + ahead < capacity && slots[i + ahead].bits)
+                __builtin_prefetch(slots[i + ahead].node());
+            if (slots[i].bits) f(slots[i]);
+        }
+    }
     entry* slots;
     std::size_t capacity; // a power of two, at most three quarters full
     std::size_t count;

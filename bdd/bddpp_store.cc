@@ -395,16 +395,12 @@ void bdd_unique_table::count_removals(std::size_t k) {
 // Enters again, in order, the entries of `from` that are not free; the
 // nodes, whose keys give the homes, are fetched a few entries ahead.
 void bdd_unique_table::reenter(const entry* from, std::size_t n) {
-    const std::size_t mask = capacity - 1;
     constexpr std::size_t ahead = 16;
     for (std::size_t k = 0; k < n && k < ahead; ++k)
         if (from[k].bits) __builtin_prefetch(from[k].node());
     for (std::size_t k = 0; k < n; ++k) {
         if (k + ahead < n && from[k + ahead].bits) __builtin_prefetch(from[k + ahead].node());
-        if (!from[k].bits) continue;
-        std::size_t i = home(hash_of(from[k].node()));
-        while (slots[i].bits) i = (i + 1) & mask;
-        slots[i] = from[k];
+        if (from[k].bits) place(from[k], home(hash_of(from[k].node())));
     }
 }
 
@@ -421,26 +417,18 @@ std::size_t bdd_unique_table::sweep_marked(int marked, int swept) {
     std::vector<survivor> kept;
     kept.reserve(count);
     std::size_t removed = 0;
-    constexpr std::size_t ahead = 16;
-    for (std::size_t i = 0; i < capacity; ++i) {
-        if (i + ahead < capacity && slots[i + ahead].bits) __builtin_prefetch(slots[i + ahead].node());
-        if (!slots[i].bits) continue;
-        bdd_node* n = slots[i].node();
+    for_each_entry([&](const entry& e) {
+        bdd_node* n = e.node();
         if (n->mark == static_cast<unsigned>(marked)) {
             n->mark = swept;
             ++removed;
         } else {
-            kept.push_back({slots[i], home(hash_of(n))});
+            kept.push_back({e, home(hash_of(n))});
         }
-    }
+    });
     if (removed == 0) return 0;
     std::memset(static_cast<void*>(slots), 0, capacity * sizeof(entry));
-    const std::size_t mask = capacity - 1;
-    for (const survivor& s : kept) {
-        std::size_t i = s.home;
-        while (slots[i].bits) i = (i + 1) & mask;
-        slots[i] = s.e;
-    }
+    for (const survivor& s : kept) place(s.e, s.home);
     count = kept.size();
     count_removals(removed);
     return removed;

@@ -458,8 +458,6 @@ void class_zkc_parser::end_of_file()
     if (bindings != nullptr)
         bindings->createbinding(module);
     std::vector<long> ids;
-    for (std::list<Signal*>* l : {module->getLocalSignalList(), module->getOutputSignalList()})
-        ids.reserve(ids.capacity() + (l != nullptr ? 2 * l->size() : 0));
     for (std::list<Signal*>* l : {module->getLocalSignalList(), module->getOutputSignalList()}) {
         if (l == nullptr)
             continue;
