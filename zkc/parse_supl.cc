@@ -5,6 +5,7 @@
 #include <FlexLexer.h>
 
 #include <charconv>
+#include <cstring>
 #include <iostream>
 #include <string>
 
@@ -72,18 +73,32 @@ namespace {
 // them. The log is flushed when the parse ends, or before a fatal end.
 void write_trace_line(int rule, int alternative, std::string_view head, std::string_view tail, std::ostream& log)
 {
-    static std::string line;
-    char number[24];
-    line.assign(number, std::to_chars(number, number + sizeof number, rule).ptr);
-    if (alternative != 1) {
-        line += ',';
-        line.append(number, std::to_chars(number, number + sizeof number, alternative).ptr);
+    // Two numbers, " --> " and the line end take at most 48 characters.
+    char small[256];
+    static std::string large;
+    const std::size_t size = head.size() + tail.size() + 48;
+    char* line = small;
+    if (size > sizeof small) {
+        if (large.size() < size)
+            large.resize(size);
+        line = large.data();
     }
-    line += " --> ";
-    line += head;
-    line += tail;
-    line += '\n';
-    log.write(line.data(), static_cast<std::streamsize>(line.size()));
+    char* end = line + size;
+    char* p = std::to_chars(line, end, rule).ptr;
+    if (alternative != 1) {
+        *p++ = ',';
+        p = std::to_chars(p, end, alternative).ptr;
+    }
+    std::memcpy(p, " --> ", 5);
+    p += 5;
+    if (!head.empty())
+        std::memcpy(p, head.data(), head.size());
+    p += head.size();
+    if (!tail.empty())
+        std::memcpy(p, tail.data(), tail.size());
+    p += tail.size();
+    *p++ = '\n';
+    log.write(line, static_cast<std::streamsize>(p - line));
 }
 
 } // namespace
