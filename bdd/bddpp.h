@@ -355,12 +355,19 @@ public:
     }
 
 private:
+    // A slot: the id + 1 in the low half (0 when free), the low 32 bits of
+    // the name's hash in the high half. A probe reads a name's text only
+    // when the hashes agree, and growing works the homes out again from the
+    // slots alone.
+    static std::uint32_t hash32(std::string_view name) {
+        return static_cast<std::uint32_t>(std::hash<std::string_view>()(name));
+    }
     // The slot holding the name, or the free slot where it would go.
-    std::size_t slot_of(const std::string& name) const;
+    std::size_t slot_of(std::string_view name, std::uint32_t hash) const;
     void grow();
     std::vector<char> chars;
     std::vector<std::uint32_t> ends; // by id: end of its name in chars
-    std::vector<std::uint32_t> slots; // id + 1 by hash, 0 free; at most half full
+    std::vector<std::uint64_t> slots; // at most three quarters full
 };
 
 // The variables' current names by id, as changes to the creation names: a

@@ -88,18 +88,21 @@ const char* bddpp_manager::Bdd_version() { return ::Bdd_version(); }
 
 // ------------------------------------------------------------ creation names
 
-std::size_t creation_names::slot_of(const std::string& name) const {
-    const std::size_t hash = std::hash<std::string_view>()(name);
+std::size_t creation_names::slot_of(std::string_view name, std::uint32_t hash) const {
     const std::size_t mask = slots.size() - 1;
-    std::size_t i = hash & mask;
-    while (slots[i] != 0 && text_of(slots[i] - 1) != name) i = (i + 1) & mask;
-    return i;
+    for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
+        const std::uint64_t slot = slots[i];
+        if (slot == 0) return i;
+        if (static_cast<std::uint32_t>(slot >> 32) == hash &&
+            text_of(static_cast<std::uint32_t>(slot) - 1) == name)
+            return i;
+    }
 }
 
 long creation_names::find(const std::string& name) const {
     if (slots.empty()) return -1;
-    std::uint32_t held = slots[slot_of(name)];
-    return held == 0 ? -1 : static_cast<long>(held) - 1;
+    std::uint64_t held = slots[slot_of(name, hash32(name))];
+    return held == 0 ? -1 : static_cast<long>(static_cast<std::uint32_t>(held)) - 1;
 }
 
 void current_names::give(std::size_t id, std::string_view name) {
@@ -115,9 +118,10 @@ void current_names::give(std::size_t id, std::string_view name) {
 }
 
 std::pair<long, bool> creation_names::try_emplace(const std::string& name) {
-    if (2 * (ends.size() + 1) > slots.size()) grow();
-    std::size_t i = slot_of(name);
-    if (slots[i] != 0) return {static_cast<long>(slots[i]) - 1, false};
+    if (4 * (ends.size() + 1) > 3 * slots.size()) grow();
+    const std::uint32_t hash = hash32(name);
+    std::size_t i = slot_of(name, hash);
+    if (slots[i] != 0) return {static_cast<long>(static_cast<std::uint32_t>(slots[i])) - 1, false};
     if (ends.size() >= UINT32_MAX - 1) {
         std::cerr << "too many decision diagram variables" << std::endl;
         std::exit(1);
@@ -128,18 +132,19 @@ std::pair<long, bool> creation_names::try_emplace(const std::string& name) {
     }
     chars.insert(chars.end(), name.begin(), name.end());
     ends.push_back(static_cast<std::uint32_t>(chars.size()));
-    slots[i] = static_cast<std::uint32_t>(ends.size());
+    slots[i] = static_cast<std::uint64_t>(hash) << 32 | ends.size();
     return {static_cast<long>(ends.size()) - 1, true};
 }
 
 void creation_names::grow() {
-    std::size_t capacity = slots.empty() ? 64 : 2 * slots.size();
-    slots.assign(capacity, 0);
-    const std::size_t mask = capacity - 1;
-    for (std::size_t id = 0; id < ends.size(); ++id) {
-        std::size_t i = std::hash<std::string_view>()(text_of(id)) & mask;
+    std::vector<std::uint64_t> old(slots.empty() ? 64 : 2 * slots.size(), 0);
+    old.swap(slots);
+    const std::size_t mask = slots.size() - 1;
+    for (std::uint64_t slot : old) {
+        if (slot == 0) continue;
+        std::size_t i = (slot >> 32) & mask;
         while (slots[i] != 0) i = (i + 1) & mask;
-        slots[i] = static_cast<std::uint32_t>(id + 1);
+        slots[i] = slot;
     }
 }
 
