@@ -127,14 +127,23 @@ TEST(BddStore, RenamingRewritesNamesButNotTheCreationNames) {
     EXPECT_EQ(m.Id_var_by_name("t"), 1);
 }
 
-// The counts themselves are held by the differential tests: the same
-// counts on both paths, none left once the handles are gone.
-TEST(BddStore, HandleHelpersAndObsoleteCalls) {
+// The counts themselves are held by the differential tests (the same
+// counts on both paths, none left once the handles are gone), the
+// numbering of cones and the clearing of marks by the printers' texts
+// (print_test). Here the handle helpers, the obsolete calls, sizes, the
+// packing of small keys into signatures and the self check of nodes.
+TEST(BddStore, HandlesSignaturesSizesAndSelfChecks) {
     bddpp_manager m;
-    bdd f = m.Bdd_and(m.New_var_last("a"), m.New_var_last("b"));
+    bdd a = m.New_var_last("a");
+    bdd b = m.New_var_last("b");
+    bdd f = m.Bdd_and(a, b);
     EXPECT_EQ(bdd_node_global_id(bdd()), -3);
     EXPECT_EQ(bdd_node_global_id(f), 4);
     EXPECT_EQ(bdd_link_type(m.Bdd_not(f)), -1);
+    EXPECT_EQ(m.Bdd_size(f), 3);
+    EXPECT_EQ(m.Bdd_size(f), 3) << "the terminal is cleared with the cone";
+    EXPECT_EQ(captured([&] { EXPECT_EQ(m.Bdd_incremental_id(nullptr, 7), 7); }),
+              "Warning: call bddpp_manager::Bdd_incremental_id() with null reference!\n");
 
     EXPECT_EQ(captured([&] { EXPECT_EQ(m.Bdd_dup(f), f); }),
               "Warning: bddpp_manager::Bdd_dup() is became useless ...\n");
@@ -143,13 +152,8 @@ TEST(BddStore, HandleHelpersAndObsoleteCalls) {
     EXPECT_NE(freed.find(", link type =1, adr node= "), std::string::npos);
     EXPECT_NE(freed.find("node signature: " + std::to_string(f.node()->signature())),
               std::string::npos);
-}
 
-// Small keys pack into the signature as the statistics print it; a child
-// without a global id is refused.
-TEST(BddStore, SignaturesRefuseChildrenWithoutGlobalId) {
-    bddpp_manager m;
-    EXPECT_STREQ(Bdd_version(), "4.7");
+    // A child without a global id is refused.
     EXPECT_EQ(bdd_node_signature(-1, 1, nullptr, nullptr), -1);
     EXPECT_EQ(bdd_node_signature(-3, 1, nullptr, nullptr), -3);
     bdd_node bad;
@@ -158,6 +162,20 @@ TEST(BddStore, SignaturesRefuseChildrenWithoutGlobalId) {
                 "ERROR in bdd_node_signature\\(\\): then node have a bad global id!");
     EXPECT_EXIT(bdd_node_signature(0, 1, m.one, &bad), ExitedWithCode(1),
                 "ERROR in bdd_node_signature\\(\\): else node have a bad global id!");
+
+    bdd g = m.Bdd_or(a, b);
+    EXPECT_TRUE(m.Bdd_is_correct(g));
+    EXPECT_TRUE(m.Bdd_is_correct(m.Bdd_zero()));
+    EXPECT_EQ(captured([&] { EXPECT_FALSE(m.Bdd_is_correct(bdd())); }),
+              "Warning: call  bddpp_manager::Bdd_is_correct() with a null reference!\n");
+    // A node made by hand against the order, above a correct one.
+    bdd_node* wrong = new bdd_node(&m, 1, 1, a.node(), m.one, m.next_global_id++);
+    bdd hold(&m, 1, wrong);
+    EXPECT_FALSE(m.Bdd_is_correct(hold));
+    bdd_node* above = new bdd_node(&m, 0, 1, wrong, m.one, m.next_global_id++);
+    EXPECT_FALSE(above->is_correct());
+    bdd_node orphan;
+    EXPECT_FALSE(orphan.is_correct());
 }
 
 // Past 2^20 global ids, two keys share one packed signature; the table
@@ -237,37 +255,6 @@ TEST(BddStore, FindOrCreateCasesAndOrderFault) {
               "FATAL ERROR: Bad call of bddpp_manager::Find_or_create_bdd_node():\n"
               "  index 1 is not less than  its else node index (1)\n");
     EXPECT_EQ(m.next_global_id, 4);
-}
-
-// The numbering of cones and the clearing of marks are held by the
-// printers' texts (print_test, and the compiled-module section of a wood).
-TEST(BddStore, SizesAndNullNumbering) {
-    bddpp_manager m;
-    bdd f = m.Bdd_and(m.New_var_last("a"), m.New_var_last("b"));
-    EXPECT_EQ(m.Bdd_size(f), 3);
-    EXPECT_EQ(m.Bdd_size(f), 3) << "the terminal is cleared with the cone";
-    EXPECT_EQ(captured([&] { EXPECT_EQ(m.Bdd_incremental_id(nullptr, 7), 7); }),
-              "Warning: call bddpp_manager::Bdd_incremental_id() with null reference!\n");
-}
-
-TEST(BddStore, SelfCheckOfNodes) {
-    bddpp_manager m;
-    bdd a = m.New_var_last("a");
-    bdd b = m.New_var_last("b");
-    bdd f = m.Bdd_or(a, b);
-    EXPECT_TRUE(m.Bdd_is_correct(f));
-    EXPECT_TRUE(m.Bdd_is_correct(m.Bdd_zero()));
-    EXPECT_EQ(captured([&] { EXPECT_FALSE(m.Bdd_is_correct(bdd())); }),
-              "Warning: call  bddpp_manager::Bdd_is_correct() with a null reference!\n");
-
-    // A node made by hand against the order, above a correct one.
-    bdd_node* wrong = new bdd_node(&m, 1, 1, a.node(), m.one, m.next_global_id++);
-    bdd hold(&m, 1, wrong);
-    EXPECT_FALSE(m.Bdd_is_correct(hold));
-    bdd_node* above = new bdd_node(&m, 0, 1, wrong, m.one, m.next_global_id++);
-    EXPECT_FALSE(above->is_correct());
-    bdd_node orphan;
-    EXPECT_FALSE(orphan.is_correct());
 }
 
 TEST(BddStore, CollectionKeepsReferencedConesAndFreesChains) {

@@ -83,23 +83,24 @@ TEST(Transformations, SmallCasesAndMessages)
     EXPECT_FALSE(m.exists_common_variables(m.Bdd_and(a, b), m.Bdd_or(c, d)));
 }
 
-TEST(Transformations, SimplificationsAfterInsertion)
+// Simplifications once a variable is put before the others; associations
+// composed and followed.
+TEST(Transformations, SimplificationsAfterInsertionAndAssociations)
 {
-    bddpp_manager m;
-    bdd a = m.New_var_last("a"), b = m.New_var_last("b");
-    bdd x = m.New_var_before(0, "x"); // id 2, index 0
-    bdd f = m.Bdd_and(x, b);
+    {
+        bddpp_manager m;
+        bdd a = m.New_var_last("a"), b = m.New_var_last("b");
+        bdd x = m.New_var_before(0, "x"); // id 2, index 0
+        bdd f = m.Bdd_and(x, b);
 
-    // Ids below the top index, read as indexes: x is at index 0, so
-    // nothing lies above it and the function stays as it is.
-    bdd care = m.Bdd_not(m.Bdd_or(x, b));
-    EXPECT_EQ(m.Bdd_simplify2(f, care), f);
-    // The plain form drops b: x alone stays apart from the care set.
-    EXPECT_EQ(m.Bdd_simplify(f, care), x);
-}
+        // Ids below the top index, read as indexes: x is at index 0, so
+        // nothing lies above it and the function stays as it is.
+        bdd care = m.Bdd_not(m.Bdd_or(x, b));
+        EXPECT_EQ(m.Bdd_simplify2(f, care), f);
+        // The plain form drops b: x alone stays apart from the care set.
+        EXPECT_EQ(m.Bdd_simplify(f, care), x);
+    }
 
-TEST(Associations, ComposeAndFollow)
-{
     bddpp_manager m;
     bdd a = m.New_var_last("a"), b = m.New_var_last("b"), c = m.New_var_last("c");
     bdd bc = m.Bdd_and(b, c);

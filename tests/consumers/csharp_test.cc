@@ -143,10 +143,13 @@ trace last_event_only(trace t)
     return t;
 }
 
-// The reaction's presences as the C header declares them.
-void read_ports(const scratch_dir& s, const std::string& module, std::vector<std::string>& inputs,
-                std::vector<std::string>& outputs)
+// The module's C and its bean, which mcs compiles into a program; the
+// reaction's presences as the C header declares them.
+void build_both(const scratch_dir& s, const std::string& module, const std::string& zkc,
+                std::vector<std::string>& inputs, std::vector<std::string>& outputs)
 {
+    generate(s, module, zkc);
+    ASSERT_EQ(mcs_errors(s, module, true), "");
     ASSERT_TRUE(read_prototype(read_file(s.path + "/" + module + ".h"), module, inputs, outputs));
 }
 
@@ -155,10 +158,8 @@ void expect_reacts_like_c(const std::string& module, const std::string& zkc, uns
 {
     SCOPED_TRACE(module);
     scratch_dir s;
-    generate(s, module, zkc);
-    ASSERT_EQ(mcs_errors(s, module, true), "");
     std::vector<std::string> inputs, outputs;
-    read_ports(s, module, inputs, outputs);
+    build_both(s, module, zkc, inputs, outputs);
     for (unsigned k = 0; k < 2; ++k) {
         trace t = last_event_only(random_trace(inputs.size(), seed * 31 + k));
         EXPECT_EQ(run_csharp(s, module, inputs, outputs, t), run_c(s, module, inputs, outputs, t)) << "trace " << k;
@@ -274,9 +275,8 @@ TEST(CSharpConsumer, PureModulesReactLikeTheirC)
         zkc = generate_module(scratch_dir().path, name, 130 + 3 * k, 100 + k);
         ASSERT_TRUE(has_memorised(zkc));
         SCOPED_TRACE(name);
-        scratch_dir s;
-        generate(s, name, zkc);
-        EXPECT_EQ(mcs_errors(s, name, true), "");
+        std::vector<std::string> inputs, outputs;
+        build_both(scratch_dir(), name, zkc, inputs, outputs);
     }
 }
 
@@ -308,10 +308,8 @@ TEST(CSharpConsumer, MemorisedSignalIsNeverLoadedAndTheLastEventCounts)
     for (const auto& r : rows) {
         SCOPED_TRACE(r.zkc);
         scratch_dir s;
-        generate(s, "m", r.zkc);
-        ASSERT_EQ(mcs_errors(s, "m", true), "");
         std::vector<std::string> inputs, outputs;
-        read_ports(s, "m", inputs, outputs);
+        build_both(s, "m", r.zkc, inputs, outputs);
         ASSERT_EQ(outputs, std::vector<std::string>{"o"});
         EXPECT_EQ(run_c(s, "m", inputs, outputs, r.t)["o"], r.c);
         EXPECT_EQ(run_csharp(s, "m", inputs, outputs, r.t)["o"], r.cs);

@@ -135,7 +135,7 @@ std::vector<valued_step> run_twice(bool second_binding)
     s.write("twice.zkc", twice_zkc(second_binding));
     const char* user = "const integer zero_integer = 0;\ninteger twice(integer v) { return 2 * v; }\n";
     s.write("twice_typedecl.h", "typedef int integer;\n");
-    s.write("C_data_user_integer.h", "typedef int integer;\n#define copy_integer(x) (x)\n#define copy_pure(x) (x)\n");
+    s.write("C_data_user_integer.h", read_file(TARN_SOURCE_DIR "/examples/user/C_data_user_integer.h"));
     s.write("user_sc.cc", std::string("#include \"twice_sc.h\"\n") + user);
     s.write("user.c", std::string("#include \"twice.h\"\n") + user);
     c_run r = run_with_c(s, "twice", {"-systemc"}, 3, "user.c", 40);

@@ -46,13 +46,9 @@ const char* const memorised_local = "module: mem  0 0\n"
                                     "1 1 5:0,-1,(0 )\n"
                                     "end:\n";
 
-// The user's side of the valued modules: in C the type integer, its
-// operations, zero and the methods; in VHDL a package that vhdl_libs.inc
-// brings in.
-const char* const c_user_header = "typedef int integer;\n"
-                                  "#define copy_integer(x) (x)\n"
-                                  "#define copy_pure(x) (x)\n"
-                                  "#define sup_integer(a, b) ((a) > (b))\n";
+// The user's side of the valued modules: in C the type integer and its
+// operations as the examples ship them, zero and the methods; in VHDL a
+// package that vhdl_libs.inc brings in.
 const char* const c_user_code = "const integer zero_integer = 0;\n"
                                 "integer add_sat(integer a, integer b, integer l) { return a + b > l ? l : a + b; }\n"
                                 "integer bump(integer a, integer b) { return a + b; }\n";
@@ -72,7 +68,7 @@ const char* const vhdl_user_package = "package zk_user is\n"
                                       "  end bump;\n"
                                       "end zk_user;\n";
 
-const user_side user{c_user_header, c_user_code, vhdl_user_package};
+const user_side user{read_file(TARN_SOURCE_DIR "/examples/user/C_data_user_integer.h"), c_user_code, vhdl_user_package};
 
 // A text that ghdl refuses: the module (an example when `text` is null),
 // whether it uses the user's package, and the first message.

@@ -7,7 +7,7 @@
 
 #include <stdexcept>
 
-TEST(Compilation, StatusCodesAndNames)
+TEST(CompilationDeathTest, StatusCodesNamesAndFatalFunctions)
 {
     EXPECT_TRUE(Compilation::isStatusType(Compilation::SINPUT));
     EXPECT_FALSE(Compilation::isValueType(Compilation::SINPUT));
@@ -20,10 +20,7 @@ TEST(Compilation, StatusCodesAndNames)
     EXPECT_EQ(Compilation::createRTLName("m"), "RTLm");
     EXPECT_EQ(Compilation::createSETName("m"), "SETm");
     EXPECT_EQ(Compilation::createRESETName("m"), "RESETm");
-}
-
-TEST(CompilationDeathTest, FatalWritesErrorStreamAndExitsOne)
-{
+    // The fatal functions write the error stream and exit with status 1.
     EXPECT_EXIT(Compilation::UndefinedTypeException("foo"), ::testing::ExitedWithCode(1),
                 "Error: Undefined type: foo\n");
     EXPECT_EXIT(Compilation::HashTableAddException("", "m"), ::testing::ExitedWithCode(1),

@@ -114,14 +114,6 @@ TEST(DataMethodTable, IndexesListsAndTexts)
     EXPECT_TRUE(copyOfArgs != *f);
 }
 
-TEST(DataMethodTableDeathTest, OverloadingIsFatal)
-{
-    DataMethodTable t;
-    t.addMethod(new MethodDecl(str("int"), str("f"), nullptr));
-    EXPECT_EXIT(t.addMethod(new MethodDecl(str("bool"), str("f"), nullptr)), ::testing::ExitedWithCode(1),
-                "Error: Already defined : f: overloading_of_method_not_yet_implemented");
-}
-
 TEST(DataConstantTable, OnlyExternalOrLiteralConstantsAreNumbered)
 {
     DataConstantTable t;
@@ -174,7 +166,9 @@ TEST(ConstantDecl, DebugPrintAndFileForms)
     EXPECT_EQ(text([&](std::ostream& os) { t.C_put(os, nullptr); }), "extern const int k;\nconst int z = d;\n");
 }
 
-TEST(ConstantDeclDeathTest, MissingValueEndsTheRun)
+// A constant without a value for the target, a method overloaded, a
+// constant declared twice: each ends the run with its message.
+TEST(DataTablesDeathTest, MissingValuesAndDoubleDeclarationsEndTheRun)
 {
     auto esterelOnly = [] { return new ConstantDecl("int", "w", values({{TLanguage::ESTEREL, "e"}})); };
     std::ostringstream os;
@@ -191,13 +185,14 @@ TEST(ConstantDeclDeathTest, MissingValueEndsTheRun)
                 "internal error: ConstantDecl::DEBUG_put: constant w wrong target language specification");
     EXPECT_EXIT(ConstantDecl("int", "q", values({{9, "1"}})).print(os), ::testing::ExitedWithCode(1),
                 "error:ConstantDecl:print: constant:q : wrong target language");
-}
 
-TEST(DataConstantTableDeathTest, SecondDeclarationWarnsThenEndsTheRun)
-{
-    DataConstantTable t;
-    t.addConstant(new ConstantDecl("int", "k"));
-    EXPECT_EXIT(t.addConstant(new ConstantDecl("bool", "k")), ::testing::ExitedWithCode(1),
+    DataMethodTable methods;
+    methods.addMethod(new MethodDecl(str("int"), str("f"), nullptr));
+    EXPECT_EXIT(methods.addMethod(new MethodDecl(str("bool"), str("f"), nullptr)), ::testing::ExitedWithCode(1),
+                "Error: Already defined : f: overloading_of_method_not_yet_implemented");
+    DataConstantTable constants;
+    constants.addConstant(new ConstantDecl("int", "k"));
+    EXPECT_EXIT(constants.addConstant(new ConstantDecl("bool", "k")), ::testing::ExitedWithCode(1),
                 "Warning: constant k already defined!\nError: Already defined : k: constant");
 }
 

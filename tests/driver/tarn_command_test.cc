@@ -1,10 +1,16 @@
-// The tarn program end to end: texts, exit status, files written or not.
+// The tarn program end to end: texts, exit status, files written or not;
+// and the parts of the run that the command line cannot reach alone: name
+// derivation corners and the VHDL post-pass on a place it cannot write;
+// `make install` and `make uninstall` into a scratch prefix.
 
+#include "driver/tarn_run.h"
 #include "tests/tarn_process.h"
 #include "tests/worked_module.h"
 
 #include <regex>
 #include <set>
+#include <sstream>
+#include <unistd.h>
 
 namespace {
 
@@ -124,4 +130,67 @@ TEST_F(TarnCommand, TargetsComeInTheirFixedOrder)
         << r.out;
     EXPECT_TRUE(only_files({"m.zkc", "m.zkc.log", "mosk_m.cc", "m.doc", "m.strl", "m.lus", "m.smv", "m.blif", "m.c",
                             "m.h", "m.cs", "m.vhd", "m.vhd_tmp", "m_sc.cc", "m_sc.h", "m_encapsulated.qsr"}));
+}
+
+TEST(TarnPaths, DerivedNames)
+{
+    struct {
+        const char* input;
+        const char* dir;
+        const char* base;
+    } cases[] = {
+        {"/a/b/foo.zkc", "/a/b", "foo"},
+        {"/foo.zkc", "", "foo"},
+        {"foo.zkc.old", ".", "foo"},
+        {"foo", ".", "foo"},
+        {"a.zkc/b.zkc", ".", "a"},  // everything behind the first ".zkc" goes
+        {"x/y.d/z", "x/y.d", "z"},
+    };
+    for (const auto& c : cases) {
+        tarn_paths p = tarn_split_input_name(c.input);
+        EXPECT_EQ(p.dir, c.dir) << c.input;
+        EXPECT_EQ(p.base, c.base) << c.input;
+    }
+    tarn_paths root = tarn_split_input_name("/foo.zkc");
+    EXPECT_EQ(root.path("/", ".zkc"), "/foo.zkc");
+    EXPECT_EQ(root.path("/", ".c"), "/foo.c");
+}
+
+// The post-pass on names is pinned with the golden texts; a temporary
+// file that cannot be written ends it without a report, the generator
+// having run on the failed stream.
+TEST(TarnRun, VhdlPostPassOnAPlaceThatCannotBeWrittenEndsSilently)
+{
+    scratch_dir s;
+    std::ostringstream report;
+    bool called = false;
+    EXPECT_FALSE(tarn_vhdl_post_pass(
+        s.path + "/no/such/dir/out.vhd", [&](std::ofstream&, std::ifstream&) { called = true; }, report));
+    EXPECT_TRUE(called);
+    EXPECT_EQ(report.str(), "");
+    EXPECT_EQ(read_file(s.path + "/no/such/dir/out.vhd"), "");
+}
+
+// The executables and their manual pages land where PREFIX says, run, and
+// go again.
+TEST(Install, ExecutablesAndManualPagesUnderThePrefix)
+{
+    scratch_dir s;
+    const std::string make = "make -s -C '" TARN_SOURCE_DIR "' BUILD='" TARN_BINARY_DIR "' PREFIX=/usr DESTDIR='" +
+                             s.path + "' ";
+    ASSERT_EQ(std::system((make + "install > '" + s.path + "/make.txt' 2>&1").c_str()), 0)
+        << read_file(s.path + "/make.txt");
+    const std::string bin = s.path + "/usr/bin/tarn", page = s.path + "/usr/share/man/man1/tarn.1";
+    ASSERT_EQ(access(bin.c_str(), X_OK), 0);
+    tarn_output v = run_tarn_in(s.path, {"-v"});
+    EXPECT_EQ(std::system(("'" + bin + "' -v > '" + s.path + "/v.txt'").c_str()), 0);
+    EXPECT_EQ(read_file(s.path + "/v.txt"), v.out);
+    std::string man = read_file(page);
+    EXPECT_EQ(man.rfind(".TH TARN 1", 0), 0u) << man;
+    EXPECT_NE(man.find("tarn \\- finaliser of compiled ZK modules"), std::string::npos) << man;
+    EXPECT_NE(man.find("-no_suppress_wires"), std::string::npos) << man;
+
+    ASSERT_EQ(std::system((make + "uninstall > /dev/null 2>&1").c_str()), 0);
+    EXPECT_NE(access(bin.c_str(), F_OK), 0);
+    EXPECT_NE(access(page.c_str(), F_OK), 0);
 }

@@ -109,17 +109,6 @@ TEST_F(ReadModule, LookupByVariable)
     EXPECT_EQ(plain.getSignalById(1, plain.getBddWood()), s);
 }
 
-TEST(ModuleDeathTest, MissingRefsEndWithTheirMessage)
-{
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
-    long loose = wood->Index_new_var_last("loose");
-    EXPECT_EXIT(m.getSignalNameById(loose, wood), ::testing::ExitedWithCode(1),
-                "Module::getSignalNameById: no signal reference for this bdd id: 0");
-    EXPECT_EXIT(m.getOtherBddId(12, wood), ::testing::ExitedWithCode(1),
-                "Module::getOtherBddId: no signal in table for this bdd id:12");
-}
-
 TEST(Module, AdditionsCreateMissingLists)
 {
     Bddexpressionwood* wood = new Bddexpressionwood();
@@ -213,17 +202,23 @@ TEST(Module, CopyKeepsVariablesAndSharesNoSignal)
     EXPECT_EQ(m.getLocalSignalList()->size(), 2u);
 }
 
-TEST(ModuleDeathTest, RegisterWithAMissingSignalIsRefused)
+// A missing ref, a register of a missing signal, a second module of one
+// name: each ends the run with its message.
+TEST(ModuleDeathTest, MissingObjectsAndDoubleNamesEndWithTheirMessage)
 {
-    Module holder("h");
-    Signal* a = new Signal("a", &holder, holder.getBddWood());
-    auto* regs = new std::list<regclass*>{new regclass(a, nullptr, 0)};
-    EXPECT_EXIT(Module("m", nullptr, nullptr, nullptr, nullptr, nullptr, regs, nullptr, holder.getBddWood()),
-                ::testing::ExitedWithCode(1), "Error: Illegal operation!\nRegister not declared local!");
-}
+    Module m("m");
+    Bddexpressionwood* wood = m.getBddWood();
+    long loose = wood->Index_new_var_last("loose");
+    EXPECT_EXIT(m.getSignalNameById(loose, wood), ::testing::ExitedWithCode(1),
+                "Module::getSignalNameById: no signal reference for this bdd id: 0");
+    EXPECT_EXIT(m.getOtherBddId(12, wood), ::testing::ExitedWithCode(1),
+                "Module::getOtherBddId: no signal in table for this bdd id:12");
 
-TEST(ModuleTableDeathTest, SecondModuleOfOneNameIsRefused)
-{
+    Signal* a = new Signal("a", &m, wood);
+    auto* regs = new std::list<regclass*>{new regclass(a, nullptr, 0)};
+    EXPECT_EXIT(Module("r", nullptr, nullptr, nullptr, nullptr, nullptr, regs, nullptr, wood),
+                ::testing::ExitedWithCode(1), "Error: Illegal operation!\nRegister not declared local!");
+
     ModuleTable table;
     Module* first = new Module("twice");
     table.add(first);

@@ -39,14 +39,59 @@ bool literal(const zkc_sections& z, long root, long& var)
     return n.var >= 0 && n.then_id == z.terminal && n.else_id == z.terminal;
 }
 
+// The reader check of each module: the names, registers and memorised
+// pairs of the file, two variables a signal, an equation a line, and the
+// constants and literals as the file wrote them.
+void expect_read_as_declared(const std::string& file, const zkc_sections& z, long& checked)
+{
+    std::string errors;
+    Module* m = read_module(file, false, &errors);
+    ASSERT_NE(m, nullptr);
+    EXPECT_EQ(errors, "");
+
+    EXPECT_EQ(m->getName(), z.name);
+    EXPECT_EQ(names(m->getInputSignalList(), m), z.inputs);
+    EXPECT_EQ(names(m->getOutputSignalList(), m), z.outputs);
+    EXPECT_EQ(names(m->getLocalSignalList(), m), z.locals);
+    std::vector<std::vector<std::string>> registers, memorized;
+    for (regclass* r : *m->getRegisterList())
+        registers.push_back({r->next_var()->getName(m), r->actual_var()->getName(m), std::to_string(r->is_initialy_true())});
+    for (memorizedSignal* p : *m->getPreSignalList())
+        memorized.push_back({p->getPre()->getName(m), p->getActual()->getName(m)});
+    EXPECT_EQ(registers, z.registers);
+    EXPECT_EQ(memorized, z.memorized);
+
+    Bddexpressionwood* wood = m->getBddWood();
+    bddpp_manager* manager = wood->my_bdd_manager();
+    std::size_t signals = z.inputs.size() + z.outputs.size() + z.locals.size() + z.memorized.size() + 3;
+    EXPECT_EQ(manager->variables_number, static_cast<long>(2 * signals));
+    EXPECT_EQ(wood->exp_number(), static_cast<long>(z.expressions.size()));
+    for (const zkc_sections::expression& e : z.expressions) {
+        Bddexpression* equation = wood->exp_by_index(e.var);
+        ASSERT_NE(equation, nullptr) << e.var;
+        bdd right = equation->my_bdd_exp();
+        long var;
+        if (e.root == z.terminal) {
+            EXPECT_TRUE(manager->Bdd_is_tautology(right, e.link == 1)) << e.var;
+            ++checked;
+        } else if (literal(z, e.root, var)) {
+            EXPECT_EQ(manager->Bdd_if_index(right), var) << e.var;
+            EXPECT_TRUE(e.link == 1 ? manager->Bdd_is_var(right) : manager->Bdd_is_negvar(right)) << e.var;
+            ++checked;
+        }
+    }
+}
+
 } // namespace
 
-TEST(Zkcgen, ModulesHoldWhatTheRoadMustHandle)
+TEST(Zkcgen, ModulesHoldWhatTheRoadMustHandleAndReadAsDeclared)
 {
     scratch_dir s;
+    zkc_sections z;
+    long checked = 0;
     for (long size : {40L, 3000L}) {
         SCOPED_TRACE(size);
-        zkc_sections z = sections_of(generate_module(s.path, "g", size, 3));
+        z = sections_of(generate_module(s.path, "g", size, 3));
         EXPECT_FALSE(z.inputs.empty() || z.outputs.empty() || z.locals.empty() || z.registers.empty());
         EXPECT_EQ(z.connexion, (std::vector<std::string>{"SET" + z.name, "RESET" + z.name, "RTL" + z.name}));
         ASSERT_TRUE(z.ended);
@@ -63,9 +108,11 @@ TEST(Zkcgen, ModulesHoldWhatTheRoadMustHandle)
             EXPECT_TRUE(locals.count(r[0]) && locals.count(r[1]) && (r[2] == "0" || r[2] == "1")) << r[0];
         for (const std::vector<std::string>& m : z.memorized)
             EXPECT_TRUE(!locals.count(m[0]) && locals.count(m[1])) << m[0];
+        expect_read_as_declared(s.path + "/g.zkc", z, checked);
     }
+    EXPECT_GT(checked, 100);
 
-    zkc_sections z = sections_of(generate_module(s.path, "g", 3000, 3));
+    // The larger module.
     EXPECT_GT(z.registers.size(), 10u);
     EXPECT_GT(z.memorized.size(), 10u);
     // Reconvergence: nodes below more than one parent.
@@ -111,52 +158,4 @@ TEST(Zkcgen, ModulesHoldWhatTheRoadMustHandle)
     EXPECT_GT(constants, 10);
     EXPECT_GT(copies, 100);
     EXPECT_GT(chained, 10);
-}
-
-TEST(Zkcgen, ReaderBuildsTheDeclaredModule)
-{
-    scratch_dir s;
-    std::string file = s.path + "/g.zkc";
-    generate_module(s.path, "g", 2000, 11);
-    zkc_sections z = sections_of(read_file(file));
-    std::string errors;
-    Module* m = read_module(file, false, &errors);
-    ASSERT_NE(m, nullptr);
-    EXPECT_EQ(errors, "");
-
-    EXPECT_EQ(m->getName(), z.name);
-    EXPECT_EQ(names(m->getInputSignalList(), m), z.inputs);
-    EXPECT_EQ(names(m->getOutputSignalList(), m), z.outputs);
-    EXPECT_EQ(names(m->getLocalSignalList(), m), z.locals);
-    std::vector<std::vector<std::string>> registers, memorized;
-    for (regclass* r : *m->getRegisterList())
-        registers.push_back({r->next_var()->getName(m), r->actual_var()->getName(m), std::to_string(r->is_initialy_true())});
-    for (memorizedSignal* p : *m->getPreSignalList())
-        memorized.push_back({p->getPre()->getName(m), p->getActual()->getName(m)});
-    EXPECT_EQ(registers, z.registers);
-    EXPECT_EQ(memorized, z.memorized);
-
-    Bddexpressionwood* wood = m->getBddWood();
-    bddpp_manager* manager = wood->my_bdd_manager();
-    std::size_t signals = z.inputs.size() + z.outputs.size() + z.locals.size() + z.memorized.size() + 3;
-    EXPECT_EQ(manager->variables_number, static_cast<long>(2 * signals));
-    EXPECT_EQ(wood->exp_number(), static_cast<long>(z.expressions.size()));
-
-    // Constants and literals come back as the file wrote them.
-    long checked = 0;
-    for (const zkc_sections::expression& e : z.expressions) {
-        Bddexpression* equation = wood->exp_by_index(e.var);
-        ASSERT_NE(equation, nullptr) << e.var;
-        bdd right = equation->my_bdd_exp();
-        long var;
-        if (e.root == z.terminal) {
-            EXPECT_TRUE(manager->Bdd_is_tautology(right, e.link == 1)) << e.var;
-            ++checked;
-        } else if (literal(z, e.root, var)) {
-            EXPECT_EQ(manager->Bdd_if_index(right), var) << e.var;
-            EXPECT_TRUE(e.link == 1 ? manager->Bdd_is_var(right) : manager->Bdd_is_negvar(right)) << e.var;
-            ++checked;
-        }
-    }
-    EXPECT_GT(checked, 100);
 }

@@ -27,15 +27,6 @@ std::vector<std::string> variableNames(Bddexpressionwood* wood)
     return names;
 }
 
-TEST_F(Signals, ExistingVariableOfTheNameIsReused)
-{
-    wood->New_var_last("_v_x");
-    Signal* x = new Signal("x", &m, wood);
-    EXPECT_EQ(variableNames(wood), (std::vector<std::string>{"_v_x", "_s_x"}));
-    EXPECT_EQ(x->getOverBddId(&m, wood), 1);
-    EXPECT_EQ(x->getUnderBddId(&m, wood), 0);
-}
-
 TEST_F(Signals, KindCodesFollowFlagPriority)
 {
     struct Case {
@@ -68,27 +59,29 @@ TEST_F(Signals, KindCodesFollowFlagPriority)
     EXPECT_TRUE(wired->isWire() && wired->isRegister() && wired->isWired());
 }
 
-TEST_F(Signals, AtSignInNamesIsKeptUntilReplaced)
+// A variable of the name already there is reused; an "@" stays in names
+// until replaced; an absent signal has no wire; only the valued actual of
+// a memorised pair is used with its pre.
+TEST_F(Signals, NamesWiresAndPairs)
 {
-    Signal* s = new Signal("a@b", "a@b@1", &m, wood);
-    EXPECT_EQ(s->getOverName(&m), "_s_a@b@1");
-    s->ReplaceAtCharacterInAllNames("_");
-    EXPECT_EQ(s->getOriginalName(), "a_b");
-    EXPECT_EQ(s->getInternalName(), "a_b_1");
-    EXPECT_EQ(Signal::generateName("base", "7"), "base_7");
-}
+    wood->New_var_last("_v_x");
+    Signal* x = new Signal("x", &m, wood);
+    EXPECT_EQ(variableNames(wood), (std::vector<std::string>{"_v_x", "_s_x"}));
+    EXPECT_EQ(x->getOverBddId(&m, wood), 1);
+    EXPECT_EQ(x->getUnderBddId(&m, wood), 0);
 
-// An absent signal has no wire.
-TEST_F(Signals, AbsentSignalHasNoWire)
-{
+    Signal* at = new Signal("a@b", "a@b@1", &m, wood);
+    EXPECT_EQ(at->getOverName(&m), "_s_a@b@1");
+    at->ReplaceAtCharacterInAllNames("_");
+    EXPECT_EQ(at->getOriginalName(), "a_b");
+    EXPECT_EQ(at->getInternalName(), "a_b_1");
+    EXPECT_EQ(Signal::generateName("base", "7"), "base_7");
+
     Signal* s = new Signal("s", &m, wood);
     s->setLocal();
     s->setCurrentOccurrence(wood, -1);
     EXPECT_TRUE(s->getAllBddId(&m, wood).empty());
-}
 
-TEST_F(Signals, UsedWithPreNeedsAValuedActualOfAPair)
-{
     Signal* actual = new Signal("a", &m, wood);
     Signal* pre = new Signal("pa", &m, wood);
     Signal* other = new Signal("o", &m, wood);
@@ -154,10 +147,8 @@ TEST_F(SignalsDeathTest, MisuseEndsWithItsMessage)
     EXPECT_EXIT(root.getOverBdd(&m, wood), ::testing::ExitedWithCode(1),
                 "Error: calling Abstract method: Expression::getOverBdd\\(\\)");
     EXPECT_EXIT(root.duplicate(), ::testing::ExitedWithCode(1), "abnormal use of expression::duplicate\\(\\) ...");
-}
 
-TEST_F(SignalsDeathTest, SecondOccurrenceRefInTheSameWoodIsRefused)
-{
+    // A second occurrence's ref in the same wood.
     Signal* x = new Signal("x", &m, wood);
     x->setLocal();
     new Signal("x_1", &m, wood);  // takes the name of x's first occurrence

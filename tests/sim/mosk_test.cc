@@ -40,7 +40,7 @@ TEST(MoskAgreesWithC, PureExamplesAndGeneratedModules)
     EXPECT_GE(moved, MOSK_SWEEP - MOSK_SWEEP / 10);
 }
 
-TEST(MoskCommand, PrintsOneLinePerReactionAndStopsAtTheFirstBadLine)
+TEST(MoskCommand, OneLinePerReactionStopAtTheFirstBadLineAndRefusals)
 {
     scratch_dir s;
     run("cp '" + examples + "toggle.zkc' '" + s.path + "'");
@@ -69,12 +69,8 @@ TEST(MoskCommand, PrintsOneLinePerReactionAndStopsAtTheFirstBadLine)
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.out, "\n");
     EXPECT_NE(r.err.find("mosk: bad.txt:2: input 't' is pure and takes no value\n"), std::string::npos) << r.err;
-}
 
-TEST(MoskCommand, RefusesWhatItCannotRun)
-{
-    scratch_dir s;
-    run("cp '" + examples + "toggle.zkc' '" + s.path + "'");
+    // What it cannot run, refused with status 1 before any reaction.
     struct refusal {
         std::vector<std::string> args;
         const char* message;
@@ -91,7 +87,7 @@ TEST(MoskCommand, RefusesWhatItCannotRun)
         {{"toggle.zkc", "-vcd", "no/such/dir.vcd"}, "mosk: cannot write the dump no/such/dir.vcd"},
     };
     for (const refusal& x : refusals) {
-        tarn_output r = run_mosk_in(s.path, x.args, "t\n");
+        r = run_mosk_in(s.path, x.args, "t\n");
         EXPECT_EQ(r.status, 1) << x.message;
         EXPECT_EQ(r.out, "") << x.message;
         EXPECT_NE(r.err.find(x.message), std::string::npos) << r.err;

@@ -34,7 +34,8 @@ TEST(BramPrograms, RunAsTheirTracesSay)
             std::string trace_path = programs + "/" + module + ".trace";
             ASSERT_TRUE(exists(trace_path)) << "no trace for " << module;
             std::string user_path = programs + "/" + module + ".user.c";
-            expect_trace(s, module, parse_trace(read_file(trace_path)), exists(user_path) ? read_file(user_path) : "", programs);
+            expect_trace(s, module, parse_trace(read_file(trace_path)), exists(user_path) ? read_file(user_path) : "",
+                         TARN_SOURCE_DIR "/examples/user");
             traces++;
         }
     }

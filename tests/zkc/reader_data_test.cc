@@ -1,5 +1,8 @@
 // The reader's data sections: global tables shared across files through
-// each file's numbers, bindings, evaluation forms, module files.
+// each file's numbers, bindings, evaluation forms, module files; and the
+// signal lists the reader is given to authorise, where an unknown pure
+// signal ends the run with its message. (The refused texts are in the
+// command's table of bad inputs.)
 
 #include "tests/zkc/reader_support.h"
 
@@ -14,6 +17,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <list>
 #include <string>
 
 namespace {
@@ -135,4 +139,30 @@ TEST(ReaderData, ModuleFilesAreFoundByTheirFirstLine)
     Module::CompilationFileList = nullptr;
     for (const std::string& f : {one, two, one + ".log", two + ".log"})
         std::remove(f.c_str());
+}
+
+TEST(ReaderErrors, AuthorisedListsRejectUnknownPureSignals)
+{
+    std::string file = testing::TempDir() + "reader_authorised.zkc";
+    {
+        std::ofstream(file) << "module: top 0 0 input: a v : int b ; output: o ; connexion: S R T; "
+                               "equation_def: 0 expressions: end: ";
+    }
+    std::list<std::string> inputs{"a", "c"};
+    std::list<std::string> outputs{"o"};
+    std::list<std::string> none;
+    std::string hierarchy;
+    // Valued signals need no authorisation; an empty list authorises all.
+    EXPECT_EXIT(Compilation::zkc_parse(file, hierarchy, &inputs, &outputs), testing::ExitedWithCode(1),
+                "^top:PARSING ERROR: input signal \"b\" is unknown in main module!\n  --> authorised signals:\na\nc\n$");
+    std::list<std::string> other{"p"};
+    EXPECT_EXIT(Compilation::zkc_parse(file, hierarchy, &none, &other), testing::ExitedWithCode(1),
+                "PARSING ERROR: output signal \"o\" is unknown");
+    testing::internal::CaptureStderr();
+    EXPECT_NE(Compilation::zkc_parse(file, hierarchy, &none, nullptr), nullptr);
+    std::string missing = file + ".none";
+    EXPECT_EQ(Compilation::zkc_parse(missing, hierarchy, nullptr, nullptr), nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "File: " + missing + " does not exist\n");
+    std::remove(file.c_str());
+    std::remove((file + ".log").c_str());
 }
