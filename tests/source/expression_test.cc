@@ -142,17 +142,18 @@ TEST(EquationTable, EquationsJoinsDatesAndCycles)
     EXPECT_EQ(oo->getUserType(), Compilation::SOUTPUT);
     EXPECT_EQ(ou->getUserType(), Compilation::VOUTPUT);
 
-    // Dated without a cycle: what is read comes first.
-    Signal* p = new Signal("p", f.m, f.wood);
-    Signal* q = new Signal("q", f.m, f.wood);
+    // Dated without a cycle (a table is dated once): what is read comes first.
+    fixture g;
+    Signal* p = new Signal("p", g.m, g.wood);
+    Signal* q = new Signal("q", g.m, g.wood);
     p->setWire();
     q->setWire();
-    f.table->createEquation(p, f.x, f.m);
-    f.table->createEquation(q, new AndExpression(p, f.x), f.m);
-    f.table->callPert();
-    EXPECT_GT(f.table->getPertLevel(), 0);
-    EXPECT_LT(f.wood->exp_by_index(p->getOverBddId(f.m, f.wood))->getEarlyDate(),
-              f.wood->exp_by_index(q->getOverBddId(f.m, f.wood))->getEarlyDate());
+    g.table->createEquation(p, g.x, g.m);
+    g.table->createEquation(q, new AndExpression(p, g.x), g.m);
+    g.table->callPert();
+    EXPECT_GT(g.table->getPertLevel(), 0);
+    EXPECT_LT(g.wood->exp_by_index(p->getOverBddId(g.m, g.wood))->getEarlyDate(),
+              g.wood->exp_by_index(q->getOverBddId(g.m, g.wood))->getEarlyDate());
 
     // Two wires that read each other: the module's report, status 1.
     Signal* a = new Signal("a", f.m, f.wood);
