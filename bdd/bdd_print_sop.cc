@@ -206,34 +206,53 @@ void bddpp_manager::Bdd_sop_2plus(const bdd& f, std::list<bdd>& cover)
 
 // ------------------------------------------------------- products and sums
 
-std::string bddpp_manager::Print_product_to_String_pref_suff(const std::string& and_word, const std::string& not_open,
-                                                             const std::string& not_close, const bdd& cube,
-                                                             const std::string& prefix, const std::string& suffix)
+namespace {
+
+// The product's text appended to `text`: "0" or "1" for a constant cube.
+void append_product(bddpp_manager& m, std::string& text, const std::string& and_word, const std::string& not_open,
+                    const std::string& not_close, const bdd& cube, const std::string& prefix,
+                    const std::string& suffix)
 {
-    if (Bdd_is_zero_tautologic(cube)) return "0";
-    if (Bdd_is_one_tautologic(cube)) return "1";
-    std::string text;
+    if (m.Bdd_is_zero_tautologic(cube)) {
+        text += '0';
+        return;
+    }
+    if (m.Bdd_is_one_tautologic(cube)) {
+        text += '1';
+        return;
+    }
     bool first = true;
     auto put = [&](long i, int literal) {
         if (!first) text += and_word;
         first = false;
         if (literal == 0) text += not_open;
         text += prefix;
-        text += var_name(id_by_index[i]);
+        text += m.var_name(m.id_by_index[i]);
         text += suffix;
         if (literal == 0) text += not_close;
     };
-    if (plain_operators) {
-        std::vector<int> literals(variables_number > 0 ? variables_number : 1);
-        Bdd_to_literals(cube, literals.data());
-        for (long i = 0; i < variables_number; ++i)
+    if (m.plain_operators) {
+        std::vector<int> literals(m.variables_number > 0 ? m.variables_number : 1);
+        m.Bdd_to_literals(cube, literals.data());
+        for (long i = 0; i < m.variables_number; ++i)
             if (literals[i] != 2) put(i, literals[i]);
-        return text;
+        return;
     }
-    // The cube's own path gives the same literals in the same order.
-    std::vector<std::pair<long, int>> literals;
-    Cube_literal_list(cube, literals);
+    // The cube's own path gives the same literals in the same order. The
+    // list is reused from one product to the next.
+    static std::vector<std::pair<long, int>> literals;
+    m.Cube_literal_list(cube, literals);
     for (const auto& literal : literals) put(literal.first, literal.second);
+}
+
+}  // namespace
+
+std::string bddpp_manager::Print_product_to_String_pref_suff(const std::string& and_word, const std::string& not_open,
+                                                             const std::string& not_close, const bdd& cube,
+                                                             const std::string& prefix, const std::string& suffix)
+{
+    std::string text;
+    append_product(*this, text, and_word, not_open, not_close, cube, prefix, suffix);
     return text;
 }
 
@@ -269,7 +288,7 @@ std::string bddpp_manager::Print_sop_to_String_pref_suff(const std::string& or_w
     for (const bdd& cube : cover) {
         if (!first) text += or_word;
         first = false;
-        text += Print_product_to_String_pref_suff(and_word, not_open, not_close, cube, prefix, suffix);
+        append_product(*this, text, and_word, not_open, not_close, cube, prefix, suffix);
     }
     return text;
 }
