@@ -4,6 +4,7 @@
 
 #include "context/compilation.h"
 #include "model/module.h"
+#include "support/Stringpp.h"
 #include "support/g_time.h"
 #include "support/text_out.h"
 #include "zkc/zkc_input.h"
@@ -229,14 +230,10 @@ bool tarn_vhdl_post_pass(const std::string& vhdl_path, const tarn_vhdl_generator
     tarn_output_file vhdl(vhdl_path);
     {
         text_out out(vhdl.stream());
-        // Each "__" of a line becomes "_X_", left to right, the pieces
-        // written as they are found.
         std::string line;
         while (std::getline(back, line)) {
-            std::string_view rest(line);
-            for (std::size_t at; (at = rest.find("__")) != std::string_view::npos; rest.remove_prefix(at + 2))
-                out << rest.substr(0, at) << "_X_";
-            out << rest << '\n';
+            put_substituted(line, "__", "_X_", [&out](std::string_view piece) { out << piece; });
+            out << '\n';
         }
     }
     back.close();

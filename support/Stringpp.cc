@@ -534,16 +534,8 @@ std::string substitute_char(const std::string& s, char from, const std::string& 
 
 std::string substitute_string(const std::string& s, const std::string& from, const std::string& to)
 {
-    if (from.empty())
-        return s;
     std::string out;
-    std::string::size_type i = 0, p;
-    while ((p = s.find(from, i)) != std::string::npos) {
-        out.append(s, i, p - i);
-        out += to;
-        i = p + from.size();
-    }
-    out.append(s, i, std::string::npos);
+    put_substituted(s, from, to, [&out](std::string_view piece) { out.append(piece); });
     return out;
 }
 

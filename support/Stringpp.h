@@ -8,6 +8,7 @@
 // value, so the rest may be the very string that was passed in.
 
 #include <string>
+#include <string_view>
 
 // ---- conversions from text (no check: a bad character takes part in the
 // arithmetic) ----
@@ -77,6 +78,18 @@ std::string last_record(std::string s, char c, std::string& rest);
 std::string substitute_char(const std::string& s, char from, char to);
 std::string substitute_char(const std::string& s, char from, const std::string& to);
 std::string substitute_string(const std::string& s, const std::string& from, const std::string& to);
+// Hands put the pieces of s with each `from`, left to right, made `to`:
+// substitute_string without the copy, for a writer that takes the pieces.
+template <class Put>
+void put_substituted(std::string_view s, std::string_view from, std::string_view to, Put put)
+{
+    if (!from.empty())
+        for (std::size_t at; (at = s.find(from)) != std::string_view::npos; s.remove_prefix(at + from.size())) {
+            put(s.substr(0, at));
+            put(to);
+        }
+    put(s);
+}
 std::string substitute_token(const std::string& s, const std::string& from, const std::string& to);
 std::string clever_substitute_space(const std::string& s, char c);
 
