@@ -24,6 +24,13 @@ inline std::string read_file(const std::string& name)
     return s.str();
 }
 
+// A file name under the test's temporary directory that no other test
+// process uses: ctest runs several at once in the same directory.
+inline std::string temp_path(const std::string& name)
+{
+    return testing::TempDir() + std::to_string(getpid()) + "_" + name;
+}
+
 inline bool exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
 
 // A fresh directory under the test's temporary one, removed with its

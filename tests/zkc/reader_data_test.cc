@@ -114,8 +114,7 @@ TEST(ReaderData, EvaluationForms)
 
 TEST(ReaderData, ModuleFilesAreFoundByTheirFirstLine)
 {
-    std::string dir = testing::TempDir();
-    std::string one = dir + "reader_find_one.zkc", two = dir + "reader_find_two.zkc";
+    std::string one = temp_path("reader_find_one.zkc"), two = temp_path("reader_find_two.zkc");
     {
         std::ofstream(one) << "module: alpha  1 0\nconnexion: S R T; equation_def: 0 expressions: end:\n";
         std::ofstream(two) << "module: beta  0 1\nconnexion: S R T; equation_def: 0 expressions: end:\n";
@@ -143,7 +142,7 @@ TEST(ReaderData, ModuleFilesAreFoundByTheirFirstLine)
 
 TEST(ReaderErrors, AuthorisedListsRejectUnknownPureSignals)
 {
-    std::string file = testing::TempDir() + "reader_authorised.zkc";
+    std::string file = temp_path("reader_authorised.zkc");
     {
         std::ofstream(file) << "module: top 0 0 input: a v : int b ; output: o ; connexion: S R T; "
                                "equation_def: 0 expressions: end: ";

@@ -23,7 +23,7 @@ struct read_result {
 inline read_result read_zkc(const std::string& text, const std::string& suffix = "", int level = 0)
 {
     read_result r;
-    std::string log_name = testing::TempDir() + "read_zkc.log";
+    std::string log_name = temp_path("read_zkc.log");
     std::istringstream in(text);
     std::fstream log(log_name, std::ios::out | std::ios::trunc);
     r.parser = new class_zkc_parser();

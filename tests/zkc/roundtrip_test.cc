@@ -34,7 +34,7 @@ std::string written(Module* m, int forgetNames)
 
 std::string temp(const std::string& name, const std::string& text)
 {
-    std::string path = testing::TempDir() + name;
+    std::string path = temp_path(name);
     std::ofstream(path) << text;
     return path;
 }
