@@ -213,13 +213,15 @@ void Module::CSharp_put(std::ostream& os)
 
     os << "            /*-----------------------partie evt/outputs_signals-----------------------------------------*/\n"
        << "           List<MyEvent> outputEvts = new List<MyEvent>(255);   \n";
+    // An output's event, its value and its presence are named by the
+    // signal's internal name, not by its variable.
     if (outputs != nullptr && !outputs->empty()) {
         int k = 0;
         for (Signal* s : *outputs) {
             long over = s->getOverBddId(this, wood);
             if (formats::absentOver(over))
                 continue;
-            std::string var = wood->Name_var_by_index(over);
+            const std::string& var = s->getInternalName();
             if (s->isValued(this))
                 os << "           MyEvent evt" << k << "= new MyEvent( " << "\"" << var << "\"" << "," << "\""
                    << s->getValueType(this) << "\"" << "," << " Convert.ToString(" << var << "_val)" << ","

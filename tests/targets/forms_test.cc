@@ -38,6 +38,33 @@ TEST(Forms, AbstractEquationWithoutBindingEndsTheRun)
     EXPECT_EXIT(t.m.C_put_equation(os, "m_node", {}), testing::ExitedWithCode(1), message);
     EXPECT_EXIT(t.m.LUSTRE_put(os, 0), testing::ExitedWithCode(1), message);
     EXPECT_EXIT(t.m.VHDL_put(os, libs, 0), testing::ExitedWithCode(1), message);
+    // The C# bean reports it and writes the rest.
+    testing::internal::CaptureStderr();
+    t.m.CSharp_put(os);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string("***error: ") + message + "v\n");
+    EXPECT_NE(os.str().find("FiresendEvent(format);\n        }\n"), std::string::npos) << os.str();
+}
+
+// An input's event is named by its variable, an output's by the signal's
+// internal name, which the variable no longer matches here.
+TEST(Forms, CSharpEventNames)
+{
+    TargetModule t;
+    Signal* x = t.input("x");
+    Signal* o = t.valued(t.output("o"));
+    Signal* p = t.output("p");
+    t.eq(o, t.over(x));
+    t.eq(p, t.mgr->Bdd_not(t.over(x)));
+    t.date();
+    std::ostringstream os;
+    t.m.CSharp_put(os);
+    std::string text = os.str();
+    EXPECT_NE(text.find("                if(evts[i].nameEvt == \"_s_x\")\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("           MyEvent evt0= new MyEvent( \"o\",\"integer\", Convert.ToString(o_val),"
+                        "Convert.ToString(o));\n            outputEvts.Add(evt0);\n"
+                        "            MyEvent evt1 = new MyEvent( \"p\", Convert.ToString(p));\n"),
+              std::string::npos)
+        << text;
 }
 
 TEST(Forms, BlifReportsValuedSignalsOnceEach)
