@@ -123,7 +123,7 @@ void EquationTable::createBottomEquation(Signal* s, Module* m, int occurrence)
 {
     SignalRef* ref = m->getSignalManager()->getSignalRefByOccurrence(s, occurrence);
     if (ref == nullptr || !ref->hasWood(wood))
-        throw IllegalOperationException("createBottomEquation: no signalref" + s->getInternalName());
+        Compilation::IllegalOperationException("createBottomEquation: no signalref" + s->getInternalName());
     std::string name = ref->getCurrentName();
     new Bddexpression(name, wood, wood->Bdd_var_by_index(ref->getOverBddId(wood)), wood->Bdd_zero(), 0, 0,
                       s->computeOverType());

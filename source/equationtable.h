@@ -43,7 +43,7 @@ public:
     void createRegisterEquation(Signal* s, Module* m);
     // over := 0 and under := 0.
     void createBottomEquation(Signal* s, Module* m);
-    // The same on the ref of an occurrence; none throws.
+    // The same on the ref of an occurrence; none is a fatal error.
     void createBottomEquation(Signal* s, Module* m, int occurrence);
     // s's equations take t's wires (new equations where s has none).
     void replaceEquation(Signal* s, Signal* t, Module* m);

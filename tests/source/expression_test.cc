@@ -141,6 +141,9 @@ TEST(EquationTable, EquationsJoinsDatesAndCycles)
     EXPECT_TRUE(f.is(ou->my_bdd_exp(), f.o(f.x)));
     EXPECT_EQ(oo->getUserType(), Compilation::SOUTPUT);
     EXPECT_EQ(ou->getUserType(), Compilation::VOUTPUT);
+    // An occurrence the signal does not have: the fatal path, status 1.
+    EXPECT_EXIT(f.table->createBottomEquation(out, f.m, 3), testing::ExitedWithCode(1),
+                "Error: Illegal operation!\ncreateBottomEquation: no signalrefout");
 
     // Dated without a cycle (a table is dated once): what is read comes first.
     fixture g;
