@@ -16,9 +16,9 @@ std::map<std::string, int> Statement::numbers;
 
 long Statement::made = 0;
 
-Statement::Statement(const std::string& kind, Module* m) : module(m)
+Statement::Statement(const std::string& kind, Module* m, const std::string& prefix) : module(m)
 {
-    name = kind + std::to_string(++numbers[kind]);
+    name = (prefix.empty() ? kind : prefix) + std::to_string(++numbers[kind]);
     if (++made > max_statements)
         Compilation::fatal("Error in module \"" + (m != nullptr ? m->getName() : std::string()) +
                            "\":\n more than " + std::to_string(max_statements) + " statements");

@@ -24,8 +24,9 @@ class Signal;
 class Statement {
 public:
     // The name is the kind followed by the kind's running number in the
-    // module (see resetNumbers).
-    Statement(const std::string& kind, Module* m);
+    // module (see resetNumbers); `prefix`, when given, stands in front of
+    // the number in place of the kind.
+    Statement(const std::string& kind, Module* m, const std::string& prefix = "");
     virtual ~Statement() = default;
 
     const std::string& getName() const { return name; }
@@ -155,6 +156,12 @@ protected:
 class Sequence : public Statement {
 public:
     Sequence(Module* m, std::vector<Statement*> sons) : Statement("Seq", m), list(std::move(sons)) {}
+    // The two incarnations of a loop's body: named "S_" and the next
+    // number of the sequences.
+    static Sequence* reentry(Module* m, Statement* body, Statement* copy)
+    {
+        return new Sequence(m, {body, copy}, "S_");
+    }
     // l then r, taking in the sons of either that is a Sequence itself.
     static Sequence* join(Module* m, Statement* l, Statement* r);
     void createEquations(Module* m, EquationTable* t) override;
@@ -164,6 +171,8 @@ public:
     std::vector<Statement*> sons() override { return list; }
 
 protected:
+    Sequence(Module* m, std::vector<Statement*> sons, const std::string& prefix)
+        : Statement("Seq", m, prefix), list(std::move(sons)) {}
     std::vector<Statement*> list;
 };
 

@@ -22,7 +22,7 @@ void Loop::compile(Module* m, EquationTable* t)
 {
     if (body->reincarnate()) {
         Statement* copy = body->duplicate(m, t);
-        body = new Sequence(m, {body, copy});
+        body = Sequence::reentry(m, body, copy);
     }
     body->compile(m, t);
     createEquations(m, t);

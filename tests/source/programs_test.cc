@@ -68,7 +68,9 @@ const char* data_part = "data:\n"
 
 // Valued programs: bram and tarn agree on the file, with its bindings,
 // literals made constants, the data tables, value triggers and valued
-// Mealy equations.
+// Mealy equations. So on the two incarnations of a loop's body that can
+// end and start again in one reaction: their sequence is "S_" and the
+// next number of the sequences, after the copy's own.
 TEST(BramPrograms, ValuedModulesReadBack)
 {
     const std::string integers = "data: Type: integer; end data\n";
@@ -85,6 +87,8 @@ TEST(BramPrograms, ValuedModulesReadBack)
          "vt", {"binding:"}},
         {integers + "module vm: Input: a, v : integer; Output: w : integer;\nMealy Machine w($v + 1) = a;\nend\n",
          "vm", {"binding:"}},
+        {"module lp: Input: a; Output: o;\nloop { weak abort { pause >> emit o } when a }\nend\n", "lp",
+         {"SETSeq1", "SETSeq2", "SETS_3", "RTLS_3"}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.module);
