@@ -33,10 +33,17 @@ void Module::DEBUG_OneSignal_put(std::ostream& os, Signal* s)
         os << NO_WIRE << "," << NO_WIRE << std::endl;
         return;
     }
-    long over = ref->getOverBddId(wood);
-    long under = ref->getUnderBddId(wood);
-    os << wood->Name_var_by_index(over) << "(" << over << ")," << wood->Name_var_by_index(under) << "(" << under
-       << ")" << std::endl;
+    // A wire numbered -1 has no variable: the mark stands for it alone.
+    auto wire = [&](long id) {
+        if (id == -1)
+            os << NO_WIRE;
+        else
+            os << wood->Name_var_by_index(id) << "(" << id << ")";
+    };
+    wire(ref->getOverBddId(wood));
+    os << ",";
+    wire(ref->getUnderBddId(wood));
+    os << std::endl;
 }
 
 static void putSignalList(Module* m, std::ostream& os, const char* title, std::list<Signal*>* signals)

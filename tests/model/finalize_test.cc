@@ -267,6 +267,9 @@ TEST(DebugPut, ListsOnlyWhatTheModuleHas)
 {
     ModuleBuilder b;
     b.input("a");
+    // A wire without variable takes the mark in place of its name and id.
+    Signal* half = b.input("h");
+    half->getSignalRef(b.m.getSignalManager(), b.wood)->setUnderBddId(-1, b.wood);
     Signal* gone = new Signal("g", &b.m, b.wood);
     gone->setCurrentOccurrence(b.wood, -1);
     std::ostringstream os;
@@ -274,7 +277,7 @@ TEST(DebugPut, ListsOnlyWhatTheModuleHas)
     b.m.DEBUG_put(os);
     b.m.DEBUG_OneSignal_put(os, gone);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "end of debug put\n");
-    EXPECT_EQ(os.str(), "inputs:\n a: _s_a(0),_v_a(1)\nSET: \nRESET: \nRTL: \nEarly date: 0\n\n\n"
+    EXPECT_EQ(os.str(), "inputs:\n a: _s_a(0),_v_a(1)\n h: _s_h(2),?\nSET: \nRESET: \nRTL: \nEarly date: 0\n\n\n"
                         " g_-1: ?,?\n");
 
     b.m.setBddWood(nullptr);
@@ -282,7 +285,7 @@ TEST(DebugPut, ListsOnlyWhatTheModuleHas)
     testing::internal::CaptureStderr();
     b.m.DEBUG_put(os);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "end of debug put\n");
-    EXPECT_EQ(os.str(), "inputs:\n a:  ???\nSET: \nRESET: \nRTL: \n");
+    EXPECT_EQ(os.str(), "inputs:\n a:  ???\n h:  ???\nSET: \nRESET: \nRTL: \n");
 }
 
 }  // namespace
