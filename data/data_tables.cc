@@ -90,6 +90,7 @@ void DataTypeTable::print(std::ostream& os, bool numbered) const
     os << std::endl;
 }
 
+// The three declaration lists run on with no line end between entries.
 void DataTypeTable::C_put(std::ostream& os) const
 {
     for (const auto& entry : *typeTable)
@@ -99,13 +100,13 @@ void DataTypeTable::C_put(std::ostream& os) const
 void DataTypeTable::CSharp_put(std::ostream& os) const
 {
     for (const auto& entry : *typeTable)
-        os << "public const " << entry.first << " zero_" << entry.first << ";" << std::endl;
+        os << "public const " << entry.first << " zero_" << entry.first << ";";
 }
 
 void DataTypeTable::LUSTRE_put(std::ostream& os) const
 {
     for (const auto& entry : *typeTable)
-        os << "const " << entry.first << " " << zero_lustre(entry.first) << ";" << std::endl;
+        os << "const " << entry.first << " " << zero_lustre(entry.first) << ";";
 }
 
 // -------------------------------------------------------------- methods

@@ -46,9 +46,9 @@ TEST(DataTypeTable, IdsFollowDeclarationOrderAndTextsFollowNameOrder)
     EXPECT_EQ(text([&](std::ostream& os) { t.C_put(os); }),
               "extern const abc zero_abc;extern const bool zero_bool;extern const int zero_int;");
     EXPECT_EQ(text([&](std::ostream& os) { t.CSharp_put(os); }),
-              "public const abc zero_abc;\npublic const bool zero_bool;\npublic const int zero_int;\n");
+              "public const abc zero_abc;public const bool zero_bool;public const int zero_int;");
     EXPECT_EQ(text([&](std::ostream& os) { t.LUSTRE_put(os); }),
-              "const abc zero_abc;\nconst bool false;\nconst int 0;\n");
+              "const abc zero_abc;const bool false;const int 0;");
 
     // A type entered through the map itself is still found by id.
     (*t.getTypeTable())["zz"] = 7;
