@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -58,16 +59,34 @@ void leave_part(const std::string& name)
 
 tarn_output_file::tarn_output_file(const std::string& p) : path(p), part(p + ".part")
 {
+    struct stat st;
+    bool present = lstat(path.c_str(), &st) == 0;
+    // Only a plain file known by this one name is replaced by its
+    // companion. Anything else (a symbolic link, a pipe, a device, a
+    // folder, a file with other names) is opened where it stands and
+    // written through, or not opened at all, like any output.
+    if (present && (!S_ISREG(st.st_mode) || st.st_nlink > 1)) {
+        out.open(path, std::ios::out | std::ios::trunc);
+        return;
+    }
     // An existing output that may not be written is one that cannot be
     // opened: the rename would otherwise replace it.
-    if (access(path.c_str(), F_OK) == 0 && access(path.c_str(), W_OK) != 0)
+    if (present && access(path.c_str(), W_OK) != 0)
         return;
     install_handlers();
     enter_part(part);
     out.open(part, std::ios::out | std::ios::trunc);
     opened = out.is_open();
-    if (!opened)
-        leave_part(part);
+    if (opened) {
+        // The file keeps its permissions, as when it is truncated.
+        if (present)
+            mode = static_cast<int>(st.st_mode & 07777);
+        return;
+    }
+    // A folder that takes no new file may still let its files be written.
+    leave_part(part);
+    out.clear();
+    out.open(path, std::ios::out | std::ios::trunc);
 }
 
 tarn_output_file::~tarn_output_file()
@@ -81,14 +100,18 @@ tarn_output_file::~tarn_output_file()
 
 bool tarn_output_file::commit(std::ostream& errors)
 {
-    if (!opened)
+    if (!opened) {
+        out.close();
         return true;
+    }
     opened = false;
     out.flush();
     bool written = out.good();
     int cause = errno;
     out.close();
     written = written && !out.fail();
+    if (written && mode >= 0)
+        chmod(part.c_str(), static_cast<mode_t>(mode));
     if (written && std::rename(part.c_str(), path.c_str()) == 0) {
         leave_part(part);
         return true;

@@ -177,7 +177,8 @@ TEST(BadInput, PathsThatAreNoFileAreMissingFiles)
 }
 
 // An output that cannot be opened is not reported, as always; a write that
-// fails keeps the previous file and ends the run with status 1.
+// fails keeps the previous file and ends the run with status 1. An output
+// is written where it stands: through a link, with its permissions.
 TEST(BadInput, OutputsThatCannotBeWritten)
 {
     scratch_dir s;
@@ -189,6 +190,41 @@ TEST(BadInput, OutputsThatCannotBeWritten)
         EXPECT_EQ(r.status, 0);
         EXPECT_NE(r.out.find("generation of ./in.c\n"), std::string::npos);
         EXPECT_EQ(read_file(s.path + "/in.c"), "previous\n");
+    }
+
+    {
+        // A folder in the place of the source: not opened, the header is
+        // written, both are announced and the run goes on.
+        scratch_dir f;
+        f.write("in.zkc", worked_module_text);
+        ASSERT_EQ(mkdir((f.path + "/in.c").c_str(), 0755), 0);
+        tarn_output r = run_tarn_in(f.path, {"in.zkc", "-c", "-blif"});
+        EXPECT_EQ(r.status, 0) << r.err;
+        EXPECT_EQ(r.err, "parsing terminated\n");
+        EXPECT_NE(r.out.find("generation of ./in.blif\ngeneration of ./in.c\ngeneration of ./in.h\ncompilation "
+                             "finished in "),
+                  std::string::npos)
+            << r.out;
+        EXPECT_NE(read_file(f.path + "/in.h"), "");
+        EXPECT_FALSE(exists(f.path + "/in.c.part"));
+
+        // A link stays a link, and the file behind it is written; a file
+        // keeps its permissions.
+        ASSERT_EQ(mkdir((f.path + "/elsewhere").c_str(), 0755), 0);
+        f.write("elsewhere/target.h", "previous\n");
+        std::remove((f.path + "/in.h").c_str());
+        ASSERT_EQ(symlink("elsewhere/target.h", (f.path + "/in.h").c_str()), 0);
+        f.write("in.blif", "previous\n");
+        chmod((f.path + "/in.blif").c_str(), 0640);
+        r = run_tarn_in(f.path, {"in.zkc", "-c", "-blif"});
+        EXPECT_EQ(r.status, 0) << r.err;
+        struct stat st;
+        ASSERT_EQ(lstat((f.path + "/in.h").c_str(), &st), 0);
+        EXPECT_TRUE(S_ISLNK(st.st_mode));
+        EXPECT_NE(read_file(f.path + "/elsewhere/target.h").find("#"), std::string::npos);
+        ASSERT_EQ(stat((f.path + "/in.blif").c_str(), &st), 0);
+        EXPECT_EQ(st.st_mode & 07777, 0640u);
+        EXPECT_NE(read_file(f.path + "/in.blif"), "previous\n");
     }
 
     std::string full = s.path + "/full";
