@@ -6,6 +6,7 @@
 #include <iomanip>
 #include <iostream>
 #include <sstream>
+#include <type_traits>
 #include <unistd.h>
 #include <vector>
 
@@ -30,15 +31,17 @@ int hex_value(char c)
 }
 
 // Decimal reading shared by Stoi, Stol and Stoll: a first "-" negates, every
-// other character adds its code minus that of "0".
+// other character adds its code minus that of "0". The arithmetic wraps
+// around on the type's width, so a value too long for it is no fault.
 template <typename T>
 T decimal(const std::string& s)
 {
-    T v = 0;
+    using U = std::make_unsigned_t<T>;
+    U v = 0;
     bool negative = !s.empty() && s[0] == '-';
     for (std::size_t i = negative ? 1 : 0; i < s.size(); ++i)
-        v = static_cast<T>(v * 10 + (s[i] - '0'));
-    return negative ? static_cast<T>(-v) : v;
+        v = static_cast<U>(v * 10u + static_cast<U>(static_cast<T>(s[i] - '0')));
+    return static_cast<T>(negative ? static_cast<U>(0u - v) : v);
 }
 
 std::string hex_digits(unsigned long v, int n)

@@ -16,6 +16,10 @@ TEST(StringppConversion, DecimalReadsEveryCharacterArithmetically)
     EXPECT_EQ(Stoi("1a"), 59);  // 'a' counts as its code minus '0'
     EXPECT_EQ(Stol("-2147483648000"), -2147483648000L);
     EXPECT_EQ(Stoll("9000000000000000000"), 9000000000000000000LL);
+    // Too long for the type: the value wraps around its width.
+    EXPECT_EQ(Stoi("4294967297"), 1);
+    EXPECT_EQ(Stoi("-2147483648"), -2147483647 - 1);
+    EXPECT_EQ(Stoll("18446744073709551617"), 1);
     EXPECT_DOUBLE_EQ(Stod("  -1,5e2", ','), -150.0);
     EXPECT_DOUBLE_EQ(Stod("0.25"), 0.25);
 }
