@@ -247,14 +247,6 @@ public:
     // Removes the entry of the node's key, whatever node it points to;
     // false when there is none.
     bool erase(bdd_node* node);
-    // A collection's removals: bury() turns the entry that points to this
-    // very node into a place holder that look-ups pass over (false when the
-    // node has no entry), and clear_buried() then frees the held places in
-    // one pass over the slots, moving the entries after them back. Nothing
-    // else may use the table in between. The removals are counted by the
-    // caller, through count_removals().
-    bool bury(const bdd_node* node);
-    void clear_buried();
     // Whether every entry holds its distance from its home, every slot
     // from its home to it is taken, and the count is that of the entries.
     bool well_formed() const;
@@ -294,6 +286,16 @@ private:
         if (d < 7) return (i - d) & (capacity - 1);
         return home(hash_of(e.node()));
     }
+    // A collection's removals: bury() turns the entry that points to this
+    // very node, whose key's home is given, into a place holder that
+    // look-ups pass over (false when the node has no entry), and
+    // clear_buried() then frees the held places in one pass over the slots,
+    // moving the entries after them back. Nothing else may use the table
+    // in between. The removals are counted by the caller, through
+    // count_removals().
+    bool bury(const bdd_node* node, std::size_t home_slot);
+    void clear_buried();
+    const entry* slot_address(std::size_t i) const { return slots + i; }
     // Empties slot i, moving later entries of its run back as their homes allow.
     void remove_at(std::size_t i);
     static entry entry_of(bdd_node* node, std::size_t hash) {

@@ -553,31 +553,39 @@ void bddpp_manager::Bdd_gc() {
 }
 
 // The same cascade, and the same entries out of the table, as one erase
-// per freed node: a freed node's own entry is buried as the cascade meets
-// the node (its key is at hand then), the buried places are freed in one
-// pass over the slots that reads no node, and a freed node that was no
-// longer in the table then erases the entry of its key, as erase() does,
-// whatever node holds it. The nodes are deleted last, in the cascade's
-// order.
+// per freed node: the nodes to free are found first (their children's
+// counts lowered as their deletion would, and their homes in the table
+// worked out while they are at hand), their own entries are then buried,
+// each home's slot fetched some nodes ahead, the buried places are freed
+// in one pass over the slots that reads no node, and a freed node that
+// was no longer in the table then erases the entry of its key, as erase()
+// does, whatever node holds it. The nodes are deleted last, in the
+// cascade's order.
 template <class Collectable>
 void bddpp_manager::collect_in_one_sweep(std::vector<bdd_node*>& work, Collectable collectable) {
     std::vector<bdd_node*> freed;
-    std::vector<bdd_node*> outside; // freed, and not in the table
-    std::size_t removed = 0;
+    std::vector<std::size_t> homes;
     while (!work.empty()) {
         bdd_node* n = work.back();
         work.pop_back();
         freed.push_back(n);
-        if (map->bury(n))
-            ++removed;
-        else
-            outside.push_back(n);
+        homes.push_back(map->home(bdd_unique_table::hash_of(n)));
         bdd_node* kids[2] = {n->then_node, n->else_node};
         for (bdd_node* k : kids)
             if (k) k->references--;
         if (kids[1] == kids[0]) kids[1] = nullptr;
         for (bdd_node* k : kids)
             if (collectable(k) && k->references == 0) work.push_back(k);
+    }
+    constexpr std::size_t ahead = 8;
+    std::vector<bdd_node*> outside; // freed, and not in the table
+    std::size_t removed = 0;
+    for (std::size_t k = 0; k < freed.size(); ++k) {
+        if (k + ahead < freed.size()) __builtin_prefetch(map->slot_address(homes[k + ahead]));
+        if (map->bury(freed[k], homes[k]))
+            ++removed;
+        else
+            outside.push_back(freed[k]);
     }
     map->clear_buried();
     map->count_removals(removed);

@@ -377,10 +377,10 @@ bool bdd_unique_table::erase(bdd_node* node) {
     return true;
 }
 
-bool bdd_unique_table::bury(const bdd_node* node) {
+bool bdd_unique_table::bury(const bdd_node* node, std::size_t home_slot) {
     const std::size_t mask = capacity - 1;
     const auto address = reinterpret_cast<std::uintptr_t>(node);
-    for (std::size_t i = home(hash_of(node));; i = (i + 1) & mask) {
+    for (std::size_t i = home_slot;; i = (i + 1) & mask) {
         const std::uint64_t bits = slots[i].bits;
         if (!bits) return false;
         if ((bits & address_bits) == address) {
