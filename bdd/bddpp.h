@@ -109,12 +109,17 @@ public:
     // Nodes come from a pool of fixed-size blocks.
     static void* operator new(std::size_t size);
     static void operator delete(void* p) noexcept;
+    // Deletes the nodes in order, as `delete` would but for their
+    // children's counts, which the collection has lowered already.
+    static void delete_released(bdd_node* const* nodes, std::size_t count);
 
 private:
     friend class bddpp_manager;
     friend class bdd_unique_table;
     struct not_integrated {};
     static unsigned slot_of(const bddpp_manager* m);
+    // Gives the node's depends() set back to the manager's store.
+    void release_depends();
     static constexpr long max_global_id = INT32_MAX;
     // Ends the process: a manager has made more nodes than a global id holds.
     [[noreturn]] static void too_many_nodes();
@@ -203,15 +208,19 @@ public:
     std::uint32_t removals() const { return removal_count; }
     bdd_node* find(long id, int else_link_type, bdd_node* then_node,
                    bdd_node* else_node) const;
-    // find() that also gives the key's hash, for insert_absent().
+    // find() that also gives the key's hash and, when it fails, the free
+    // slot that ended the search, for insert_absent().
     bdd_node* find(long id, int else_link_type, bdd_node* then_node, bdd_node* else_node,
-                   std::size_t& hash) const {
+                   std::size_t& hash, std::size_t& free_slot) const {
         hash = hash_of(id, else_link_type, then_node, else_node);
         const std::size_t mask = capacity - 1;
         const std::uint64_t tag = tag_of(hash);
         for (std::size_t i = home(hash);; i = (i + 1) & mask) {
             const entry e = slots[i];
-            if (!e.bits) return nullptr;
+            if (!e.bits) {
+                free_slot = i;
+                return nullptr;
+            }
             if ((e.bits & tag_bits) == tag) {
                 bdd_node* n = e.node();
                 if (n->then_node == then_node && n->else_node == else_node && n->id == id &&
@@ -220,7 +229,17 @@ public:
             }
         }
     }
-    // Enters a node whose key find() just failed to meet.
+    // Enters a node whose key find() failed to meet, the table unchanged
+    // since.
+    void insert_absent(bdd_node* node, std::size_t hash, std::size_t free_slot) {
+        if (4 * (count + 1) > 3 * capacity) {
+            insert_absent(node, hash);
+            return;
+        }
+        slots[free_slot].bits = entry_of(node, hash).bits | distance_code((free_slot - home(hash)) & (capacity - 1));
+        ++count;
+    }
+    // The same, the table changed or not since.
     void insert_absent(bdd_node* node, std::size_t hash);
     // Enters the node, replacing any node of the same key; true when it
     // replaced one.
@@ -228,10 +247,9 @@ public:
     // Removes the entry of the node's key, whatever node it points to;
     // false when there is none.
     bool erase(bdd_node* node);
-    // Removes every entry whose node carries the given mark (setting the
-    // mark to `swept` on them) in one pass over the slots, and counts the
-    // removals as erase() would. Returns how many went.
-    std::size_t sweep_marked(int marked, int swept);
+    // Whether every entry holds its distance from its home, every slot
+    // from its home to it is taken, and the count is that of the entries.
+    bool well_formed() const;
     // Every node, in ascending (id, then global_id, else global_id,
     // else link bit) order.
     std::vector<bdd_node*> nodes_in_key_order() const;
@@ -242,17 +260,51 @@ public:
 
 private:
     friend class bddpp_manager;
-    // A node's address in the low 48 bits, the low 16 bits of its key's
-    // hash above them; 0: free. The home of an entry is worked out again
-    // from its node's key.
+    // A node's address in the low 48 bits, bits 32 to 47 of its key's hash
+    // above them; 0: free. A node is 8-aligned: the address's low 3 bits
+    // hold the entry's distance from its home, 7 for 7 or more. So the home
+    // of most entries is known without reading the node: moving entries
+    // back after a removal reads none, and neither does growing a table of
+    // 2^16 slots or more, whose next home bit is one of the stored hash
+    // bits (a home is the top bits of the hash).
     struct entry {
         std::uint64_t bits;
         bdd_node* node() const { return reinterpret_cast<bdd_node*>(bits & address_bits); }
+        std::size_t distance_code() const { return static_cast<std::size_t>(bits & distance_bits); }
     };
-    static constexpr std::uint64_t address_bits = (std::uint64_t(1) << 48) - 1;
-    static constexpr std::uint64_t tag_bits = ~address_bits;
-    static std::uint64_t tag_of(std::size_t hash) { return static_cast<std::uint64_t>(hash) << 48; }
-    static entry entry_of(bdd_node* node, std::size_t hash);
+    static constexpr std::uint64_t distance_bits = 7;
+    static constexpr std::uint64_t buried_bits = 1; // no node, a distance of 1
+    static constexpr std::uint64_t address_bits = ((std::uint64_t(1) << 48) - 1) & ~distance_bits;
+    static constexpr std::uint64_t tag_bits = ~((std::uint64_t(1) << 48) - 1);
+    static std::uint64_t tag_of(std::size_t hash) {
+        return (static_cast<std::uint64_t>(hash) << 16) & tag_bits;
+    }
+    static std::uint64_t distance_code(std::size_t distance) { return distance < 7 ? distance : 7; }
+    // The home of the entry found at slot i.
+    std::size_t home_at(std::size_t i, entry e) const {
+        const std::size_t d = e.distance_code();
+        if (d < 7) return (i - d) & (capacity - 1);
+        return home(hash_of(e.node()));
+    }
+    // A collection's removals: bury() turns the entry that points to this
+    // very node, whose key's home is given, into a place holder that
+    // look-ups pass over (false when the node has no entry), and
+    // clear_buried() then frees the held places in one pass over the slots,
+    // moving the entries after them back. Nothing else may use the table
+    // in between. The removals are counted by the caller, through
+    // count_removals().
+    bool bury(const bdd_node* node, std::size_t home_slot);
+    void clear_buried();
+    const entry* slot_address(std::size_t i) const { return slots + i; }
+    // Empties slot i, moving later entries of its run back as their homes allow.
+    void remove_at(std::size_t i);
+    static entry entry_of(bdd_node* node, std::size_t hash) {
+        const std::uint64_t address = reinterpret_cast<std::uintptr_t>(node);
+        if (address & (tag_bits | distance_bits)) unplaceable_node();
+        return entry{address | tag_of(hash)};
+    }
+    // Ends the process: a node's address does not fit an entry.
+    [[noreturn]] static void unplaceable_node();
     static std::size_t hash_of(const bdd_node* n) {
         return hash_of(n->id, n->else_link_type, n->then_node, n->else_node);
     }
@@ -269,28 +321,31 @@ private:
     }
     std::size_t home(std::size_t hash) const { return hash >> shift; }
     void grow();
-    void reenter(const entry* from, std::size_t n);
-    // Puts the entry in the first free slot from `at` on.
-    void place(entry e, std::size_t at) {
+    // Puts the entry in the first free slot from its home on.
+    void place(entry e, std::size_t home_slot) {
         const std::size_t mask = capacity - 1;
+        std::size_t at = home_slot;
         while (slots[at].bits) at = (at + 1) & mask;
-        slots[at] = e;
+        slots[at].bits = (e.bits & ~distance_bits) | distance_code((at - home_slot) & mask);
     }
     // Every occupied slot in order, its node fetched some way ahead: a node
     // is met at random in memory, and f reads it.
     template <class F> void for_each_entry(F f) const {
-        constexpr std::size_t ahead = 16;
-        for (std::size_t i = 0; i < capacity; ++i) {
-            if (i + ahead < capacity && slots[i + ahead].bits)
-                __builtin_prefetch(slots[i + ahead].node());
+        constexpr std::size_t ahead = 16; // capacity is 2^13 or more
+        std::size_t i = 0;
+        for (; i + ahead < capacity; ++i) {
+            __builtin_prefetch(slots[i + ahead].node()); // a free slot's is harmless
             if (slots[i].bits) f(slots[i]);
         }
+        for (; i < capacity; ++i)
+            if (slots[i].bits) f(slots[i]);
     }
     entry* slots;
     std::size_t capacity; // a power of two, at most three quarters full
     std::size_t count;
     int shift;            // 64 - log2(capacity): a key's home is its hash's top bits
     std::uint32_t removal_count = 0;
+    std::size_t buried = 0;
     void count_removals(std::size_t k);
 };
 
@@ -423,8 +478,7 @@ public:
     // Bdd_global_clear_marks: clearing them all moves to the next value
     // instead of visiting every node (only when the values run out are the
     // nodes' marks set back to 0). A mark of 0, or of an older value, is no
-    // mark. 2 and 3 are never taken: the collection marks the nodes it
-    // frees with them.
+    // mark.
     unsigned marked() const { return mark_value; }
 
     // Operators take the plain recursion of Bdd_and/Bdd_or (no computed

@@ -490,12 +490,12 @@ bdd_node* bddpp_manager::Find_or_create_bdd_node(long index, int then_link, int 
     }
     long id = id_by_index[index];
     int else_link_type = then_link * else_link;
-    std::size_t hash;
-    if (bdd_node* found = map->find(id, else_link_type, then_node, else_node, hash))
+    std::size_t hash, free_slot;
+    if (bdd_node* found = map->find(id, else_link_type, then_node, else_node, hash, free_slot))
         return found;
     bdd_node* node = new bdd_node(this, id, else_link_type, then_node, else_node,
                                   next_global_id, bdd_node::not_integrated{});
-    map->insert_absent(node, hash);
+    map->insert_absent(node, hash, free_slot);
     next_global_id++;
     then_node->references++;
     else_node->references++;
@@ -532,7 +532,7 @@ void bddpp_manager::Bdd_gc() {
         return n && n->id >= 0 && n->id < variables_number && node_by_id[n->id] != n;
     };
     map->for_each([&](bdd_node* n) {
-        if (collectable(n) && n->references <= 0) work.push_back(n);
+        if (n->references <= 0 && collectable(n)) work.push_back(n);
     });
     if (!plain_operators) {
         collect_in_one_sweep(work, collectable);
@@ -554,19 +554,22 @@ void bddpp_manager::Bdd_gc() {
 
 // The same cascade, and the same entries out of the table, as one erase
 // per freed node: the nodes to free are found first (their children's
-// counts lowered as their deletion would), the table loses their entries
-// in one pass, and a freed node that was no longer in the table then
-// erases the entry of its key, as erase() does, whatever node holds it.
-// The nodes are deleted last, in the cascade's order.
+// counts lowered as their deletion would, and their homes in the table
+// worked out while they are at hand), their own entries are then buried,
+// each home's slot fetched some nodes ahead, the buried places are freed
+// in one pass over the slots that reads no node, and a freed node that
+// was no longer in the table then erases the entry of its key, as erase()
+// does, whatever node holds it. The nodes are deleted last, in the
+// cascade's order.
 template <class Collectable>
 void bddpp_manager::collect_in_one_sweep(std::vector<bdd_node*>& work, Collectable collectable) {
-    constexpr int doomed = 2, swept = 3; // marks no walk leaves on a node
     std::vector<bdd_node*> freed;
+    std::vector<std::size_t> homes;
     while (!work.empty()) {
         bdd_node* n = work.back();
         work.pop_back();
         freed.push_back(n);
-        n->mark = doomed;
+        homes.push_back(map->home(bdd_unique_table::hash_of(n)));
         bdd_node* kids[2] = {n->then_node, n->else_node};
         for (bdd_node* k : kids)
             if (k) k->references--;
@@ -574,13 +577,20 @@ void bddpp_manager::collect_in_one_sweep(std::vector<bdd_node*>& work, Collectab
         for (bdd_node* k : kids)
             if (collectable(k) && k->references == 0) work.push_back(k);
     }
-    map->sweep_marked(doomed, swept);
-    for (bdd_node* n : freed)
-        if (n->mark == doomed) map->erase(n);
-    for (bdd_node* n : freed) {
-        n->then_node = n->else_node = nullptr; // their counts are lowered already
-        delete n;
+    constexpr std::size_t ahead = 8;
+    std::vector<bdd_node*> outside; // freed, and not in the table
+    std::size_t removed = 0;
+    for (std::size_t k = 0; k < freed.size(); ++k) {
+        if (k + ahead < freed.size()) __builtin_prefetch(map->slot_address(homes[k + ahead]));
+        if (map->bury(freed[k], homes[k]))
+            ++removed;
+        else
+            outside.push_back(freed[k]);
     }
+    map->clear_buried();
+    map->count_removals(removed);
+    for (bdd_node* n : outside) map->erase(n);
+    bdd_node::delete_released(freed.data(), freed.size());
     gc_calls++;
 }
 
@@ -609,7 +619,6 @@ void bddpp_manager::Bdd_clear_marks(const bdd& f) { Bdd_clear_marks(f.node()); }
 
 void bddpp_manager::Bdd_global_clear_marks() {
     unsigned next = mark_value + 1;
-    if (next == 2) next = 4; // the collection's values
     if (next <= 255) {
         mark_value = next;
         return;

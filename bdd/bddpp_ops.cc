@@ -168,12 +168,12 @@ bdd_node* bddpp_manager::fast_join(long index, int then_link, bdd_node* then_nod
     link = then_link;
     long id = id_by_index[index];
     int else_link_type = then_link * else_link;
-    std::size_t hash;
-    if (bdd_node* found = map->find(id, else_link_type, then_node, else_node, hash))
+    std::size_t hash, free_slot;
+    if (bdd_node* found = map->find(id, else_link_type, then_node, else_node, hash, free_slot))
         return found;
     bdd_node* node = new bdd_node(this, id, else_link_type, then_node, else_node,
                                   next_global_id, bdd_node::not_integrated{});
-    map->insert_absent(node, hash);
+    map->insert_absent(node, hash, free_slot);
     next_global_id++;
     then_node->references++;
     else_node->references++;

@@ -181,6 +181,15 @@ void bdd_node::operator delete(void* p) noexcept {
     if (p) pool().give(p);
 }
 
+void bdd_node::delete_released(bdd_node* const* nodes, std::size_t count) {
+    node_pool& nodes_pool = pool();
+    for (std::size_t k = 0; k < count; ++k) {
+        bdd_node* n = nodes[k];
+        if (n->depends_place) n->release_depends();
+        nodes_pool.give(n); // nothing else for the destructor to do
+    }
+}
+
 // ---------------------------------------------------------------------- nodes
 
 bdd_node::bdd_node()
@@ -207,11 +216,14 @@ bdd_node::~bdd_node() {
         if (then_node) then_node->references--;
         if (else_node) else_node->references--;
     }
-    if (depends_place) {
-        bddpp_manager* m = manager();
-        m->depends_store[depends_place - 1] = std::vector<int>();
-        m->depends_free.push_back(depends_place);
-    }
+    if (depends_place) release_depends();
+}
+
+void bdd_node::release_depends() {
+    bddpp_manager* m = manager();
+    m->depends_store[depends_place - 1] = std::vector<int>();
+    m->depends_free.push_back(depends_place);
+    depends_place = 0;
 }
 
 bool bdd_node::operator==(const bdd_node& other) const {
@@ -319,40 +331,31 @@ bdd_unique_table::~bdd_unique_table() { bdd_block_free(slots); }
 
 bdd_node* bdd_unique_table::find(long id, int else_link_type, bdd_node* then_node,
                                  bdd_node* else_node) const {
-    std::size_t h;
-    return find(id, else_link_type, then_node, else_node, h);
+    std::size_t h, free_slot;
+    return find(id, else_link_type, then_node, else_node, h, free_slot);
 }
 
-bdd_unique_table::entry bdd_unique_table::entry_of(bdd_node* node, std::size_t hash) {
-    const std::uint64_t address = reinterpret_cast<std::uintptr_t>(node);
-    if (address & tag_bits) {
-        std::cerr << "decision node above the 48-bit address space" << std::endl;
-        std::exit(1);
-    }
-    return entry{address | tag_of(hash)};
+void bdd_unique_table::unplaceable_node() {
+    std::cerr << "decision node above the 48-bit address space" << std::endl;
+    std::exit(1);
 }
 
 void bdd_unique_table::insert_absent(bdd_node* node, std::size_t hash) {
     if (4 * (count + 1) > 3 * capacity) grow();
-    const std::size_t mask = capacity - 1;
-    std::size_t i = home(hash);
-    while (slots[i].bits) i = (i + 1) & mask;
-    slots[i] = entry_of(node, hash);
+    place(entry_of(node, hash), home(hash));
     ++count;
 }
 
 bool bdd_unique_table::insert(bdd_node* node) {
-    std::size_t h;
+    std::size_t h, free_slot;
     bdd_node* old = find(node->id, node->else_link_type, node->then_node,
-                         node->else_node, h);
+                         node->else_node, h, free_slot);
     if (old == node) return false;
     if (old) erase(old);
     insert_absent(node, h);
     return old != nullptr;
 }
 
-// Linear probing without tombstones: after a removal, later entries of the
-// run move back into the hole when their home allows it.
 bool bdd_unique_table::erase(bdd_node* node) {
     std::size_t hash = hash_of(node);
     const std::size_t mask = capacity - 1;
@@ -368,20 +371,72 @@ bool bdd_unique_table::erase(bdd_node* node) {
                 break;
         }
     }
-    std::size_t hole = i;
+    remove_at(i);
+    --count;
+    count_removals(1);
+    return true;
+}
+
+bool bdd_unique_table::bury(const bdd_node* node, std::size_t home_slot) {
+    const std::size_t mask = capacity - 1;
+    const auto address = reinterpret_cast<std::uintptr_t>(node);
+    for (std::size_t i = home_slot;; i = (i + 1) & mask) {
+        const std::uint64_t bits = slots[i].bits;
+        if (!bits) return false;
+        if ((bits & address_bits) == address) {
+            slots[i].bits = buried_bits;
+            ++buried;
+            return true;
+        }
+    }
+}
+
+// From a free slot on, run after run: a place holder is freed, and an
+// entry goes to the first free slot from its home on, which is at most
+// its own (the slots before it in its run were settled already). Where
+// the entries land may differ from where erasing one by one would leave
+// them, which nothing reads (walks that are behaviour sort).
+void bdd_unique_table::clear_buried() {
+    if (!buried) return;
+    const std::size_t mask = capacity - 1;
+    std::size_t start = 0;
+    while (slots[start].bits) ++start;
+    for (std::size_t step = 1; step <= capacity; ++step) {
+        const std::size_t i = (start + step) & mask;
+        const entry e = slots[i];
+        if (!e.bits) continue;
+        if (e.bits == buried_bits) {
+            slots[i].bits = 0;
+            continue;
+        }
+        const std::size_t d = e.distance_code();
+        if (d == 0) continue;
+        const std::size_t h = home_at(i, e);
+        std::size_t at = h;
+        while (at != i && slots[at].bits) at = (at + 1) & mask;
+        if (at == i) continue;
+        slots[at].bits = (e.bits & ~distance_bits) | distance_code((at - h) & mask);
+        slots[i].bits = 0;
+    }
+    count -= buried;
+    buried = 0;
+}
+
+// Linear probing without tombstones: after a removal, later entries of the
+// run move back into the hole when their home allows it.
+void bdd_unique_table::remove_at(std::size_t hole) {
+    const std::size_t mask = capacity - 1;
     for (std::size_t j = (hole + 1) & mask; slots[j].bits; j = (j + 1) & mask) {
-        std::size_t k = home(hash_of(slots[j].node()));
+        const entry e = slots[j];
+        std::size_t k = home_at(j, e);
         // The entry at j may fill the hole unless its home lies after the
         // hole, cyclically, up to j.
         bool stays = hole <= j ? (hole < k && k <= j) : (hole < k || k <= j);
         if (stays) continue;
-        slots[hole] = slots[j];
+        slots[hole].bits = (e.bits & ~distance_bits) | distance_code((hole - k) & mask);
         hole = j;
     }
     slots[hole].bits = 0;
-    --count;
-    count_removals(1);
-    return true;
 }
 
 // The rebuilt marks keep the count's low 30 bits: when those come round to
@@ -392,56 +447,59 @@ void bdd_unique_table::count_removals(std::size_t k) {
     if (before + k > 0x3FFFFFFFu) for_each([](bdd_node* n) { n->rebuilt = 0; });
 }
 
-// Enters again, in order, the entries of `from` that are not free; the
-// nodes, whose keys give the homes, are fetched a few entries ahead.
-void bdd_unique_table::reenter(const entry* from, std::size_t n) {
-    constexpr std::size_t ahead = 16;
-    for (std::size_t k = 0; k < n && k < ahead; ++k)
-        if (from[k].bits) __builtin_prefetch(from[k].node());
-    for (std::size_t k = 0; k < n; ++k) {
-        if (k + ahead < n && from[k + ahead].bits) __builtin_prefetch(from[k + ahead].node());
-        if (from[k].bits) place(from[k], home(hash_of(from[k].node())));
-    }
-}
-
-// The survivors are entered again; where they land may differ from where
-// erasing one by one would leave them, which nothing reads (walks that
-// are behaviour sort).
-std::size_t bdd_unique_table::sweep_marked(int marked, int swept) {
-    // A survivor's home is worked out while its node is at hand, so that
-    // entering it again reads no node.
-    struct survivor {
-        entry e;
-        std::size_t home;
-    };
-    std::vector<survivor> kept;
-    kept.reserve(count);
-    std::size_t removed = 0;
-    for_each_entry([&](const entry& e) {
-        bdd_node* n = e.node();
-        if (n->mark == static_cast<unsigned>(marked)) {
-            n->mark = swept;
-            ++removed;
-        } else {
-            kept.push_back({e, home(hash_of(n))});
-        }
-    });
-    if (removed == 0) return 0;
-    std::memset(static_cast<void*>(slots), 0, capacity * sizeof(entry));
-    for (const survivor& s : kept) place(s.e, s.home);
-    count = kept.size();
-    count_removals(removed);
-    return removed;
-}
-
+// The old entries are entered again in slot order. From 2^16 slots on,
+// the new home is the old one (from the slot and the distance) followed by
+// the hash bit stored at 79 - log2(old capacity); only an entry 7 or more
+// slots from its home has its node read.
 void bdd_unique_table::grow() {
     entry* old = slots;
-    std::size_t old_capacity = capacity;
+    const std::size_t old_capacity = capacity;
+    const int old_bits = 64 - shift;
     capacity *= 2;
     shift--;
     slots = static_cast<entry*>(bdd_block_alloc(capacity * sizeof(entry)));
-    reenter(old, old_capacity);
+    constexpr std::size_t ahead = 16;
+    const std::size_t old_mask = old_capacity - 1;
+    if (old_bits >= 16 && old_bits <= 31) {
+        const int bit_at = 79 - old_bits;
+        for (std::size_t k = 0; k < old_capacity; ++k) {
+            if (k + ahead < old_capacity && old[k + ahead].distance_code() == 7)
+                __builtin_prefetch(old[k + ahead].node());
+            const entry e = old[k];
+            if (!e.bits) continue;
+            const std::size_t d = e.distance_code();
+            std::size_t h;
+            if (d < 7)
+                h = (((k - d) & old_mask) << 1) | ((e.bits >> bit_at) & 1);
+            else
+                h = home(hash_of(e.node()));
+            place(e, h);
+        }
+    } else {
+        for (std::size_t k = 0; k < old_capacity; ++k) {
+            if (k + ahead < old_capacity && old[k + ahead].bits) __builtin_prefetch(old[k + ahead].node());
+            if (old[k].bits) place(old[k], home(hash_of(old[k].node())));
+        }
+    }
     give_block_to_nodes(old);
+}
+
+bool bdd_unique_table::well_formed() const {
+    const std::size_t mask = capacity - 1;
+    std::size_t entries = 0;
+    for (std::size_t i = 0; i < capacity; ++i) {
+        const entry e = slots[i];
+        if (!e.bits) continue;
+        ++entries;
+        if (e.bits == buried_bits) return false;
+        const std::size_t h = home(hash_of(e.node()));
+        const std::size_t distance = (i - h) & mask;
+        if (e.distance_code() != distance_code(distance)) return false;
+        if ((e.bits & tag_bits) != tag_of(hash_of(e.node()))) return false;
+        for (std::size_t k = h; k != i; k = (k + 1) & mask)
+            if (!slots[k].bits) return false;
+    }
+    return entries == count;
 }
 
 std::vector<bdd_node*> bdd_unique_table::nodes_in_key_order() const {

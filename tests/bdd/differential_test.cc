@@ -115,6 +115,8 @@ struct twin_run {
             ASSERT_EQ(p[i].node()->global_id, f[i].node()->global_id) << i;
         }
         ASSERT_EQ(table_view(plain), table_view(fast));
+        ASSERT_TRUE(plain.map->well_formed());
+        ASSERT_TRUE(fast.map->well_formed());
     }
 
     void add_variable() {
@@ -235,6 +237,89 @@ TEST(BddDifferential, FastPathMakesTheNodesOfThePlainRecursion) {
             EXPECT_EQ(m->map->size(), static_cast<std::size_t>(m->variables_number)) << "a reference is left";
         }
     }
+}
+
+// The collection's removal of the freed nodes' entries in one pass against
+// the plain collection's erasure node by node, on tables that grow past
+// 2^16 slots (where growing reads no node) and hold runs long enough for
+// entries seven and more slots from their homes. Both managers build with
+// the production path; only the collection differs. A node entered by hand
+// in place of another of its key makes the displaced one, once freed,
+// erase the newcomer's entry.
+TEST(BddDifferential, CollectionOfLargeTablesRemovesWhatErasingOneByOneDoes) {
+    bddpp_manager plain, fast;
+    struct side {
+        bddpp_manager& m;
+        std::vector<bdd> a, b, kept;
+        bdd carry;
+        bdd_node* twin = nullptr;
+        bdd twin_handle;
+    };
+    side sides[2] = {{plain, {}, {}, {}, bdd(), nullptr, bdd()}, {fast, {}, {}, {}, bdd(), nullptr, bdd()}};
+    constexpr int bits = 13;
+    std::mt19937 rng(7);
+    auto collect = [&](const char* what) {
+        SCOPED_TRACE(what);
+        plain.plain_operators = true;
+        plain.Bdd_gc();
+        plain.plain_operators = false;
+        fast.Bdd_gc();
+        ASSERT_EQ(table_view(plain), table_view(fast));
+        ASSERT_TRUE(plain.map->well_formed());
+        ASSERT_TRUE(fast.map->well_formed());
+    };
+    for (side& s : sides) {
+        for (int i = 0; i < bits; ++i) s.a.push_back(s.m.New_var_last("a" + std::to_string(i)));
+        for (int i = 0; i < bits; ++i) s.b.push_back(s.m.New_var_last("b" + std::to_string(i)));
+        s.carry = s.m.Bdd_zero();
+    }
+    std::size_t largest = 0;
+    for (int i = 0; i < bits; ++i) {
+        bool keep = rng() % 3 != 0;
+        for (side& s : sides) {
+            bddpp_manager& m = s.m;
+            bdd half = m.Bdd_xor(s.a[i], s.b[i]);
+            bdd sum = m.Bdd_xor(half, s.carry);
+            if (keep) s.kept.push_back(sum);
+            s.carry = m.Bdd_or(m.Bdd_and(s.a[i], s.b[i]), m.Bdd_and(s.carry, half));
+            if (i == 6) {
+                // The twin of a node below the carry's, held; the carry's
+                // node still points to the node it displaced.
+                bdd_node* n = s.carry.node()->then_node;
+                ASSERT_TRUE(n != m.one && m.node_by_id[n->id] != n);
+                s.twin = new bdd_node(&m, n->id, n->else_link_type, n->then_node, n->else_node, m.next_global_id++);
+                s.twin->then_node->references++;
+                s.twin->else_node->references++;
+                s.twin_handle = bdd(&m, 1, s.twin);
+                s.kept.push_back(m.Bdd_and(s.carry, s.a[bits - 1]));
+            }
+        }
+        largest = std::max(largest, fast.map->size());
+        ASSERT_TRUE(fast.map->well_formed());
+        if (i == 3 || i == 11) {
+            // Some kept sums go too.
+            std::size_t k = rng() % sides[0].kept.size();
+            for (side& s : sides) s.kept.erase(s.kept.begin() + static_cast<long>(k));
+            collect("after a step");
+            if (HasFatalFailure()) return;
+        }
+    }
+    EXPECT_GT(largest, std::size_t(3) << 14) << "the table reached 2^16 slots";
+    EXPECT_GT(fast.map->size(), std::size_t(sides[1].a.size() * 2));
+    for (side& s : sides) {
+        s.kept.clear();
+        s.carry = bdd();
+    }
+    collect("without handles but the twin");
+    if (HasFatalFailure()) return;
+    for (side& s : sides) {
+        // The twin lost its entry to the displaced node's erasure.
+        EXPECT_EQ(s.m.map->find(s.twin->id, s.twin->else_link_type, s.twin->then_node, s.twin->else_node), nullptr);
+        s.twin_handle = bdd();
+        delete s.twin;
+    }
+    collect("without any handle");
+    EXPECT_EQ(fast.map->size(), static_cast<std::size_t>(2 * bits));
 }
 
 // f with the variable of id v fixed to `value`.
