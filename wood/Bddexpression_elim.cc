@@ -79,7 +79,7 @@ void Bddexpressionwood::propagate_one_constant(long i, const std::list<int>& kee
     const IndexSet readers = amont_table[i];
     for (long s : readers) {
         if (touched)
-            (*touched)[s].insert(i);
+            touched->add(s, i);
         Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
         if (r == nullptr) {
             stale.insert(s);
@@ -88,7 +88,7 @@ void Bddexpressionwood::propagate_one_constant(long i, const std::list<int>& kee
         if (r->abstraction != 0 || !initialised(r->bdd_exp))
             continue;
         if (touched)
-            (*touched)[s].insert(r->dependances.begin(), r->dependances.end());
+            touched->add(s, r->dependances.begin(), r->dependances.end());
         r->bdd_exp = bdd_manager->Bdd_reduce(r->bdd_exp, literal);
         r->build_normal_dependances();
         if (constant_candidate(s))
@@ -99,7 +99,7 @@ void Bddexpressionwood::propagate_one_constant(long i, const std::list<int>& kee
 
     if (!kept_type(keep, e->user_type)) {
         if (touched)
-            (*touched)[i].insert(e->dependances.begin(), e->dependances.end());
+            touched->add(i, e->dependances.begin(), e->dependances.end());
         delete e;
         exp_table[i] = nullptr;
         removed.insert(i);
@@ -583,7 +583,7 @@ void Bddexpressionwood::reduce_expressions(bdd cube, std::list<int>& keep, Reduc
         e->build_normal_dependances();
         IndexSet after = e->set_of_index_used_variables();
         candidates.insert(i);
-        touched[i].insert(before.begin(), before.end());
+        touched.add(i, before.begin(), before.end());
         if (before == after)
             continue;
         for (long v : set_priv(after, before)) {
