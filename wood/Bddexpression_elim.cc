@@ -295,6 +295,7 @@ static void start_exact_run(Bddexpressionwood& wood, Bddexpressionwood::Reductio
 void Bddexpressionwood::suppress_wires(std::list<int>& keep, ReductionRun& run)
 {
     run = ReductionRun();
+    std::vector<long> wire_readers;
     for (long i = 0; i < nb_bdd_vars; ++i) {
         Bddexpression* e = exp_table[i];
         // The cheap tests first: few equations are wires.
@@ -316,8 +317,8 @@ void Bddexpressionwood::suppress_wires(std::list<int>& keep, ReductionRun& run)
         amont_table[d].erase(i);
         exp_ids.erase(i);
         IndexSet orphans;
-        const IndexSet readers = amont_table[i];
-        for (long s : readers) {
+        wire_readers.assign(amont_table[i].begin(), amont_table[i].end());
+        for (long s : wire_readers) {
             Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
             if (r != nullptr) {
                 if (initialised(r->bdd_exp) && initialised(e->bdd_exp))
@@ -327,9 +328,9 @@ void Bddexpressionwood::suppress_wires(std::list<int>& keep, ReductionRun& run)
             } else {
                 orphans.insert(s);
             }
-            amont_table[d].erase(i);
-            amont_table[d].insert(s);
         }
+        // Every reader, filled or not, reads d instead; i already left it.
+        amont_table[d].insert_ascending(wire_readers.data(), wire_readers.data() + wire_readers.size());
         for (long s : orphans)
             amont_table[i].erase(s);
         delete e;

@@ -94,8 +94,7 @@ bool Bddexpressionwood::substitute_local(long i, Touched* touched)
         if (!readers.empty()) {
             IndexSet& into = amont_table[d];
             into.insert(i);
-            for (long s : readers)
-                into.insert(s);
+            into.insert_ascending(readers.data(), readers.data() + readers.size());
             if (touched) {
                 touched->add(i, d);
                 for (long s : readers)
