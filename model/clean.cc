@@ -129,18 +129,49 @@ static std::list<regclass*>* dropUselessRegisters(Module* m, Bddexpressionwood* 
     return kept;
 }
 
+// Substitutes every local that is neither register, valued nor clock into
+// its readers and unlists it; with a run, the wood goes on from the tables
+// the run left.
+static void eliminateLocals(Module* m, Bddexpressionwood* wood, std::list<Signal*>*& locals,
+                            Bddexpressionwood::ReductionRun* run)
+{
+    if (locals == nullptr || wood == nullptr)
+        return;
+    auto* kept = new std::list<Signal*>;
+    // Over then under of each eliminated local, in list order: the wood
+    // eliminates them one after the other as single calls would.
+    std::list<long> eliminated;
+    for (Signal* s : *locals) {
+        if (s == nullptr)
+            passFault("clean_locals", "null signal in the local list");
+        if (s->isRegister() || s->isValued(m) || s->isClock()) {
+            kept->push_back(s);
+            continue;
+        }
+        eliminated.push_back(s->getOverBddId(m, wood));
+        eliminated.push_back(s->getUnderBddId(m, wood));
+    }
+    if (run != nullptr)
+        wood->suppress_local(eliminated, *run);
+    else
+        wood->suppress_local(eliminated);
+    // The old list is left alive: whoever swapped it in may still hold it.
+    locals = kept;
+}
+
 void Module::clean()
 {
     if (wood == nullptr || Compilation::KeepWiresFlag)
         return;
     std::list<int> kinds = keptKinds(true);
     // The wire pass leaves the tables exact, which the restrictions of the
-    // useless registers would otherwise first make so over the whole wood.
+    // useless registers would otherwise first make so over the whole wood,
+    // and so would the elimination of the locals after them.
     Bddexpressionwood::ReductionRun run;
     wood->suppress_wires(kinds, run);
     if (registers != nullptr)
         registers = dropUselessRegisters(this, wood, registers, run);
-    clean_locals();
+    eliminateLocals(this, wood, locals, &run);
 }
 
 void Module::suppress_useless_registers()
@@ -153,25 +184,7 @@ void Module::suppress_useless_registers()
 
 void Module::clean_locals()
 {
-    if (locals == nullptr || wood == nullptr)
-        return;
-    auto* kept = new std::list<Signal*>;
-    // Over then under of each eliminated local, in list order: the wood
-    // eliminates them one after the other as single calls would.
-    std::list<long> eliminated;
-    for (Signal* s : *locals) {
-        if (s == nullptr)
-            passFault("clean_locals", "null signal in the local list");
-        if (s->isRegister() || s->isValued(this) || s->isClock()) {
-            kept->push_back(s);
-            continue;
-        }
-        eliminated.push_back(s->getOverBddId(this, wood));
-        eliminated.push_back(s->getUnderBddId(this, wood));
-    }
-    wood->suppress_local(eliminated);
-    // The old list is left alive: whoever swapped it in may still hold it.
-    locals = kept;
+    eliminateLocals(this, wood, locals, nullptr);
 }
 
 void Module::constants_propagation()

@@ -213,6 +213,59 @@ std::pair<IndexSet::const_iterator, bool> IndexSet::insert(long x)
     return {make(at, nullptr), true};
 }
 
+void IndexSet::insert_ascending(const long* first, const long* last)
+{
+    if (first == last)
+        return;
+    if (cap_ == kChunked) {
+        for (; first != last; ++first)
+            insert(*first);
+        return;
+    }
+    // The members of the range not in the set yet, in one walk of both.
+    std::size_t absent = 0;
+    {
+        const long* a = flat();
+        const long* a_end = a + size_;
+        for (const long* p = first; p != last; ++p) {
+            while (a != a_end && *a < *p)
+                ++a;
+            if (a == a_end || *a != *p)
+                ++absent;
+        }
+    }
+    if (absent == 0)
+        return;
+    std::size_t total = size_ + absent;
+    if (total > kFlatMost) {
+        for (; first != last; ++first)
+            insert(*first);
+        return;
+    }
+    while (cap_ < total)
+        grow_flat();
+    // From the top down, each member moves once: the room left below the
+    // write position is always that of the range's absent members not yet
+    // placed.
+    long* a = flat();
+    long* out = a + total;
+    std::size_t i = size_;
+    const long* p = last;
+    while (p != first) {
+        long x = p[-1];
+        if (i > 0 && a[i - 1] >= x) {
+            if (a[i - 1] == x)
+                --p;
+            *--out = a[--i];
+        } else {
+            *--out = x;
+            --p;
+        }
+    }
+    size_ = static_cast<std::uint32_t>(total);
+    bump();
+}
+
 IndexSet::const_iterator IndexSet::insert(const_iterator hint, long x)
 {
     if (hint == end() && cap_ != kChunked && size_ < cap_ && (size_ == 0 || flat()[size_ - 1] < x)) {

@@ -172,6 +172,9 @@ public:
         for (; first != last; ++first) append_or_insert(*first);
     }
     void insert(std::initializer_list<long> members) { insert(members.begin(), members.end()); }
+    // The members of an ascending range without repeats, in one merge: a
+    // flat array moves each member once instead of once per insertion.
+    void insert_ascending(const long* first, const long* last);
     // The members of the range instead of the set's own, in the room the
     // set already holds when it is enough.
     template <class It>

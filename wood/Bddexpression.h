@@ -377,6 +377,10 @@ public:
     // suppress_wires(keep), after which `run` starts a run of restrictions:
     // exact at once when the pass left the tables exact.
     void suppress_wires(std::list<int>& keep, ReductionRun& run);
+    // suppress_local(vars) at the end of a run of restrictions, which it
+    // closes: the first elimination too is repaired where it touched when
+    // the run's tables are exact.
+    void suppress_local(std::list<long>& vars, ReductionRun& run);
     void reduce_expressions_when_var_forgotten_by_exist_op(long var);
     void reduce_expressions_when_var_forgotten_by_forall_op(long var);
     long reduce_proposition_by_variable();
@@ -387,8 +391,37 @@ public:
     static bool bdd_initialised(const bdd& f);
     // 1 or 0 for a constant, -1 otherwise (uninitialised included).
     static int bdd_constant_value(const bdd& f);
-    // Reader -> variables whose reader entry for it may be wrong.
-    using Touched = std::map<long, IndexSet>;
+    // Reader -> variables whose reader entry for it may be wrong. The
+    // passes note them in any order and with repeats, a few readers each
+    // time, and the repair reads them once: each reader keeps a plain
+    // list, sorted only then, and the lists keep their room from one use
+    // to the next. A reader noted with an empty range is taken by the
+    // repair all the same.
+    class Touched {
+    public:
+        void add(long reader, long var) { list_of(reader).push_back(var); }
+        template <class It>
+        void add(long reader, It first, It last)
+        {
+            std::vector<long>& list = list_of(reader);
+            list.insert(list.end(), first, last);
+        }
+        void clear();
+        // The readers noted, ascending; each one's variables ascending,
+        // each once.
+        struct Entry {
+            long reader;
+            std::vector<long> vars;
+        };
+        const std::vector<Entry*>& sorted();
+
+    private:
+        std::vector<long>& list_of(long reader);
+        std::vector<Entry> entries_;
+        std::size_t used_ = 0;
+        std::size_t last_ = 0;
+        std::vector<Entry*> order_;
+    };
     bool constant_candidate(long i) const;
     void propagate_one_constant(long i, const std::list<int>& keep, IndexSet& removed,
                                 std::vector<long>& found, Touched* touched);
@@ -398,7 +431,7 @@ public:
     void redate_by_critical_paths();
     void report_self_dependance(long i);
     bool substitute_local(long i, Touched* touched);
-    IndexSet repair_readers(const Touched& touched);
+    IndexSet repair_readers(Touched& touched);
     // ---- end elimination ----
 
     // ---- integration and text ----

@@ -86,14 +86,19 @@ bool flow_order(const FlatGraph& g, std::vector<FlatGraph::Slot>& order)
             for (Slot k = g.deps_start[i]; k < g.deps_start[i + 1]; k++) users[fill[g.deps[k]]++] = (Slot)i;
         }
     }
-    for (Slot s : g.readers) indegree[s]++;
+    // Exact reader tables are the dependances turned round: both kinds of
+    // edge are then the same edges, which are taken once.
+    const bool readers_are_users = g.readers_start == users_start && g.readers == users;
+    if (!readers_are_users)
+        for (Slot s : g.readers) indegree[s]++;
     order.reserve(n);
     for (long v = 0; v < n; v++)
         if (indegree[v] == 0) order.push_back((Slot)v);
     for (std::size_t k = 0; k < order.size(); k++) {
         Slot v = order[k];
-        for (Slot e = g.readers_start[v]; e < g.readers_start[v + 1]; e++)
-            if (--indegree[g.readers[e]] == 0) order.push_back(g.readers[e]);
+        if (!readers_are_users)
+            for (Slot e = g.readers_start[v]; e < g.readers_start[v + 1]; e++)
+                if (--indegree[g.readers[e]] == 0) order.push_back(g.readers[e]);
         for (Slot e = users_start[v]; e < users_start[v + 1]; e++)
             if (--indegree[users[e]] == 0) order.push_back(users[e]);
     }

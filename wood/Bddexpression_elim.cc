@@ -79,7 +79,7 @@ void Bddexpressionwood::propagate_one_constant(long i, const std::list<int>& kee
     const IndexSet readers = amont_table[i];
     for (long s : readers) {
         if (touched)
-            (*touched)[s].insert(i);
+            touched->add(s, i);
         Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
         if (r == nullptr) {
             stale.insert(s);
@@ -88,7 +88,7 @@ void Bddexpressionwood::propagate_one_constant(long i, const std::list<int>& kee
         if (r->abstraction != 0 || !initialised(r->bdd_exp))
             continue;
         if (touched)
-            (*touched)[s].insert(r->dependances.begin(), r->dependances.end());
+            touched->add(s, r->dependances.begin(), r->dependances.end());
         r->bdd_exp = bdd_manager->Bdd_reduce(r->bdd_exp, literal);
         r->build_normal_dependances();
         if (constant_candidate(s))
@@ -99,7 +99,7 @@ void Bddexpressionwood::propagate_one_constant(long i, const std::list<int>& kee
 
     if (!kept_type(keep, e->user_type)) {
         if (touched)
-            (*touched)[i].insert(e->dependances.begin(), e->dependances.end());
+            touched->add(i, e->dependances.begin(), e->dependances.end());
         delete e;
         exp_table[i] = nullptr;
         removed.insert(i);
@@ -295,6 +295,7 @@ static void start_exact_run(Bddexpressionwood& wood, Bddexpressionwood::Reductio
 void Bddexpressionwood::suppress_wires(std::list<int>& keep, ReductionRun& run)
 {
     run = ReductionRun();
+    std::vector<long> wire_readers;
     for (long i = 0; i < nb_bdd_vars; ++i) {
         Bddexpression* e = exp_table[i];
         // The cheap tests first: few equations are wires.
@@ -316,8 +317,8 @@ void Bddexpressionwood::suppress_wires(std::list<int>& keep, ReductionRun& run)
         amont_table[d].erase(i);
         exp_ids.erase(i);
         IndexSet orphans;
-        const IndexSet readers = amont_table[i];
-        for (long s : readers) {
+        wire_readers.assign(amont_table[i].begin(), amont_table[i].end());
+        for (long s : wire_readers) {
             Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
             if (r != nullptr) {
                 if (initialised(r->bdd_exp) && initialised(e->bdd_exp))
@@ -327,9 +328,9 @@ void Bddexpressionwood::suppress_wires(std::list<int>& keep, ReductionRun& run)
             } else {
                 orphans.insert(s);
             }
-            amont_table[d].erase(i);
-            amont_table[d].insert(s);
         }
+        // Every reader, filled or not, reads d instead; i already left it.
+        amont_table[d].insert_ascending(wire_readers.data(), wire_readers.data() + wire_readers.size());
         for (long s : orphans)
             amont_table[i].erase(s);
         delete e;
@@ -583,7 +584,7 @@ void Bddexpressionwood::reduce_expressions(bdd cube, std::list<int>& keep, Reduc
         e->build_normal_dependances();
         IndexSet after = e->set_of_index_used_variables();
         candidates.insert(i);
-        touched[i].insert(before.begin(), before.end());
+        touched.add(i, before.begin(), before.end());
         if (before == after)
             continue;
         for (long v : set_priv(after, before)) {

@@ -7,13 +7,16 @@
 // elimination only disturbs the neighbourhood of the eliminated variable.
 // suppress_local(list) uses that: it runs the first elimination as it
 // stands, then keeps the tables exact by repairing only what each later
-// elimination touched. The equations, the BDD nodes created and their
-// order, and every table come out as from the one-by-one calls.
+// elimination touched; handed a run of restrictions whose tables are exact,
+// it repairs from the first elimination on. The equations, the BDD nodes
+// created and their order, and every table come out as from the one-by-one
+// calls.
 
 #include "wood/Bddexpression.h"
 
+#include <algorithm>
 #include <iostream>
-#include <unordered_set>
+#include <iterator>
 
 // Steps 1 to 4 of one elimination: the checks, the substitution into the
 // readers and the removal of the equation. False when the wood was left
@@ -33,15 +36,13 @@ bool Bddexpressionwood::substitute_local(long i, Touched* touched)
 
     // e is no reader of itself, so its dependances stay as they are below.
     const IndexSet& deps = e->dependances;
+    // A reader's own dependances are not noted: the substitution below
+    // takes none of them out but i, and the repair reads them as they
+    // stand before it rebuilds them.
     if (touched) {
-        (*touched)[i].insert(deps.begin(), deps.end());
-        for (long s : amont_table[i]) {
-            IndexSet& xs = (*touched)[s];
-            xs.insert(i);
-            Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
-            if (r != nullptr)
-                xs.insert(r->dependances.begin(), r->dependances.end());
-        }
+        touched->add(i, deps.begin(), deps.end());
+        for (long s : amont_table[i])
+            touched->add(s, i);
     }
 
     // The readers are taken again for each dependance: one whose slot is
@@ -53,10 +54,18 @@ bool Bddexpressionwood::substitute_local(long i, Touched* touched)
     // exist by now: it makes no node and returns the same expression. Such
     // readers are marked `settled` and skipped (not on the plain operators,
     // which keep every call).
+    //
+    // A reader's dependances become its old ones without i and with every
+    // dependance of i. Those of a non-abstract reader are rebuilt from its
+    // right member before anything but the notes above reads them again
+    // (by the repair, or by the whole rebuild that follows a call without
+    // notes), so only the others are written here.
     std::vector<long> readers;
     std::vector<long> removed;
-    std::unordered_set<long> settled;
+    // Kept ascending, for the look-ups.
+    std::vector<long> settled;
     const bool skip_settled = !bdd_manager->plain_operators;
+    auto is_settled = [&settled](long s) { return std::binary_search(settled.begin(), settled.end(), s); };
     for (long d : deps) {
         amont_table[d].erase(i);
         readers.assign(amont_table[i].begin(), amont_table[i].end());
@@ -65,15 +74,18 @@ bool Bddexpressionwood::substitute_local(long i, Touched* touched)
             Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
             if (r != nullptr) {
                 if (bdd_initialised(r->bdd_exp) && bdd_initialised(e->bdd_exp) &&
-                    (!skip_settled || settled.count(s) == 0)) {
+                    (!skip_settled || !is_settled(s))) {
                     bdd before = r->bdd_exp;
                     r->bdd_exp = bdd_manager->Bdd_compose(before, e->bdd_var, e->bdd_exp);
                     if (skip_settled && r->bdd_exp.node() == before.node() &&
                         r->bdd_exp.link_type() == before.link_type())
-                        settled.insert(s);
+                        settled.insert(std::upper_bound(settled.begin(), settled.end(), s), s);
                 }
-                r->dependances.erase(i);
-                r->dependances.insert(d);
+                bool rebuilt = r->abstraction == 0 && r->wood != nullptr && r->wood->bdd_manager != nullptr;
+                if (!rebuilt) {
+                    r->dependances.erase(i);
+                    r->dependances.insert(d);
+                }
             } else {
                 removed.push_back(s);
             }
@@ -82,12 +94,11 @@ bool Bddexpressionwood::substitute_local(long i, Touched* touched)
         if (!readers.empty()) {
             IndexSet& into = amont_table[d];
             into.insert(i);
-            for (long s : readers)
-                into.insert(s);
+            into.insert_ascending(readers.data(), readers.data() + readers.size());
             if (touched) {
-                (*touched)[i].insert(d);
+                touched->add(i, d);
                 for (long s : readers)
-                    (*touched)[s].insert(d);
+                    touched->add(s, d);
             }
         }
         for (long s : removed)
@@ -111,24 +122,75 @@ void Bddexpressionwood::suppress_local(long var)
     constants_propagation(none);
 }
 
+std::vector<long>& Bddexpressionwood::Touched::list_of(long reader)
+{
+    // Notes come in runs for one reader: the last one is tried first.
+    if (last_ < used_ && entries_[last_].reader == reader)
+        return entries_[last_].vars;
+    for (std::size_t k = 0; k < used_; ++k)
+        if (entries_[k].reader == reader) {
+            last_ = k;
+            return entries_[k].vars;
+        }
+    if (used_ == entries_.size())
+        entries_.emplace_back();
+    Entry& entry = entries_[used_];
+    entry.reader = reader;
+    entry.vars.clear();
+    last_ = used_++;
+    return entry.vars;
+}
+
+void Bddexpressionwood::Touched::clear()
+{
+    used_ = 0;
+    last_ = 0;
+}
+
+const std::vector<Bddexpressionwood::Touched::Entry*>& Bddexpressionwood::Touched::sorted()
+{
+    order_.clear();
+    for (std::size_t k = 0; k < used_; ++k) {
+        std::vector<long>& vars = entries_[k].vars;
+        std::sort(vars.begin(), vars.end());
+        vars.erase(std::unique(vars.begin(), vars.end()), vars.end());
+        order_.push_back(&entries_[k]);
+    }
+    std::sort(order_.begin(), order_.end(), [](const Entry* a, const Entry* b) { return a->reader < b->reader; });
+    return order_;
+}
+
 // Makes the reader tables exact again for the memberships in `touched`,
 // as the full rebuild would: dependances of a non-abstract equation come
 // from its BDD, a reader entry exists exactly for each dependance of a
 // filled slot. Returns the constant equations that gained a reader, which
 // the next propagation has to take.
-IndexSet Bddexpressionwood::repair_readers(const Touched& touched)
+//
+// The dependances a filled reader holds before its rebuild count among its
+// touched variables: every pass notes the members it takes out of them,
+// not those it leaves.
+IndexSet Bddexpressionwood::repair_readers(Touched& touched)
 {
     IndexSet gained;
-    for (const auto& entry : touched) {
-        long s = entry.first;
+    static std::vector<long> was;
+    for (const Touched::Entry* entry : touched.sorted()) {
+        long s = entry->reader;
+        const std::vector<long>& noted = entry->vars;
         Bddexpression* r = (s >= 0 && s < nb_bdd_vars) ? exp_table[s] : nullptr;
-        if (r != nullptr && r->abstraction == 0)
-            r->internal_build_dependances();
+        const std::vector<long>* touched_vars = &noted;
+        if (r != nullptr) {
+            was.clear();
+            std::set_union(noted.begin(), noted.end(), r->dependances.begin(), r->dependances.end(),
+                           std::back_inserter(was));
+            touched_vars = &was;
+            if (r->abstraction == 0)
+                r->internal_build_dependances();
+        }
         // Every member of the touched ones and of the dependances, each
-        // once, in one merge of the two ascending sets: no copy of either.
+        // once, in one merge of the two ascending runs.
         static const IndexSet none;
         const IndexSet& deps = r != nullptr ? r->dependances : none;
-        auto t = entry.second.begin(), t_end = entry.second.end();
+        auto t = touched_vars->begin(), t_end = touched_vars->end();
         auto d = deps.begin(), d_end = deps.end();
         while (t != t_end || d != d_end) {
             long x;
@@ -162,9 +224,17 @@ IndexSet Bddexpressionwood::repair_readers(const Touched& touched)
 
 void Bddexpressionwood::suppress_local(std::list<long>& vars)
 {
+    ReductionRun run;
+    suppress_local(vars, run);
+}
+
+void Bddexpressionwood::suppress_local(std::list<long>& vars, ReductionRun& run)
+{
     std::list<int> none;
-    bool exact = false;
-    IndexSet leftover;
+    bool exact = run.exact;
+    IndexSet leftover = std::move(run.leftover);
+    run = ReductionRun();
+    Touched touched;
     for (long v : vars) {
         if (!exact) {
             if (!substitute_local(v, nullptr))
@@ -185,7 +255,7 @@ void Bddexpressionwood::suppress_local(std::list<long>& vars)
             near = amont_table[v];
             near.insert(exp_table[v]->dependances.begin(), exp_table[v]->dependances.end());
         }
-        Touched touched;
+        touched.clear();
         if (!substitute_local(v, &touched))
             continue;
         IndexSet candidates = leftover;

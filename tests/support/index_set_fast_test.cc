@@ -115,6 +115,17 @@ TEST(IndexSetFast, RandomOperationsMatchStdSet)
                 // A range insertion from unsorted input, or an assignment
                 // of most of the members and one more out of order.
                 std::vector<long> more{x, x - 3, x + 5, x};
+                if (step % 3 == 1) {
+                    // An ascending run without repeats, members and others
+                    // mixed, merged at once.
+                    std::vector<long> run;
+                    long length = 1 + (long)(rng() % 60);
+                    for (long y = x - 2 * (long)(rng() % 40); (long)run.size() < length; y += 1 + (long)(rng() % 4))
+                        run.push_back(y);
+                    s.insert_ascending(run.data(), run.data() + run.size());
+                    m.insert(run.begin(), run.end());
+                    more.clear();
+                }
                 if (step % 40 == 0) {
                     more.clear();
                     for (long y : m)
