@@ -13,6 +13,7 @@
 #include <map>
 #include <ostream>
 #include <set>
+#include <unordered_map>
 #include <unordered_set>
 #include <string>
 #include <vector>
@@ -420,6 +421,9 @@ public:
         std::vector<Entry> entries_;
         std::size_t used_ = 0;
         std::size_t last_ = 0;
+        // Entries by reader, once there are more than a few: a variable
+        // read by thousands of equations notes each of them per dependance.
+        std::unordered_map<long, std::size_t> where_;
         std::vector<Entry*> order_;
     };
     bool constant_candidate(long i) const;

@@ -127,17 +127,32 @@ std::vector<long>& Bddexpressionwood::Touched::list_of(long reader)
     // Notes come in runs for one reader: the last one is tried first.
     if (last_ < used_ && entries_[last_].reader == reader)
         return entries_[last_].vars;
-    for (std::size_t k = 0; k < used_; ++k)
-        if (entries_[k].reader == reader) {
-            last_ = k;
-            return entries_[k].vars;
+    constexpr std::size_t few = 16;
+    if (used_ <= few) {
+        for (std::size_t k = 0; k < used_; ++k)
+            if (entries_[k].reader == reader) {
+                last_ = k;
+                return entries_[k].vars;
+            }
+    } else {
+        auto found = where_.find(reader);
+        if (found != where_.end()) {
+            last_ = found->second;
+            return entries_[last_].vars;
         }
+    }
     if (used_ == entries_.size())
         entries_.emplace_back();
     Entry& entry = entries_[used_];
     entry.reader = reader;
     entry.vars.clear();
     last_ = used_++;
+    if (used_ == few + 1) {
+        for (std::size_t k = 0; k < used_; ++k)
+            where_.emplace(entries_[k].reader, k);
+    } else if (used_ > few + 1) {
+        where_.emplace(reader, last_);
+    }
     return entry.vars;
 }
 
@@ -145,6 +160,10 @@ void Bddexpressionwood::Touched::clear()
 {
     used_ = 0;
     last_ = 0;
+    // A fresh index rather than a cleared one: clearing visits every
+    // bucket, and most eliminations never make one.
+    if (!where_.empty())
+        std::unordered_map<long, std::size_t>().swap(where_);
 }
 
 const std::vector<Bddexpressionwood::Touched::Entry*>& Bddexpressionwood::Touched::sorted()

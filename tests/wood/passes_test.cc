@@ -29,11 +29,13 @@ namespace {
 // of managers: every call is made in the same order on each side. With
 // `acyclic`, an equation reads only variables of lower index, spoilt or
 // not; only the reader tables may then show a cycle.
-void build_spoilt(WoodBuilder& b, unsigned seed, bool acyclic = false, bool exact = false)
+// With hubs, a larger wood where half the reads go to its first three
+// variables, each then read by a score of equations or more.
+void build_spoilt(WoodBuilder& b, unsigned seed, bool acyclic = false, bool exact = false, bool hubs = false)
 {
     std::mt19937 rng(seed);
     auto pick = [&rng](long n) { return (long)(rng() % (unsigned long)n); };
-    const long n = 6 + pick(24);
+    const long n = hubs ? 60 + pick(40) : 6 + pick(24);
     for (long k = 0; k < n; ++k)
         b.var("v" + std::to_string(k));
     bddpp_manager* m = b.m();
@@ -42,7 +44,11 @@ void build_spoilt(WoodBuilder& b, unsigned seed, bool acyclic = false, bool exac
         long shape = pick(12);
         if (shape < 2 || (acyclic && k == 0))
             continue; // an input
-        auto read = [&]() { return acyclic ? pick(k) : pick(n); };
+        auto read = [&]() {
+            if (hubs && k > 3 && pick(2) == 0)
+                return pick(3);
+            return acyclic ? pick(k) : pick(n);
+        };
         bdd self = m->Bdd_var_by_index(k);
         if (shape == 2) {
             IndexSet deps{read()}, readers{pick(n), pick(n)};
@@ -450,8 +456,9 @@ TEST(WholeWoodPasses, SuppressLocalListMatchesPlainOneByOne)
         SCOPED_TRACE("seed " + std::to_string(seed));
         WoodBuilder slow, fast;
         slow.m()->plain_operators = true;
-        build_spoilt(slow, seed, seed % 4 == 1, seed % 5 != 0);
-        build_spoilt(fast, seed, seed % 4 == 1, seed % 5 != 0);
+        const bool hubs = seed % 10 == 7;
+        build_spoilt(slow, seed, seed % 4 == 1, seed % 5 != 0, hubs);
+        build_spoilt(fast, seed, seed % 4 == 1, seed % 5 != 0, hubs);
         if (seed % 3 == 1) {
             hide_abstract_members(slow, seed);
             hide_abstract_members(fast, seed);
