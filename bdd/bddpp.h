@@ -845,6 +845,7 @@ private:
                           bdd_node* y, int& link);
     bdd_node* join(long index, int then_link, bdd_node* then_node, int else_link,
                    bdd_node* else_node, int& link);
+    bdd_node* find_or_make(long id, int else_link_type, bdd_node* then_node, bdd_node* else_node);
     bdd_node* fast_join(long index, int then_link, bdd_node* then_node, int else_link,
                         bdd_node* else_node, int& link);
     bool ite_above_branches(long index, const bdd& g, const bdd& h, bdd& result);

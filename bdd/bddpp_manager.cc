@@ -488,18 +488,7 @@ bdd_node* bddpp_manager::Find_or_create_bdd_node(long index, int then_link, int 
         std::cerr << std::endl;
         return nullptr;
     }
-    long id = id_by_index[index];
-    int else_link_type = then_link * else_link;
-    std::size_t hash, free_slot;
-    if (bdd_node* found = map->find(id, else_link_type, then_node, else_node, hash, free_slot))
-        return found;
-    bdd_node* node = new bdd_node(this, id, else_link_type, then_node, else_node,
-                                  next_global_id, bdd_node::not_integrated{});
-    map->insert_absent(node, hash, free_slot);
-    next_global_id++;
-    then_node->references++;
-    else_node->references++;
-    return node;
+    return find_or_make(id_by_index[index], then_link * else_link, then_node, else_node);
 }
 
 // A node taken out of the table, or put out of it by another one of its

@@ -144,6 +144,21 @@ bdd_node* bddpp_manager::join(long index, int then_link, bdd_node* then_node,
                                    link);
 }
 
+// The node of the key, found in the unique table or made there with the
+// next global id; the children are real nodes of the manager, in order.
+bdd_node* bddpp_manager::find_or_make(long id, int else_link_type, bdd_node* then_node, bdd_node* else_node) {
+    std::size_t hash, free_slot;
+    if (bdd_node* found = map->find(id, else_link_type, then_node, else_node, hash, free_slot))
+        return found;
+    bdd_node* node = new bdd_node(this, id, else_link_type, then_node, else_node,
+                                  next_global_id, bdd_node::not_integrated{});
+    map->insert_absent(node, hash, free_slot);
+    next_global_id++;
+    then_node->references++;
+    else_node->references++;
+    return node;
+}
+
 // join() for the production path: the steps of Find_or_create_bdd_node,
 // with the table probed in place. Anything out of the ordinary (both
 // children terminal, a child out of order) goes through the general
@@ -166,18 +181,7 @@ bdd_node* bddpp_manager::fast_join(long index, int then_link, bdd_node* then_nod
                                        link);
     }
     link = then_link;
-    long id = id_by_index[index];
-    int else_link_type = then_link * else_link;
-    std::size_t hash, free_slot;
-    if (bdd_node* found = map->find(id, else_link_type, then_node, else_node, hash, free_slot))
-        return found;
-    bdd_node* node = new bdd_node(this, id, else_link_type, then_node, else_node,
-                                  next_global_id, bdd_node::not_integrated{});
-    map->insert_absent(node, hash, free_slot);
-    next_global_id++;
-    then_node->references++;
-    else_node->references++;
-    return node;
+    return find_or_make(id_by_index[index], then_link * else_link, then_node, else_node);
 }
 
 // The reference: the procedures as they read, on the call stack.
