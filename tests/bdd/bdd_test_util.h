@@ -1,13 +1,24 @@
 // Diagrams read straight from their nodes, so that results are checked
-// without the code under test; four variables a, b, c, d.
+// without the code under test; four variables a, b, c, d; the error stream
+// of a call.
 #ifndef TARN_TESTS_BDD_BDD_TEST_UTIL_H
 #define TARN_TESTS_BDD_BDD_TEST_UTIL_H
+
+#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "bdd/bddpp.h"
+
+// What f wrote on the error stream.
+template <class F> std::string captured(F f)
+{
+    testing::internal::CaptureStderr();
+    f();
+    return testing::internal::GetCapturedStderr();
+}
 
 // Value of f where value(index) is the value of the variable at `index`.
 template <class Value> bool eval_bdd(const bddpp_manager& m, const bdd& f, Value value)

@@ -10,6 +10,7 @@
 #include <list>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "bdd/bddpp.h"
@@ -45,21 +46,14 @@ table table_of(bddpp_manager& m, const bdd& f) {
     return t;
 }
 
-struct node_view {
-    long global_id, id, then_id, else_id;
-    int else_link_type, references;
-    bool operator==(const node_view& o) const {
-        return global_id == o.global_id && id == o.id && then_id == o.then_id &&
-               else_id == o.else_id && else_link_type == o.else_link_type &&
-               references == o.references;
-    }
-};
+// global id, id, then and else global ids, else link, references.
+using node_view = std::tuple<long, long, long, long, int, int>;
 
 std::vector<node_view> table_view(bddpp_manager& m) {
     std::vector<node_view> out;
     for (bdd_node* n : m.map->nodes_in_key_order())
-        out.push_back({n->global_id, n->id, n->then_node->global_id,
-                       n->else_node->global_id, n->else_link_type, n->references});
+        out.emplace_back(n->global_id, n->id, n->then_node->global_id, n->else_node->global_id,
+                         int(n->else_link_type), int(n->references));
     return out;
 }
 

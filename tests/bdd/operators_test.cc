@@ -40,9 +40,8 @@ TEST_P(two_vars, CornersOfIteNodeAccessAndHandleTests) {
     EXPECT_TRUE(*m.Bdd_and(a, b).node() == *m.Bdd_and(b, a).node());
     EXPECT_FALSE(*m.Bdd_and(a, b).node() == *m.Bdd_or(a, b).node());
 
-    testing::internal::CaptureStderr();
-    bdd top = m.Bdd_if(m.Bdd_one());
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+    bdd top;
+    EXPECT_EQ(captured([&] { top = m.Bdd_if(m.Bdd_one()); }),
               "\ncalling bddpp_manager::Bdd_if() with bdd index= -1 :out of range!\n");
     EXPECT_TRUE(m.Bdd_is_zero_tautologic(top));
     EXPECT_EXIT(m.Bdd_then(m.Bdd_zero()), ExitedWithCode(1),

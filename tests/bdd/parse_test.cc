@@ -3,26 +3,15 @@
 
 #include "bdd/bddpp.h"
 #include "bdd/parse_exp_bdd.h"
+#include "tests/bdd/bdd_test_util.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
-
-namespace {
-
-struct Vars {
-    bddpp_manager m;
-    bdd a = m.New_var_last("a");
-    bdd b = m.New_var_last("b");
-    bdd c = m.New_var_last("c");
-};
-
-} // namespace
 
 TEST(ParseExpression, PrecedenceAndWords)
 {
-    Vars v;
+    FourVariables v;
     bddpp_manager& m = v.m;
     bdd a = v.a, b = v.b, c = v.c;
     struct Case {
@@ -60,9 +49,8 @@ TEST(ParseExpression, PrecedenceAndWords)
     for (const Case& k : cases) {
         SCOPED_TRACE(k.text);
         int priority = 99, error = 99;
-        testing::internal::CaptureStderr();
-        bdd r = m.Parse_expression(k.text, priority, error);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+        bdd r;
+        EXPECT_EQ(captured([&] { r = m.Parse_expression(k.text, priority, error); }), "");
         EXPECT_EQ(error, 0);
         EXPECT_EQ(priority, k.priority);
         EXPECT_EQ(r, k.expected);
@@ -71,7 +59,7 @@ TEST(ParseExpression, PrecedenceAndWords)
 
 TEST(ParseExpression, RefusalsAndTheirMessages)
 {
-    Vars v;
+    FourVariables v;
     bddpp_manager& m = v.m;
     struct Case {
         const char* text;
@@ -96,9 +84,8 @@ TEST(ParseExpression, RefusalsAndTheirMessages)
     for (const Case& k : cases) {
         SCOPED_TRACE(k.text);
         int priority = 99, error = 99;
-        testing::internal::CaptureStderr();
-        bdd r = m.Parse_expression(k.text, priority, error);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), k.message);
+        bdd r;
+        EXPECT_EQ(captured([&] { r = m.Parse_expression(k.text, priority, error); }), k.message);
         EXPECT_TRUE(m.Bdd_is_zero_tautologic(r));
         EXPECT_EQ(priority, 0);
         if (k.parser_ran)
@@ -110,9 +97,7 @@ TEST(ParseExpression, RefusalsAndTheirMessages)
     // The short form refuses a priority; a failed parse leaves nothing
     // behind for the next one.
     int error = 99;
-    testing::internal::CaptureStderr();
-    EXPECT_TRUE(m.Bdd_is_zero_tautologic(m.Parse_expression("<2> a", error)));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+    EXPECT_EQ(captured([&] { EXPECT_TRUE(m.Bdd_is_zero_tautologic(m.Parse_expression("<2> a", error))); }),
               "PARSING ERROR about expression: \"<2> a\": unknown symbols '<' and '>' \n");
     EXPECT_EQ(error, 0);
     error = 99;
@@ -122,12 +107,11 @@ TEST(ParseExpression, RefusalsAndTheirMessages)
 
 TEST(ParseExpression, DeepNestingExhaustsTheStackLimit)
 {
-    Vars v;
+    FourVariables v;
     std::string text = std::string(20000, '[') + "a" + std::string(20000, ']');
     int error = 0;
-    testing::internal::CaptureStderr();
-    bdd r = v.m.Parse_expression(text, error);
-    std::string message = testing::internal::GetCapturedStderr();
+    bdd r;
+    std::string message = captured([&] { r = v.m.Parse_expression(text, error); });
     EXPECT_EQ(message.rfind("memory exhausted\nPARSING ERROR about expression: ", 0), 0u);
     EXPECT_NE(error, 0);
     EXPECT_TRUE(v.m.Bdd_is_zero_tautologic(r));

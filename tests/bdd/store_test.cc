@@ -19,12 +19,6 @@ using testing::ExitedWithCode;
 
 namespace {
 
-std::string captured(const std::function<void()>& f) {
-    testing::internal::CaptureStderr();
-    f();
-    return testing::internal::GetCapturedStderr();
-}
-
 // The order and the names against a model: names_test. Here the shape of a
 // variable's node, the growth of the tables and the refusals.
 TEST(BddStore, VariableNodesAndTables) {

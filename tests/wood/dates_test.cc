@@ -4,12 +4,11 @@
 
 #include <algorithm>
 #include <random>
+#include <tuple>
 
 #include "tests/wood/wood_builder.h"
 
-using testing::internal::CaptureStderr;
 using testing::internal::CaptureStdout;
-using testing::internal::GetCapturedStderr;
 using testing::internal::GetCapturedStdout;
 
 namespace {
@@ -132,36 +131,28 @@ void random_wood(WoodBuilder& t, std::mt19937& rng, int n, bool acyclic)
     t.wood->update_nb_level(0); // the starting dates stay; dating is due
 }
 
-struct Snapshot {
-    std::pair<long, std::string> level; // with the messages of the dating
-    std::vector<long> early, late;
-    std::list<long> earliest, latest, loops;
-    bool operator==(const Snapshot& o) const
-    {
-        return level == o.level && early == o.early && late == o.late && earliest == o.earliest &&
-               latest == o.latest && loops == o.loops;
-    }
-};
+// The levels with the messages of the dating, the early and late dates,
+// the two sorts and the loops.
+using Snapshot = std::tuple<std::pair<long, std::string>, std::vector<long>, std::vector<long>, std::list<long>,
+                            std::list<long>, std::list<long>>;
 
 Snapshot snapshot(Bddexpressionwood& w, const std::pair<long, std::string>& level, bool fast)
 {
-    Snapshot s{level, {}, {}, {}, {}, {}};
+    std::vector<long> early, late;
     for (long i = 0; i < w.Nb_bdd_vars(); i++) {
-        s.early.push_back(w.exp_table[i] ? w.exp_table[i]->early_date : -99);
-        s.late.push_back(w.late_dates[i]);
+        early.push_back(w.exp_table[i] ? w.exp_table[i]->early_date : -99);
+        late.push_back(w.late_dates[i]);
     }
-    s.earliest = fast ? w.earliest_sort() : w.earliest_sort_literal();
-    s.latest = fast ? w.latest_sort() : w.latest_sort_literal();
-    s.loops = w.loop_detection();
-    return s;
+    return {level, early, late, fast ? w.earliest_sort() : w.earliest_sort_literal(),
+            fast ? w.latest_sort() : w.latest_sort_literal(), w.loop_detection()};
 }
 
 // A value and what its computation wrote on the error stream.
 template <class F> std::pair<long, std::string> reported(F f)
 {
-    CaptureStderr();
-    long v = f();
-    return {v, GetCapturedStderr()};
+    long v = 0;
+    std::string err = captured([&] { v = f(); });
+    return {v, err};
 }
 
 // The dates of an acyclic wood from its starting early dates: an equation

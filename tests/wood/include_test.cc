@@ -20,6 +20,18 @@ void build_target(WoodBuilder& t)
     t.wood->compute_dates();
 }
 
+// An instance sharing the target's manager: i, w = not i of early date
+// `early`.
+std::unique_ptr<Bddexpressionwood> shared_instance(WoodBuilder& t, long early)
+{
+    std::unique_ptr<Bddexpressionwood> inst(new Bddexpressionwood(t.m()));
+    inst->set_common_bdd_manager(1);
+    bdd i = inst->New_var_last("i");
+    bdd w = inst->New_var_last("w");
+    new Bddexpression("w", inst.get(), w, t.m()->Bdd_not(i), early, 0, 0);
+    return inst;
+}
+
 } // namespace
 
 TEST(IncludeWoodInstance, OtherManagerAddsVariablesAndTakesTheGreaterLevel)
@@ -38,9 +50,7 @@ TEST(IncludeWoodInstance, OtherManagerAddsVariablesAndTakesTheGreaterLevel)
 
     std::map<std::string, std::string> renaming{
         {"i", "m_i"}, {"o", "m_o"}, {"w", "m_w"}, {"v", "m_v"}};
-    testing::internal::CaptureStderr();
-    t.wood->Include_wood_instance(*inst.wood, renaming);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(captured([&] { t.wood->Include_wood_instance(*inst.wood, renaming); }), "");
 
     EXPECT_EQ(t.m()->variables_number, 6);
     EXPECT_EQ(t.index("m_i"), 2);
@@ -76,16 +86,11 @@ TEST(IncludeWoodInstance, SharedManagerBySuffix)
 {
     WoodBuilder t;
     build_target(t);
-    std::unique_ptr<Bddexpressionwood> inst(new Bddexpressionwood(t.m()));
-    inst->set_common_bdd_manager(1);
-    bdd i = inst->New_var_last("i");
-    bdd w = inst->New_var_last("w");
-    new Bddexpression("w", inst.get(), w, t.m()->Bdd_not(i), 1, 0, 0);
+    std::unique_ptr<Bddexpressionwood> inst = shared_instance(t, 1);
 
     std::string suffix = "_1";
-    testing::internal::CaptureStderr();
-    t.wood->Include_wood_instance(*inst, suffix);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "WOOD A INTEGRER avec meme Bdd_manager \n");
+    EXPECT_EQ(captured([&] { t.wood->Include_wood_instance(*inst, suffix); }),
+              "WOOD A INTEGRER avec meme Bdd_manager \n");
 
     EXPECT_EQ(t.m()->Name_var_by_index(4), "i_1");
     EXPECT_EQ(t.m()->Name_var_by_index(5), "w_1");
@@ -100,34 +105,22 @@ TEST(IncludeWoodInstance, SharedManagerBySuffix)
 
 TEST(IncludeWoodInstance, MissingRenamings)
 {
-    auto build = [](WoodBuilder& t, std::unique_ptr<Bddexpressionwood>& inst) {
-        build_target(t);
-        inst.reset(new Bddexpressionwood(t.m()));
-        inst->set_common_bdd_manager(1);
-        bdd i = inst->New_var_last("i");
-        bdd w = inst->New_var_last("w");
-        new Bddexpression("w", inst.get(), w, t.m()->Bdd_not(i), 0, 0, 0);
-    };
     {
         // A variable without renaming is only a warning.
         WoodBuilder t;
-        std::unique_ptr<Bddexpressionwood> inst;
-        build(t, inst);
+        build_target(t);
+        std::unique_ptr<Bddexpressionwood> inst = shared_instance(t, 0);
         std::map<std::string, std::string> renaming{{"w", "n_w"}};
-        testing::internal::CaptureStderr();
-        t.wood->Include_wood_instance(*inst, renaming);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+        EXPECT_EQ(captured([&] { t.wood->Include_wood_instance(*inst, renaming); }),
                   "WOOD A INTEGRER avec meme Bdd_manager \nWarning: no renaming for : i\n");
         EXPECT_NE(t.at("n_w"), nullptr);
     }
     // With a shared manager, a left member without renaming ends the run.
-    auto include_without_left_member = [&build]() {
+    auto include_without_left_member = [] {
         WoodBuilder t;
-        std::unique_ptr<Bddexpressionwood> inst;
-        build(t, inst);
-        std::map<std::string, std::string> renaming;
-        renaming["i"] = "n_i";
-        t.wood->Include_wood_instance(*inst, renaming);
+        build_target(t);
+        std::map<std::string, std::string> renaming{{"i", "n_i"}};
+        t.wood->Include_wood_instance(*shared_instance(t, 0), renaming);
     };
     EXPECT_EXIT(include_without_left_member(), testing::ExitedWithCode(1),
                 "Error: no renaming for : w");

@@ -253,9 +253,7 @@ TEST(WholeWoodPasses, ReaderRebuildMatchesTheLiteralOne)
         ASSERT_EQ(tables_state(slow), tables_state(fast));
         mended += tables_state(slow) != spoilt ? 1 : 0;
         // Exact tables: the check finds nothing, a second rebuild neither.
-        testing::internal::CaptureStderr();
-        fast.wood->coherence_dependances_check(std::cerr);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+        EXPECT_EQ(captured([&] { fast.wood->coherence_dependances_check(std::cerr); }), "");
         std::string once = tables_state(fast);
         fast.wood->internal_global_build_dependances();
         ASSERT_EQ(once, tables_state(fast));
@@ -286,13 +284,8 @@ TEST(WholeWoodPasses, RestrictionMatchesTheLiteralRewrite)
         if (seed % 2 == 0)
             keep = {int(Compilation::SOUTPUT)};
         std::string start = tables_state(slow);
-        testing::internal::CaptureStderr();
-        restrict_literal(*slow.wood, cube(slow), keep);
-        std::string slow_err = testing::internal::GetCapturedStderr();
-        testing::internal::CaptureStderr();
-        fast.wood->reduce_expressions(cube(fast), keep);
-        std::string fast_err = testing::internal::GetCapturedStderr();
-        ASSERT_EQ(slow_err, fast_err);
+        std::string slow_err = captured([&] { restrict_literal(*slow.wood, cube(slow), keep); });
+        ASSERT_EQ(slow_err, captured([&] { fast.wood->reduce_expressions(cube(fast), keep); }));
         std::string restricted = tables_state(slow);
         ASSERT_EQ(restricted, tables_state(fast));
         // The wire and local passes drop the prune that used to follow the
@@ -420,10 +413,7 @@ TEST(WholeWoodPasses, UsedVariablesAndSortsByDateMatchTheirPlainForms)
             IndexSet used = e->set_of_index_used_variables();
             expected.insert(used.begin(), used.end());
         }
-        testing::internal::CaptureStderr();
-        IndexSet got = w.Set_of_index_used_variables();
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), reports.str());
-        EXPECT_EQ(got, expected);
+        EXPECT_EQ(captured([&] { EXPECT_EQ(w.Set_of_index_used_variables(), expected); }), reports.str());
         reported += reports.str().empty() ? 0 : 1;
 
         std::mt19937 rng(seed * 613);

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/bdd/bdd_test_util.h"
 #include "wood/Bddexpression.h"
 
 struct WoodBuilder {
@@ -56,12 +57,7 @@ inline std::string without_addresses(const std::string& text)
 }
 
 // What f wrote on the error stream, addresses left out.
-template <class F> std::string stderr_of(F f)
-{
-    testing::internal::CaptureStderr();
-    f();
-    return without_addresses(testing::internal::GetCapturedStderr());
-}
+template <class F> std::string stderr_of(F f) { return without_addresses(captured(f)); }
 
 // Everything a pass may change in the tables, in text: nodes by global id,
 // slots, readers, dependances, dates.

@@ -4,19 +4,13 @@
 
 #include "tests/wood/wood_builder.h"
 
-using testing::internal::CaptureStderr;
-using testing::internal::GetCapturedStderr;
-
 namespace {
 
 // Runs each call and compares what it wrote on the error stream.
 void expect_reports(const std::vector<std::pair<std::function<void()>, std::string>>& cases)
 {
-    for (const auto& c : cases) {
-        CaptureStderr();
-        c.first();
-        EXPECT_EQ(GetCapturedStderr(), c.second);
-    }
+    for (const auto& c : cases)
+        EXPECT_EQ(captured(c.first), c.second);
 }
 
 } // namespace
@@ -140,9 +134,8 @@ TEST(WoodLookups, ResultsAndMessages)
          "ERROR in Bddexpressionwood::exp(): 3 bad number ...\npossible: {1,2,3}\n"},
     };
     for (const auto& c : cases) {
-        CaptureStderr();
-        std::string result = c.call();
-        std::string err = GetCapturedStderr();
+        std::string result;
+        std::string err = captured([&] { result = c.call(); });
         EXPECT_EQ(result, c.result) << c.err;
         EXPECT_EQ(err, c.err) << c.result;
     }

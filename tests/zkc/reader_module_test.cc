@@ -29,6 +29,12 @@ bdd right_of(Module* m, long index)
 
 Signal* first(std::list<Signal*>* l) { return l != nullptr && !l->empty() ? l->front() : nullptr; }
 
+// A module m of the given signal sections and no equation.
+read_result read_signals(const std::string& sections, const std::string& suffix = "")
+{
+    return read_zkc("module: m 0 0 " + sections + " connexion: S R T; equation_def: 0 expressions: end:", suffix);
+}
+
 }  // namespace
 
 // What the generators' golden texts of the worked module cannot show: the
@@ -85,7 +91,7 @@ TEST(ReaderModule, RegisterLinesFindAnySignalReadSoFar)
         {"of two signals of a name, the later", "input: x ; output: x ; local: n ; register: n x 0;", "x", "n", 0},
     };
     for (const auto& c : cases) {
-        read_result r = read_zkc("module: m 0 0 " + c.text + " connexion: S R T; equation_def: 0 expressions: end:");
+        read_result r = read_signals(c.text);
         ASSERT_EQ(r.status, 0) << c.what << r.errors;
         ASSERT_EQ(r.module->getRegisterList()->size(), 1u) << c.what;
         regclass* reg = r.module->getRegisterList()->front();
@@ -96,17 +102,14 @@ TEST(ReaderModule, RegisterLinesFindAnySignalReadSoFar)
         EXPECT_TRUE(reg->actual_var()->isRegister()) << c.what;
         EXPECT_FALSE(reg->actual_var()->isInput()) << c.what;
     }
-    read_result warned = read_zkc("module: m 0 0 local: n r ; register: n r 2; connexion: S R T; "
-                                  "equation_def: 0 expressions: end:");
+    read_result warned = read_signals("local: n r ; register: n r 2;");
     EXPECT_EQ(warned.errors, "Warning: Boolean value expected to initialize register value\n");
 }
 
 TEST(ReaderModule, SuffixGoesToInternalNamesOnly)
 {
     for (const std::string suffix : {"", "_2"}) {
-        read_result r = read_zkc("module: m 0 0 input: i ; local: n r ; register: n r 0; memorized: p i; "
-                                 "connexion: S R T; equation_def: 0 expressions: end:",
-                                 suffix);
+        read_result r = read_signals("input: i ; local: n r ; register: n r 0; memorized: p i;", suffix);
         ASSERT_EQ(r.status, 0) << r.errors;
         Signal* i = first(r.module->getInputSignalList());
         EXPECT_EQ(i->getOriginalName(), "i");
@@ -126,9 +129,7 @@ TEST(ReaderModule, SuffixGoesToInternalNamesOnly)
 // initial value show in the golden texts.)
 TEST(ReaderModule, MemorisedLines)
 {
-    read_result r = read_zkc("module: m 0 0 input: i ; output: o : int ; local: l ;"
-                             " memorized: p o zero; i l; q l;"
-                             " connexion: S R T; equation_def: 0 expressions: end:");
+    read_result r = read_signals("input: i ; output: o : int ; local: l ; memorized: p o zero; i l; q l;");
     ASSERT_EQ(r.status, 0) << r.errors;
     auto* pairs = r.module->getPreSignalList();
     ASSERT_EQ(pairs->size(), 3u);
