@@ -15,8 +15,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <fstream>
 #include <list>
 #include <string>
 
@@ -114,11 +112,9 @@ TEST(ReaderData, EvaluationForms)
 
 TEST(ReaderData, ModuleFilesAreFoundByTheirFirstLine)
 {
-    std::string one = temp_path("reader_find_one.zkc"), two = temp_path("reader_find_two.zkc");
-    {
-        std::ofstream(one) << "module: alpha  1 0\nconnexion: S R T; equation_def: 0 expressions: end:\n";
-        std::ofstream(two) << "module: beta  0 1\nconnexion: S R T; equation_def: 0 expressions: end:\n";
-    }
+    scratch_dir s;
+    std::string one = s.write("one.zkc", "module: alpha  1 0\n" + empty_wood);
+    std::string two = s.write("two.zkc", "module: beta  0 1\n" + empty_wood);
     std::list<std::string> files{one, two};
     Module::CompilationFileList = &files;
     EXPECT_EQ(Compilation::getZkcFileName("beta"), two);
@@ -136,17 +132,12 @@ TEST(ReaderData, ModuleFilesAreFoundByTheirFirstLine)
     EXPECT_EQ(none, nullptr);
     EXPECT_EQ(errors, "File:  does not exist\n");
     Module::CompilationFileList = nullptr;
-    for (const std::string& f : {one, two, one + ".log", two + ".log"})
-        std::remove(f.c_str());
 }
 
 TEST(ReaderErrors, AuthorisedListsRejectUnknownPureSignals)
 {
-    std::string file = temp_path("reader_authorised.zkc");
-    {
-        std::ofstream(file) << "module: top 0 0 input: a v : int b ; output: o ; connexion: S R T; "
-                               "equation_def: 0 expressions: end: ";
-    }
+    scratch_dir s;
+    std::string file = s.write("authorised.zkc", "module: top 0 0 input: a v : int b ; output: o ;" + empty_wood);
     std::list<std::string> inputs{"a", "c"};
     std::list<std::string> outputs{"o"};
     std::list<std::string> none;
@@ -162,6 +153,4 @@ TEST(ReaderErrors, AuthorisedListsRejectUnknownPureSignals)
     std::string missing = file + ".none";
     EXPECT_EQ(Compilation::zkc_parse(missing, hierarchy, nullptr, nullptr), nullptr);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "File: " + missing + " does not exist\n");
-    std::remove(file.c_str());
-    std::remove((file + ".log").c_str());
 }
