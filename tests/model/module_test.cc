@@ -2,8 +2,7 @@
 // that additions create, copies, and the refusals of misuse.
 
 #include "model/interface.h"
-#include "model/module.h"
-#include "wood/Bddexpression.h"
+#include "tests/module_builder.h"
 
 #include <gtest/gtest.h>
 
@@ -155,21 +154,13 @@ TEST(Module, ListConstructorTakesConnexionsAndFlagsRegisters)
 
 TEST(Module, CopyKeepsVariablesAndSharesNoSignal)
 {
-    Module m("m");
-    Bddexpressionwood* wood = m.getBddWood();
-    Signal* in = new Signal("i", &m, wood);
-    in->setInput();
-    Signal* out = new Signal("o", &m, wood);
-    out->setOutput();
+    ModuleBuilder b;
+    Module& m = b.m;
+    Bddexpressionwood* wood = b.wood;
+    Signal *in = b.input("i"), *out = b.output("o"), *r = b.local("r"), *n = b.local("n");
     out->setValueType("int", &m);
-    Signal* r = new Signal("r", &m, wood, true);
-    Signal* n = new Signal("n", &m, wood, true);
+    b.registerOf(r, n, 1);
     Signal* pre = new Signal("po", &m, wood);
-    m.addInputSignal(in);
-    m.addOutputSignal(out);
-    m.addLocalSignal(r);
-    m.addLocalSignal(n);
-    m.addRegisterSignal(r, n, 1);
     m.addPreSignal(pre, out, "0");
     m.setSet(new Signal("SETm", &m, wood));
     out->newOccurrence(wood, &m);
