@@ -1,10 +1,9 @@
 // Data bindings and signal values: names per target, types from the
 // signal refs, dependences, clocks, copies into another module.
 
-#include "model/module.h"
 #include "model/module_bindings.h"
 #include "tests/data/data_tables.h"
-#include "wood/Bddexpression.h"
+#include "tests/module_builder.h"
 
 #include <gtest/gtest.h>
 
@@ -14,28 +13,18 @@ namespace {
 // a pure test input c (4, 5), a local l (6, 7) and a valued pre signal
 // declared "pr" with internal name "pr_k" (8, 9), over the data tables.
 struct BindingTest : DataTables {
-    Module m{"m"};
-    Bddexpressionwood* wood = m.getBddWood();
-    Signal* i = new Signal("i", &m, wood);
-    Signal* o = new Signal("o", &m, wood);
-    Signal* c = new Signal("c", &m, wood);
-    Signal* l = new Signal("l", &m, wood);
+    ModuleBuilder b;
+    Module& m = b.m;
+    Bddexpressionwood* wood = b.wood;
+    Signal *i = b.input("i"), *o = b.output("o"), *c = b.input("c"), *l = b.local("l");
     Signal* pr = new Signal("pr", "pr_k", &m, wood);
 
     void SetUp() override
     {
         DataTables::SetUp();
-        i->setInput();
-        c->setInput();
-        o->setOutput();
-        l->setLocal();
         pr->setPre();
         for (Signal* s : {i, o, pr})
             s->setValueType("int", &m);
-        m.addInputSignal(i);
-        m.addInputSignal(c);
-        m.addOutputSignal(o);
-        m.addLocalSignal(l);
         m.addPreSignal(pr, i, "0");
     }
 
