@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -30,13 +29,6 @@ std::string written(Module* m, int forgetNames)
     std::ostringstream out;
     m->ZKC_put(out, 0, 0, forgetNames);
     return out.str();
-}
-
-std::string temp(const std::string& name, const std::string& text)
-{
-    std::string path = temp_path(name);
-    std::ofstream(path) << text;
-    return path;
 }
 
 std::string debug(Module* m)
@@ -68,7 +60,7 @@ TEST(RoundTrip, EveryExampleAndGeneratedModuleReadsBackToTheSameModule)
         Module* original = read(file);
         ASSERT_NE(original, nullptr);
         std::string first = written(original, 0);
-        Module* again = read(temp("roundtrip.zkc", first));
+        Module* again = read(s.write("roundtrip.zkc", first));
         ASSERT_NE(again, nullptr);
         // The writer numbers variables in the order the reader makes them,
         // so a module read back is the same one, ids and names included.
@@ -79,6 +71,7 @@ TEST(RoundTrip, EveryExampleAndGeneratedModuleReadsBackToTheSameModule)
 
 TEST(RoundTrip, ForgottenNamesAreStableNumbers)
 {
+    scratch_dir s;
     for (const std::string& file : examples()) {
         SCOPED_TRACE(file);
         Module* original = read(file);
@@ -87,7 +80,7 @@ TEST(RoundTrip, ForgottenNamesAreStableNumbers)
             continue;  // a memorised line names its actual signal, which has no name left
         std::string first = written(original, 1);
         EXPECT_EQ(first.find("local:"), first.find("local:  V")) << first;
-        Module* again = read(temp("roundtrip_forget.zkc", first));
+        Module* again = read(s.write("roundtrip_forget.zkc", first));
         ASSERT_NE(again, nullptr);
         EXPECT_EQ(written(again, 1), first);
         // Names aside, the equations are those of the original.
@@ -98,7 +91,8 @@ TEST(RoundTrip, ForgottenNamesAreStableNumbers)
 
 TEST(RoundTrip, WorkedModuleInTheWritersLayout)
 {
-    Module* m = read(temp("roundtrip_worked.zkc", worked_module_text));
+    scratch_dir s;
+    Module* m = read(s.write("roundtrip_worked.zkc", worked_module_text));
     ASSERT_NE(m, nullptr);
     std::string text = written(m, 0);
     EXPECT_EQ(text.substr(0, text.find("equation_def:")),
