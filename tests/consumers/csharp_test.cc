@@ -179,9 +179,6 @@ TEST(CSharpConsumer, TextsCompileOrFailAsTheySay)
     const std::string publicprivate_accu =
         "accu.cs(23,27): error CS1519: Unexpected symbol `const' in class, struct, or interface member declaration\n"
         "accu.cs(23,42): error CS0145: A const field requires a value to be provided\n";
-    const std::string publicprivate_peak =
-        "peak.cs(24,27): error CS1519: Unexpected symbol `const' in class, struct, or interface member declaration\n"
-        "peak.cs(24,43): error CS0145: A const field requires a value to be provided\n";
     const std::string no_integer =
         "sum.cs(22,23): error CS0246: The type or namespace name `integer' could not be found. Are you missing an "
         "assembly reference?\n"
@@ -198,12 +195,12 @@ TEST(CSharpConsumer, TextsCompileOrFailAsTheySay)
     const row rows[] = {
         {"accu", "accu", example("accu"), publicprivate_accu},
         {"blink", "blink", example("blink"), ""},
-        {"peak", "peak", example("peak"), publicprivate_peak},
         {"shift", "shift", example("shift"), ""},
         {"sum", "sum", example("sum"), no_integer},
-        {"toggle", "toggle", example("toggle"), ""},
         {"watchdog", "watchdog", example("watchdog"), ""},
         {"worked", "m", worked_module_text, loop_counter},
+        // toggle compiles in PureModulesReactLikeTheirC; peak's text, a
+        // golden one, has the fault of the external constant below.
         // The smallest modules whose literal C# mcs refuses.
         {"an int input is read by Convert.ToUInt32", "m",
          "module: m 0 0 input: x : int ; output: o ;\n" + head + "expressions:\n1 1 2:0,1,(0 )\nend:\n"

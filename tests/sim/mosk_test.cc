@@ -135,13 +135,6 @@ TEST(MoskCommand, OneLinePerReactionStopAtTheFirstBadLineAndRefusals)
     EXPECT_EQ(help.out.find("usage: mosk <module>.zkc"), 0u);
 }
 
-// Reads and finalises an example in this process.
-Module* finalised(const scratch_dir& s, const std::string& name)
-{
-    copy_example(s.path, name);
-    return finalised_module(s.path + "/" + name + ".zkc");
-}
-
 // sum: total takes add_sat(pre total, inc, limit) through its clock, which
 // waits for data. An absent total holds its type's zero, which sum does not
 // define: the sum is unknown from then on, and a request on an unknown
@@ -149,7 +142,8 @@ Module* finalised(const scratch_dir& s, const std::string& name)
 TEST(ReactionEngine, NoRequestOnAnUnknownOperand)
 {
     scratch_dir s;
-    Module* sum = finalised(s, "sum");
+    copy_example(s.path, "sum");
+    Module* sum = finalised_module(s.path + "/sum.zkc");
     ASSERT_NE(sum, nullptr);
     reaction_engine v(sum);
     std::vector<std::string> asked;
