@@ -76,7 +76,7 @@ std::string wrapper_object() { return built_once("wrapper.cc", wrapper_text, "-c
 // The adapter of a module: one line of the trace per reaction, the
 // outputs written on one line.
 std::string adapter(const std::string& module, const std::vector<c_port>& inputs,
-                           const std::vector<c_port>& outputs)
+                    const std::vector<c_port>& outputs)
 {
     return "#include <stdio.h>\n#include \"" + module + "_sc.h\"\nvoid sc_reset_module() { " + module +
            "_reset_automaton(); }\nbool sc_react(FILE* in, FILE* out)\n{\n" + reaction_code(module, inputs, outputs) +
@@ -129,7 +129,7 @@ bool compile_with_known_fault(const scratch_dir& s, const std::string& module, b
 // Links the unit's object, the adapter and the wrapper, and runs the
 // simulation on `trace_text`; the lines written by the adapter.
 std::string simulate(const scratch_dir& s, const std::string& module, const std::string& adapter,
-                            const std::string& trace_text, const std::string& user_files = "")
+                     const std::string& trace_text, const std::string& user_files = "")
 {
     std::string wrapper = wrapper_object();
     if (wrapper.empty())
@@ -168,8 +168,9 @@ sc_run compare_with_c(const scratch_dir& s, const std::string& module, unsigned 
     EXPECT_EQ(sc_outputs, c.outputs);
     if (!compile_with_known_fault(s, module, &result.refused))
         return result;
-    port_values sc = read_values(simulate(s, module, adapter(module, c.inputs, c.outputs), trace_text(c.t, c.inputs.empty())),
-                                 c.outputs, c.t.size());
+    std::string printed =
+        simulate(s, module, adapter(module, c.inputs, c.outputs), trace_text(c.t, c.inputs.empty()));
+    port_values sc = read_values(printed, c.outputs, c.t.size());
     std::set<std::string> unset = facts_of(s.path + "/" + module + ".zkc").reading_pre;
     for (const std::string& o : names(c.outputs)) {
         if (unset.count(o) != 0) {

@@ -43,7 +43,7 @@ std::string bit_type(bool altera) { return altera ? "std_logic" : "bit"; }
 // presence of the variant's bit type, a value an integer. One line per
 // reaction, the outputs in order, a presence as 1, 0 or -1 for X.
 std::string testbench(const std::string& module, bool altera, const std::string& package,
-                             const std::vector<c_port>& inputs, const std::vector<c_port>& outputs, const trace& t)
+                      const std::vector<c_port>& inputs, const std::vector<c_port>& outputs, const trace& t)
 {
     std::string bit = bit_type(altera);
     std::ostringstream tb;
@@ -87,7 +87,7 @@ struct ghdl_run {
 // elaborates the testbench and runs it. A failed analysis or elaboration
 // stops there with its status and messages.
 ghdl_run simulate(const std::string& dir, const std::string& work, const std::vector<std::string>& files,
-                         const std::vector<c_port>& outputs, std::size_t reactions)
+                  const std::vector<c_port>& outputs, std::size_t reactions)
 {
     ghdl_run r{0, "", {}};
     std::string opts = " --workdir=" + work + " ";
@@ -132,7 +132,7 @@ void expect_undeclared(const ghdl_run& r, const std::string& file, const std::se
 // The same text with the missing declarations added after the starter's,
 // so that the rest of it can still be simulated.
 void declare(const std::string& path, const std::string& module, const std::set<std::string>& names,
-                    const std::string& bit)
+             const std::string& bit)
 {
     std::string text = read_file(path);
     std::string starter = "signal " + module + "_node_starter : " + bit + ";\n";

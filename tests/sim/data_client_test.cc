@@ -22,7 +22,6 @@
 
 namespace {
 
-
 // A socket bound to a free port of 127.0.0.1, and that port.
 int loopback_socket(std::string& port)
 {

@@ -23,7 +23,6 @@ namespace {
 
 using namespace c_reference;
 
-
 // The printed outputs as the C's driver gives them: per output, 1 where
 // its name is on the step's line.
 port_values printed_outputs(const std::string& printed, const std::vector<std::string>& outputs)
