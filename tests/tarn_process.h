@@ -98,6 +98,12 @@ inline tarn_output run_tarn_in(const std::string& dir, const std::vector<std::st
     return run_in(TARN_BINARY_DIR "/driver/tarn", dir, args);
 }
 
+inline tarn_output run_mosk_in(const std::string& dir, const std::vector<std::string>& args,
+                               const std::string& reactions = "")
+{
+    return run_in(TARN_BINARY_DIR "/sim/mosk", dir, args, reactions);
+}
+
 // A module of `equations` random equations written by zkcgen as
 // `dir`/`name`.zkc (the name also names the module); its text, empty when
 // zkcgen failed.

@@ -33,6 +33,7 @@ using port_values = std::map<std::string, std::vector<int>>; // port -> value pe
 struct c_port {
     std::string name;
     bool valued = false;
+    bool operator==(const c_port& o) const { return name == o.name && valued == o.valued; }
 };
 
 inline int run(const std::string& command) { return WEXITSTATUS(std::system(command.c_str())); }
@@ -79,30 +80,6 @@ inline bool read_ports(const std::string& header, const std::string& module, std
     return true;
 }
 
-// The same for a pure module: the names alone, and false on a value.
-inline bool read_prototype(const std::string& header, const std::string& module, std::vector<std::string>& inputs,
-                           std::vector<std::string>& outputs)
-{
-    std::vector<c_port> in, out;
-    if (!read_ports(header, module, in, out))
-        return false;
-    for (auto [ports, names] : {std::pair{&in, &inputs}, std::pair{&out, &outputs}})
-        for (const c_port& p : *ports) {
-            if (p.valued)
-                return false;
-            names->push_back(p.name);
-        }
-    return true;
-}
-
-inline std::vector<c_port> presences(const std::vector<std::string>& names)
-{
-    std::vector<c_port> ports;
-    for (const std::string& n : names)
-        ports.push_back({n});
-    return ports;
-}
-
 // The "error:" messages of gcc or g++, without their place.
 inline std::vector<std::string> error_messages(const std::string& errors)
 {
@@ -128,11 +105,6 @@ inline trace random_trace(const std::vector<c_port>& inputs, unsigned seed, std:
     return t;
 }
 
-inline trace random_trace(std::size_t ports, unsigned seed)
-{
-    return random_trace(std::vector<c_port>(ports), seed);
-}
-
 // The trace as a reaction reads it: a line per reaction, a lone 1 when the
 // module has no input.
 inline std::string trace_text(const trace& t, bool no_inputs)
@@ -148,14 +120,14 @@ inline std::string trace_text(const trace& t, bool no_inputs)
 
 // The trace as the simulator and the C# bean read it: per reaction a line
 // of the names of the inputs present.
-inline std::string reaction_lines(const std::vector<std::string>& inputs, const trace& t)
+inline std::string reaction_lines(const std::vector<c_port>& inputs, const trace& t)
 {
     std::ostringstream lines;
     for (const auto& step : t) {
         const char* sep = "";
         for (std::size_t i = 0; i < inputs.size(); ++i)
             if (step[i] != 0) {
-                lines << sep << inputs[i];
+                lines << sep << inputs[i].name;
                 sep = " ";
             }
         lines << "\n";
@@ -234,12 +206,6 @@ inline port_values run_c(const scratch_dir& s, const std::string& module, const 
     s.write("trace.txt", trace_text(t, inputs.empty()));
     EXPECT_EQ(run("cd '" + s.path + "' && ./driver < trace.txt > c_out.txt"), 0);
     return read_values(read_file(s.path + "/c_out.txt"), outputs, t.size());
-}
-
-inline port_values run_c(const scratch_dir& s, const std::string& module, const std::vector<std::string>& inputs,
-                         const std::vector<std::string>& outputs, const trace& t)
-{
-    return run_c(s, module, presences(inputs), presences(outputs), t);
 }
 
 inline std::vector<std::string> names(const std::vector<c_port>& ports)

@@ -77,14 +77,6 @@ std::string driver_text(const std::string& module)
            "}\n";
 }
 
-// Runs tarn on the module text for C and C#.
-void generate(const scratch_dir& s, const std::string& module, const std::string& zkc)
-{
-    s.write(module + ".zkc", zkc);
-    tarn_output r = run_tarn_in(s.path, {module + ".zkc", "-c", "-csharp"});
-    ASSERT_EQ(r.status, 0) << r.err;
-}
-
 // The error lines of mcs on the bean and the stubs, in its order; empty
 // when it compiles. With `driver` the result is a program.
 std::string mcs_errors(const scratch_dir& s, const std::string& module, bool driver)
@@ -109,8 +101,8 @@ std::string mcs_errors(const scratch_dir& s, const std::string& module, bool dri
 
 // The bean on the trace, an event per present input in port order: per
 // output, 1 where the bean fires it present.
-port_values run_csharp(const scratch_dir& s, const std::string& module, const std::vector<std::string>& inputs,
-                       const std::vector<std::string>& outputs, const trace& t)
+port_values run_csharp(const scratch_dir& s, const std::string& module, const std::vector<c_port>& inputs,
+                       const std::vector<c_port>& outputs, const trace& t)
 {
     s.write("events.txt", reaction_lines(inputs, t));
     EXPECT_EQ(run("cd '" + s.path + "' && mono " + module + ".exe < events.txt > cs_out.txt 2> mono.txt"), 0)
@@ -118,13 +110,13 @@ port_values run_csharp(const scratch_dir& s, const std::string& module, const st
     port_values values;
     std::istringstream lines(read_file(s.path + "/cs_out.txt"));
     std::string line;
-    for (const std::string& o : outputs)
-        values[o].assign(t.size(), -1);
+    for (const c_port& o : outputs)
+        values[o.name].assign(t.size(), -1);
     for (std::size_t step = 0; step < t.size() && std::getline(lines, line); ++step)
-        for (const std::string& o : outputs) {
+        for (const c_port& o : outputs) {
             std::smatch m;
-            if (std::regex_search(line, m, std::regex("(^| )" + o + "=(True|False)( |$)")))
-                values[o][step] = m[2] == "True";
+            if (std::regex_search(line, m, std::regex("(^| )" + o.name + "=(True|False)( |$)")))
+                values[o.name][step] = m[2] == "True";
         }
     return values;
 }
@@ -145,12 +137,14 @@ trace last_event_only(trace t)
 
 // The module's C and its bean, which mcs compiles into a program; the
 // reaction's presences as the C header declares them.
-void build_both(const scratch_dir& s, const std::string& module, const std::string& zkc,
-                std::vector<std::string>& inputs, std::vector<std::string>& outputs)
+void build_both(const scratch_dir& s, const std::string& module, const std::string& zkc, std::vector<c_port>& inputs,
+                std::vector<c_port>& outputs)
 {
-    generate(s, module, zkc);
+    s.write(module + ".zkc", zkc);
+    tarn_output r = run_tarn_in(s.path, {module + ".zkc", "-c", "-csharp"});
+    ASSERT_EQ(r.status, 0) << r.err;
     ASSERT_EQ(mcs_errors(s, module, true), "");
-    ASSERT_TRUE(read_prototype(read_file(s.path + "/" + module + ".h"), module, inputs, outputs));
+    ASSERT_TRUE(read_ports(read_file(s.path + "/" + module + ".h"), module, inputs, outputs));
 }
 
 // Compiles the bean and checks it against the C on random traces.
@@ -158,10 +152,10 @@ void expect_reacts_like_c(const std::string& module, const std::string& zkc, uns
 {
     SCOPED_TRACE(module);
     scratch_dir s;
-    std::vector<std::string> inputs, outputs;
+    std::vector<c_port> inputs, outputs;
     build_both(s, module, zkc, inputs, outputs);
     for (unsigned k = 0; k < 2; ++k) {
-        trace t = last_event_only(random_trace(inputs.size(), seed * 31 + k));
+        trace t = last_event_only(random_trace(inputs, seed * 31 + k));
         EXPECT_EQ(run_csharp(s, module, inputs, outputs, t), run_c(s, module, inputs, outputs, t)) << "trace " << k;
     }
 }
@@ -185,9 +179,6 @@ TEST(CSharpConsumer, TextsCompileOrFailAsTheySay)
     const std::string publicprivate_accu =
         "accu.cs(23,27): error CS1519: Unexpected symbol `const' in class, struct, or interface member declaration\n"
         "accu.cs(23,42): error CS0145: A const field requires a value to be provided\n";
-    const std::string publicprivate_peak =
-        "peak.cs(24,27): error CS1519: Unexpected symbol `const' in class, struct, or interface member declaration\n"
-        "peak.cs(24,43): error CS0145: A const field requires a value to be provided\n";
     const std::string no_integer =
         "sum.cs(22,23): error CS0246: The type or namespace name `integer' could not be found. Are you missing an "
         "assembly reference?\n"
@@ -204,12 +195,12 @@ TEST(CSharpConsumer, TextsCompileOrFailAsTheySay)
     const row rows[] = {
         {"accu", "accu", example("accu"), publicprivate_accu},
         {"blink", "blink", example("blink"), ""},
-        {"peak", "peak", example("peak"), publicprivate_peak},
         {"shift", "shift", example("shift"), ""},
         {"sum", "sum", example("sum"), no_integer},
-        {"toggle", "toggle", example("toggle"), ""},
         {"watchdog", "watchdog", example("watchdog"), ""},
         {"worked", "m", worked_module_text, loop_counter},
+        // toggle compiles in PureModulesReactLikeTheirC; peak's text, a
+        // golden one, has the fault of the external constant below.
         // The smallest modules whose literal C# mcs refuses.
         {"an int input is read by Convert.ToUInt32", "m",
          "module: m 0 0 input: x : int ; output: o ;\n" + head + "expressions:\n1 1 2:0,1,(0 )\nend:\n"
@@ -275,7 +266,7 @@ TEST(CSharpConsumer, PureModulesReactLikeTheirC)
         zkc = generate_module(scratch_dir().path, name, 130 + 3 * k, 100 + k);
         ASSERT_TRUE(has_memorised(zkc));
         SCOPED_TRACE(name);
-        std::vector<std::string> inputs, outputs;
+        std::vector<c_port> inputs, outputs;
         build_both(scratch_dir(), name, zkc, inputs, outputs);
     }
 }
@@ -289,7 +280,7 @@ TEST(CSharpConsumer, MemorisedSignalIsNeverLoadedAndTheLastEventCounts)
 {
     require_tools();
     const std::string head = "connexion: SETm RESETm RTLm;\nequation_def:\n";
-    trace one = random_trace(1, 5), both(steps, std::vector<int>{1, 1});
+    trace one = random_trace(std::vector<c_port>(1), 5), both(steps, std::vector<int>{1, 1});
     std::vector<int> late(steps);
     for (int step = 1; step < steps; ++step)
         late[step] = one[step - 1][0];
@@ -308,9 +299,9 @@ TEST(CSharpConsumer, MemorisedSignalIsNeverLoadedAndTheLastEventCounts)
     for (const auto& r : rows) {
         SCOPED_TRACE(r.zkc);
         scratch_dir s;
-        std::vector<std::string> inputs, outputs;
+        std::vector<c_port> inputs, outputs;
         build_both(s, "m", r.zkc, inputs, outputs);
-        ASSERT_EQ(outputs, std::vector<std::string>{"o"});
+        ASSERT_EQ(names(outputs), std::vector<std::string>{"o"});
         EXPECT_EQ(run_c(s, "m", inputs, outputs, r.t)["o"], r.c);
         EXPECT_EQ(run_csharp(s, "m", inputs, outputs, r.t)["o"], r.cs);
     }

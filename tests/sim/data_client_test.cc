@@ -4,7 +4,7 @@
 // answers.
 
 #include "sim/data_client.h"
-#include "tests/sim/mosk_agreement.h"
+#include "tests/tarn_process.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,20 @@
 
 namespace {
 
-using mosk_agreement::run_mosk_in;
+// A socket bound to a free port of 127.0.0.1, and that port.
+int loopback_socket(std::string& port)
+{
+    int s = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in a{};
+    a.sin_family = AF_INET;
+    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t len = sizeof a;
+    if (::bind(s, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0 ||
+        ::getsockname(s, reinterpret_cast<sockaddr*>(&a), &len) != 0)
+        ADD_FAILURE() << "no loopback socket";
+    port = std::to_string(ntohs(a.sin_port));
+    return s;
+}
 
 // A server of one client on 127.0.0.1: each read is one request, answered
 // by `answer` (an empty answer sends nothing). Every wait is bounded.
@@ -30,15 +43,8 @@ class stand_in_server {
 public:
     explicit stand_in_server(std::function<std::string(const std::string&)> answer) : answer(std::move(answer))
     {
-        listener = ::socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in a{};
-        a.sin_family = AF_INET;
-        a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t len = sizeof a;
-        if (::bind(listener, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0 || ::listen(listener, 5) != 0 ||
-            ::getsockname(listener, reinterpret_cast<sockaddr*>(&a), &len) != 0)
-            ADD_FAILURE() << "no loopback socket";
-        port = std::to_string(ntohs(a.sin_port));
+        listener = loopback_socket(port);
+        EXPECT_EQ(::listen(listener, 5), 0);
         worker = std::thread([this] { serve(); });
     }
     ~stand_in_server()
@@ -111,15 +117,8 @@ TEST(DataClient, OneReplyPerRequestAndUnknownWhenThereIsNone)
 TEST(DataClient, RefusedConnexionIsAMessage)
 {
     // A port just closed is a port where nobody listens.
-    int s = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in a{};
-    a.sin_family = AF_INET;
-    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t len = sizeof a;
-    ASSERT_EQ(::bind(s, reinterpret_cast<sockaddr*>(&a), sizeof a), 0);
-    ::getsockname(s, reinterpret_cast<sockaddr*>(&a), &len);
-    std::string port = std::to_string(ntohs(a.sin_port));
-    ::close(s);
+    std::string port;
+    ::close(loopback_socket(port));
     data_client client;
     std::string error;
     EXPECT_FALSE(client.connect("127.0.0.1", port, 1000, error));

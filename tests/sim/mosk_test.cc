@@ -5,7 +5,8 @@
 #include "model/module.h"
 #include "sim/reaction_engine.h"
 #include "tests/consumers/finalised_module.h"
-#include "tests/sim/mosk_agreement.h"
+#include "tests/consumers/c_reference.h"
+#include "tests/tarn_process.h"
 
 #include <gtest/gtest.h>
 
@@ -13,16 +14,52 @@
 #define MOSK_SWEEP 10
 #endif
 
+#include <algorithm>
+#include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
 
-using mosk_agreement::agree;
-using mosk_agreement::run_mosk_in;
-using c_reference::run;
+using namespace c_reference;
 
-const std::string examples = TARN_SOURCE_DIR "/examples/";
+// The printed outputs as the C's driver gives them: per output, 1 where
+// its name is on the step's line.
+port_values printed_outputs(const std::string& printed, const std::vector<std::string>& outputs)
+{
+    port_values values;
+    for (const std::string& o : outputs)
+        values[o];
+    std::istringstream lines(printed);
+    std::string line;
+    while (std::getline(lines, line)) {
+        std::istringstream names(line);
+        std::vector<std::string> present;
+        std::string n;
+        while (names >> n)
+            present.push_back(n.substr(0, n.find('(')));
+        for (const std::string& o : outputs)
+            values[o].push_back(std::find(present.begin(), present.end(), o) != present.end() ? 1 : 0);
+    }
+    return values;
+}
+
+// The example `name` (or zkcgen's module of `equations` and `seed`): its
+// C and mosk on the same random trace, every output compared at every
+// step. Returns how many times an output changed, so that a caller can
+// tell a trace that moved nothing.
+int agree(const std::string& name, long equations, int seed, unsigned trace_seed)
+{
+    SCOPED_TRACE(name);
+    scratch_dir s;
+    place_module(s, name, equations, seed);
+    c_run r = run_with_c(s, name, {}, trace_seed);
+    s.write("reactions.txt", reaction_lines(r.inputs, r.t));
+    tarn_output m = run_mosk_in(s.path, {name + ".zkc", "-input", "reactions.txt"});
+    EXPECT_EQ(m.status, 0) << m.err;
+    EXPECT_EQ(printed_outputs(m.out, names(r.outputs)), r.c) << "outputs per reaction, mosk against the C";
+    return changes(r.c);
+}
 
 TEST(MoskAgreesWithC, PureExamplesAndGeneratedModules)
 {
@@ -43,7 +80,7 @@ TEST(MoskAgreesWithC, PureExamplesAndGeneratedModules)
 TEST(MoskCommand, OneLinePerReactionStopAtTheFirstBadLineAndRefusals)
 {
     scratch_dir s;
-    run("cp '" + examples + "toggle.zkc' '" + s.path + "'");
+    copy_example(s.path, "toggle");
     // toggle: q is the state, low at first, flipped by each t for the
     // next reaction.
     tarn_output r = run_mosk_in(s.path, {"toggle.zkc"}, "t\n\nt\nt\n");
@@ -97,13 +134,6 @@ TEST(MoskCommand, OneLinePerReactionStopAtTheFirstBadLineAndRefusals)
     EXPECT_EQ(help.out.find("usage: mosk <module>.zkc"), 0u);
 }
 
-// Reads and finalises an example in this process.
-Module* finalised(const scratch_dir& s, const std::string& name)
-{
-    copy_example(s.path, name);
-    return finalised_module(s.path + "/" + name + ".zkc");
-}
-
 // sum: total takes add_sat(pre total, inc, limit) through its clock, which
 // waits for data. An absent total holds its type's zero, which sum does not
 // define: the sum is unknown from then on, and a request on an unknown
@@ -111,7 +141,8 @@ Module* finalised(const scratch_dir& s, const std::string& name)
 TEST(ReactionEngine, NoRequestOnAnUnknownOperand)
 {
     scratch_dir s;
-    Module* sum = finalised(s, "sum");
+    copy_example(s.path, "sum");
+    Module* sum = finalised_module(s.path + "/sum.zkc");
     ASSERT_NE(sum, nullptr);
     reaction_engine v(sum);
     std::vector<std::string> asked;

@@ -4,7 +4,8 @@
 // screenshot under a private X server, kept with the dump as artefacts).
 
 #include "sim/vcd_writer.h"
-#include "tests/sim/mosk_agreement.h"
+#include "tests/consumers/c_reference.h"
+#include "tests/tarn_process.h"
 #include "tests/virtual_display.h"
 
 #include <gtest/gtest.h>
@@ -17,9 +18,7 @@
 namespace {
 
 using namespace c_reference;
-using mosk_agreement::run_mosk_in;
 
-const std::string examples = TARN_SOURCE_DIR "/examples/";
 const std::string artefacts = TARN_BINARY_DIR "/tests/sim/artefacts";
 
 // Per time step, the variables of the dump and their values ("0", "1", or
@@ -118,9 +117,9 @@ void expect_same_trace(const dump& d, const std::string& printed, const std::vec
     EXPECT_EQ(step, d.steps.size());
 }
 
-std::string random_reactions(const std::vector<std::string>& inputs, int count, unsigned seed)
+std::string random_reactions(const std::vector<c_port>& inputs, int count, unsigned seed)
 {
-    return reaction_lines(inputs, random_trace(presences(inputs), seed, count));
+    return reaction_lines(inputs, random_trace(inputs, seed, count));
 }
 
 TEST(Vcd, ValueTokens)
@@ -138,9 +137,9 @@ TEST(Vcd, GtkwaveReadsTheDumpAsThePrintedTrace)
         GTEST_SKIP() << "GTKWave's converters are not installed";
     {
         scratch_dir s;
-        run("cp '" + examples + "watchdog.zkc' '" + s.path + "'");
+        copy_example(s.path, "watchdog");
         std::string printed;
-        dump d = dump_through_gtkwave(s, "watchdog", random_reactions({"kick", "tick"}, 40, 5), printed);
+        dump d = dump_through_gtkwave(s, "watchdog", random_reactions({{"kick"}, {"tick"}}, 40, 5), printed);
         expect_same_trace(d, printed, {"alarm"});
         // Inputs and locals are there too; the boot register is high in the
         // first reaction only.
@@ -153,7 +152,7 @@ TEST(Vcd, GtkwaveReadsTheDumpAsThePrintedTrace)
     {
         // A valued module without a data server: its values are unknown.
         scratch_dir s;
-        run("cp '" + examples + "sum.zkc' '" + s.path + "'");
+        copy_example(s.path, "sum");
         std::string printed;
         dump d = dump_through_gtkwave(s, "sum", "inc(3)\n\ninc(4)\n", printed);
         EXPECT_EQ(printed, "total(?)\n\ntotal(?)\n");
@@ -165,14 +164,14 @@ TEST(Vcd, GtkwaveReadsTheDumpAsThePrintedTrace)
         // A generated module with many locals.
         scratch_dir s;
         generate_module(s.path, "big", 300, 4);
-        std::vector<std::string> inputs, outputs;
+        std::vector<c_port> inputs, outputs;
         ASSERT_EQ(run_tarn_in(s.path, {"big.zkc", "-c"}).status, 0);
-        ASSERT_TRUE(read_prototype(read_file(s.path + "/big.h"), "big", inputs, outputs));
+        ASSERT_TRUE(read_ports(read_file(s.path + "/big.h"), "big", inputs, outputs));
         ASSERT_FALSE(inputs.empty());
         std::string printed;
         dump d = dump_through_gtkwave(s, "big", random_reactions(inputs, 30, 9), printed);
         EXPECT_GT(d.kind.size(), inputs.size() + outputs.size());
-        expect_same_trace(d, printed, outputs);
+        expect_same_trace(d, printed, names(outputs));
     }
 }
 
@@ -184,8 +183,8 @@ TEST(Vcd, ScreenshotOfTheDumpInGtkwave)
         GTEST_SKIP() << "Xvfb, gtkwave, ImageMagick or xdotool is missing";
     run("mkdir -p '" + artefacts + "'");
     scratch_dir s;
-    run("cp '" + examples + "watchdog.zkc' '" + s.path + "'");
-    s.write("r.txt", random_reactions({"kick", "tick"}, 16, 3));
+    copy_example(s.path, "watchdog");
+    s.write("r.txt", random_reactions({{"kick"}, {"tick"}}, 16, 3));
     tarn_output r = run_mosk_in(s.path, {"watchdog.zkc", "-input", "r.txt", "-vcd", "watchdog.vcd"});
     ASSERT_EQ(r.status, 0) << r.err;
     s.write("watchdog.gtkw", "[timestart] 0\n[size] 1000 420\n[pos] 0 0\n*-2.2 16 -1\n[treeopen] watchdog.\n"

@@ -23,9 +23,7 @@ TEST(BramPrograms, RunAsTheirTracesSay)
     for (const std::string& source : sources) {
         SCOPED_TRACE(source);
         scratch_dir s;
-        std::string text = read_file(programs + "/" + source + ".zk");
-        s.write(source + ".zk", text);
-        tarn_output b = run_bram_in(s.path, {source + ".zk"});
+        tarn_output b = bram_twice(s, source + ".zk", read_file(programs + "/" + source + ".zk"));
         ASSERT_EQ(b.status, 0) << b.err;
         EXPECT_EQ(b.err, "");
         for (const std::string& module : files_with_suffix(s.path, ".zkc")) {
@@ -40,24 +38,6 @@ TEST(BramPrograms, RunAsTheirTracesSay)
         }
     }
     EXPECT_GE(traces, 15);
-}
-
-TEST(BramPrograms, SameSourceSameBytes)
-{
-    for (const std::string& source : files_with_suffix(programs, ".zk")) {
-        SCOPED_TRACE(source);
-        scratch_dir a, b;
-        std::string text = read_file(programs + "/" + source + ".zk");
-        a.write("x.zk", text);
-        b.write("x.zk", text);
-        ASSERT_EQ(run_bram_in(a.path, {"x.zk"}).status, 0);
-        ASSERT_EQ(run_bram_in(b.path, {"x.zk"}).status, 0);
-        std::vector<std::string> modules = files_with_suffix(a.path, ".zkc");
-        ASSERT_FALSE(modules.empty());
-        EXPECT_EQ(modules, files_with_suffix(b.path, ".zkc"));
-        for (const std::string& m : modules)
-            EXPECT_EQ(read_file(a.path + "/" + m + ".zkc"), read_file(b.path + "/" + m + ".zkc")) << m;
-    }
 }
 
 const char* data_part = "data:\n"

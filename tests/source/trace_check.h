@@ -18,6 +18,22 @@ inline tarn_output run_bram_in(const std::string& dir, const std::vector<std::st
     return run_in(TARN_BINARY_DIR "/driver/bram", dir, args);
 }
 
+// bram on `source` written as `file` in `s`; and again in a fresh folder,
+// where it must write the same modules byte for byte.
+inline tarn_output bram_twice(const scratch_dir& s, const std::string& file, const std::string& source)
+{
+    scratch_dir again;
+    s.write(file, source);
+    again.write(file, source);
+    tarn_output r = run_bram_in(s.path, {file});
+    EXPECT_EQ(run_bram_in(again.path, {file}).status, r.status);
+    std::vector<std::string> modules = files_with_suffix(s.path, ".zkc");
+    EXPECT_EQ(modules, files_with_suffix(again.path, ".zkc"));
+    for (const std::string& m : modules)
+        EXPECT_EQ(read_file(s.path + "/" + m + ".zkc"), read_file(again.path + "/" + m + ".zkc")) << m;
+    return r;
+}
+
 inline std::vector<std::string> words(const std::string& text)
 {
     std::istringstream in(text);
