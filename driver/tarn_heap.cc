@@ -8,7 +8,8 @@
 // pages, carved into slabs of one size each, with a free list per size.
 // Larger blocks go to malloc, with huge pages asked for the big ones. Memory
 // is never handed back to the kernel: the run builds its wood once and
-// writes it once. tarn runs on one thread.
+// writes it once. Before a class takes a fresh slab, a larger class with a
+// slab's worth of idle cells lends them. tarn runs on one thread.
 
 #include <sys/mman.h>
 
@@ -134,6 +135,33 @@ void* take_large(std::size_t n) {
     return p;
 }
 
+// Before a fresh slab for class c: a larger class with at least a slab's
+// worth of idle cells lends them, the whole run of them at the head of its
+// list. A pass that frees a million equations and then makes small objects
+// reuses their pages instead of touching new ones. A lent cell is still a
+// cell of its slab's class: a sized delete puts it back in the list of the
+// size asked, an unsized one in the list of its slab, and either size fits
+// in the cell.
+bool borrow_idle(std::size_t c) {
+    for (std::size_t d = c + 1; d < kClasses; ++d) {
+        FreeCell* head = free_cells[d];
+        if (head == nullptr) continue;
+        std::size_t want = kSlab / (d * kGrain);
+        FreeCell* last = head;
+        std::size_t n = 1;
+        while (n < want && last->next != nullptr) {
+            last = last->next;
+            ++n;
+        }
+        if (n < want) continue;
+        free_cells[d] = last->next;
+        last->next = free_cells[c];
+        free_cells[c] = head;
+        return true;
+    }
+    return false;
+}
+
 void* take(std::size_t n) {
     if (n > kLargest) return take_large(n);
     std::size_t c = n == 0 ? 1 : (n + kGrain - 1) / kGrain;
@@ -143,6 +171,11 @@ void* take(std::size_t n) {
     }
     std::size_t bytes = c * kGrain;
     if (slab_next[c] == nullptr || slab_end[c] - slab_next[c] < static_cast<std::ptrdiff_t>(bytes)) {
+        if (borrow_idle(c)) {
+            FreeCell* cell = free_cells[c];
+            free_cells[c] = cell->next;
+            return cell;
+        }
         // No fall-back to malloc: a small block always lies in a region, so
         // a delete that is told its size finds its class without a search.
         if (!new_slab(c)) return nullptr;

@@ -308,6 +308,8 @@ public:
     void early_propagation(long var, long date);
     void late_propagation(long var, long date);
     std::list<long> earliest_sort() const;
+    // earliest_sort() as a vector, for the passes that only walk it.
+    std::vector<long> earliest_order() const;
     std::list<long> latest_sort() const;
     std::list<long> loop_detection();
     long up_critical_path(long var, long depth, long base);
@@ -382,6 +384,9 @@ public:
     // closes: the first elimination too is repaired where it touched when
     // the run's tables are exact.
     void suppress_local(std::list<long>& vars, ReductionRun& run);
+    // The same over a vector: a million locals make no list cells that the
+    // small-object heap would keep after the run.
+    void suppress_local(const std::vector<long>& vars, ReductionRun& run);
     void reduce_expressions_when_var_forgotten_by_exist_op(long var);
     void reduce_expressions_when_var_forgotten_by_forall_op(long var);
     long reduce_proposition_by_variable();

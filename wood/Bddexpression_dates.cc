@@ -380,12 +380,13 @@ namespace {
 
 // The slots of the filled equations whose date is within 0..levels, by
 // date (ascending or descending) and ascending index within a date: the
-// lists of the level-by-level scans, by one counting pass.
+// orders of the level-by-level scans, by one counting pass. A vector: list
+// cells for half a million equations would stay in the small-object heap
+// after the writers have walked them.
 template <class DateOf>
-std::list<long> sorted_by_date(const Bddexpressionwood& wood, long levels, bool descending, DateOf date_of)
+std::vector<long> sorted_by_date(const Bddexpressionwood& wood, long levels, bool descending, DateOf date_of)
 {
-    std::list<long> result;
-    if (levels < 0) return result;
+    if (levels < 0) return {};
     // Dates come from files too: a count per level is taken only when the
     // levels are not many more than the variables; else a stable sort on
     // the date gives the same list.
@@ -400,6 +401,8 @@ std::list<long> sorted_by_date(const Bddexpressionwood& wood, long levels, bool 
                          [](const std::pair<long, long>& a, const std::pair<long, long>& b) {
                              return a.first < b.first;
                          });
+        std::vector<long> result;
+        result.reserve(keyed.size());
         for (const auto& k : keyed) result.push_back(k.second);
         return result;
     }
@@ -418,20 +421,26 @@ std::list<long> sorted_by_date(const Bddexpressionwood& wood, long levels, bool 
         if (date < 0 || date > levels) continue;
         placed[count[descending ? levels - date : date]++] = i;
     }
-    result.assign(placed.begin(), placed.end());
-    return result;
+    return placed;
 }
 
 } // namespace
 
-std::list<long> Bddexpressionwood::earliest_sort() const
+std::vector<long> Bddexpressionwood::earliest_order() const
 {
     return sorted_by_date(*this, nb_level, false, [this](long i) { return exp_table[i]->early_date; });
 }
 
+std::list<long> Bddexpressionwood::earliest_sort() const
+{
+    std::vector<long> order = earliest_order();
+    return std::list<long>(order.begin(), order.end());
+}
+
 std::list<long> Bddexpressionwood::latest_sort() const
 {
-    return sorted_by_date(*this, nb_level, true, [this](long i) { return late_dates[i]; });
+    std::vector<long> order = sorted_by_date(*this, nb_level, true, [this](long i) { return late_dates[i]; });
+    return std::list<long>(order.begin(), order.end());
 }
 
 std::list<long> Bddexpressionwood::loop_detection()

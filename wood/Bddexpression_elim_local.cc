@@ -249,6 +249,11 @@ void Bddexpressionwood::suppress_local(std::list<long>& vars)
 
 void Bddexpressionwood::suppress_local(std::list<long>& vars, ReductionRun& run)
 {
+    suppress_local(std::vector<long>(vars.begin(), vars.end()), run);
+}
+
+void Bddexpressionwood::suppress_local(const std::vector<long>& vars, ReductionRun& run)
+{
     std::list<int> none;
     bool exact = run.exact;
     IndexSet leftover = std::move(run.leftover);

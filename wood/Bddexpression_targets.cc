@@ -16,7 +16,7 @@ std::vector<Bddexpression*> Bddexpressionwood::earliest_equations()
     if (bdd_manager == nullptr)
         return result;
     bdd_manager->Bdd_global_clear_marks();
-    std::list<long> order = earliest_sort();
+    std::vector<long> order = earliest_order();
     result.reserve(order.size());
     for (long index : order) {
         if (index < 0 || index >= nb_bdd_vars)

@@ -125,7 +125,7 @@ void Bddexpressionwood::stat(std::ostream& out) const
     }
     out << std::endl;
     out << "   earliest date sorting:";
-    for (long i : earliest_sort())
+    for (long i : earliest_order())
         out << i << " ";
     out << std::endl << std::endl;
     out << "   latest date sorting:";
@@ -202,7 +202,7 @@ void Bddexpression::put_basic_doc(std::ostream& out, int level)
 
 void Bddexpressionwood::Put_basic_doc(std::ostream& out, int level)
 {
-    for (long i : earliest_sort()) {
+    for (long i : earliest_order()) {
         exp_table[i]->put_basic_doc(out, level);
         out << ";" << std::endl;
     }
@@ -241,7 +241,7 @@ void Bddexpressionwood::Put_doc(std::ostream& out, std::string prefix)
 {
     if (bdd_manager != nullptr)
         bdd_manager->Bdd_global_clear_marks();
-    for (long i : earliest_sort()) {
+    for (long i : earliest_order()) {
         exp_table[i]->put_doc(out, prefix);
         out << '\n';
     }

@@ -4,10 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <map>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -80,6 +82,53 @@ TEST(TarnHeap, FreedCellsAreReusedBeforeNewOnes) {
     std::string* again = new std::string(40, 'y');
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(again), freed.back());
     delete again;
+}
+
+// Idle cells of a larger class (here 144 bytes) serve a smaller class
+// (128) before it takes a fresh slab, and stay cells of their own size:
+// given back unsized, they serve the larger size again without touching
+// the smaller blocks still held.
+TEST(TarnHeap, IdleCellsOfALargerClassServeASmallerOne) {
+    std::vector<void*> large;
+    for (int i = 0; i < 2000; ++i)
+        large.push_back(::operator new(144));
+    std::set<std::uintptr_t> idle;
+    for (void* p : large) {
+        idle.insert(reinterpret_cast<std::uintptr_t>(p));
+        ::operator delete(p, 144);
+    }
+    std::vector<unsigned char*> small;
+    std::size_t borrowed = 0;
+    for (int i = 0; i < 1100; ++i) {
+        auto* p = static_cast<unsigned char*>(::operator new(120));
+        std::memset(p, i & 0xff, 120);
+        borrowed += idle.count(reinterpret_cast<std::uintptr_t>(p));
+        small.push_back(p);
+    }
+    EXPECT_GE(borrowed, 455u) << "a slab's worth of idle 144-byte cells was not lent";
+    // Every other borrowed block back unsized, to the 144-byte list.
+    std::vector<unsigned char*> kept;
+    for (std::size_t i = 0; i < small.size(); ++i) {
+        if (i % 2 && idle.count(reinterpret_cast<std::uintptr_t>(small[i])))
+            ::operator delete(small[i]);
+        else
+            kept.push_back(small[i]);
+    }
+    std::vector<unsigned char*> again;
+    for (int i = 0; i < 600; ++i) {
+        auto* p = static_cast<unsigned char*>(::operator new(144));
+        std::memset(p, 0xee, 144);
+        again.push_back(p);
+    }
+    for (unsigned char* p : kept) {
+        std::size_t i = std::find(small.begin(), small.end(), p) - small.begin();
+        for (int k = 0; k < 120; ++k)
+            ASSERT_EQ(p[k], static_cast<unsigned char>(i & 0xff)) << "a 120-byte block overwritten";
+    }
+    for (unsigned char* p : again)
+        ::operator delete(p, 144);
+    for (unsigned char* p : kept)
+        ::operator delete(p, 120);
 }
 
 // Enough small objects for many regions: every block must keep what it
