@@ -569,14 +569,53 @@ bdd bddpp_manager::Bdd_satisfy(const bdd& f)
         satisfy_literals[index] = value;
     });
     std::sort(satisfy_written.begin(), satisfy_written.end());
-    bdd r = Bdd_one();
+    // The conjunction of the literals by increasing index, each literal
+    // below the cube so far: the and of the two rebuilds the cube's path
+    // from its end up, one join a level, which is what is done here
+    // without the operator's frames and table.
+    int link = 1;
+    bdd_node* r = one;
     for (long i : satisfy_written) {
-        bdd literal = Bdd_var_by_index(i);
-        if (satisfy_literals[i] == 0) literal = Bdd_not(literal);
-        r = Bdd_and(r, literal);
+        const int literal = satisfy_literals[i] == 0 ? -1 : 1;
         satisfy_literals[i] = 2;
+        r = cube_and_below(link, r, literal, node_by_id[id_by_index[i]], link);
     }
-    return r;
+    return bdd(this, link, r);
+}
+
+bdd_node* bddpp_manager::cube_and_below(int link_c, bdd_node* c, int link_y, bdd_node* y, int& link)
+{
+    // The path of the cube, top first: at each node one side is false.
+    std::vector<std::pair<int, bdd_node*>>& path = cube_path;
+    path.clear();
+    int l = link_c;
+    bdd_node* n = c;
+    while (n != one) {
+        path.emplace_back(l, n);
+        const int else_l = l * n->else_link_type;
+        if (n->then_node == one && l == -1) {
+            l = else_l;
+            n = n->else_node;
+        } else if (n->else_node == one && else_l == -1) {
+            n = n->then_node;
+        } else {
+            return Bdd_and(link_c, c, link_y, y, link);
+        }
+    }
+    int rl = l == 1 ? link_y : -1;
+    bdd_node* rn = l == 1 ? y : one;
+    for (auto it = path.rbegin(); it != path.rend(); ++it) {
+        bdd_node* x = it->second;
+        const bool then_false = x->then_node == one && it->first == -1;
+        int joined;
+        if (then_false)
+            rn = fast_join(Node_index(x), -1, one, rl, rn, joined);
+        else
+            rn = fast_join(Node_index(x), rl, rn, -1, one, joined);
+        rl = joined;
+    }
+    link = rl;
+    return rn;
 }
 
 void bddpp_manager::Cube_literal_list(const bdd& cube, std::vector<std::pair<long, int>>& literals)

@@ -882,6 +882,11 @@ private:
     // the number of variables.
     std::vector<int> satisfy_literals;
     std::vector<long> satisfy_written;
+    std::vector<std::pair<int, bdd_node*>> cube_path;
+    // The and of a cube (c, link_c) and a literal (y, link_y) whose index
+    // lies below every node of the cube, making the nodes the apply would
+    // make, in its order; any other c goes through the apply.
+    bdd_node* cube_and_below(int link_c, bdd_node* c, int link_y, bdd_node* y, int& link);
 
     std::vector<apply_frame>* apply_stack = nullptr;
     computed_entry* computed = nullptr;

@@ -152,8 +152,13 @@ struct twin_run {
         long index = pick_index();
         int link = rng() % 2 ? 1 : -1;
         table t, v = variable_table(plain.id_by_index[index]);
-        std::size_t which = rng() % 9;
-        if (which < 7) {
+        std::size_t which = rng() % 10;
+        if (which == 9) {
+            // A satisfying cube, as the sum-of-products writers take them
+            // one after the other.
+            both([&](bddpp_manager& m, const std::vector<bdd>& b) { return m.Bdd_satisfy(b[i]); });
+            t = table_of(plain, p.back());
+        } else if (which < 7) {
             both([&](bddpp_manager& m, const std::vector<bdd>& b) { return connectives[which].make(m, b[i], b[j], b[k]); });
             t = connectives[which].truth(truth[i], truth[j], truth[k]);
         } else if (which == 7) {
