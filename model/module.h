@@ -4,13 +4,13 @@
 #include "context/compilation.h"
 #include "signals/signal.h"
 #include "signals/signal_manager.h"
+#include "support/name_set.h"
 
 #include <list>
 #include <map>
 #include <istream>
 #include <ostream>
 #include <string>
-#include <unordered_set>
 #include <unordered_map>
 
 class Bddexpressionwood;
@@ -203,7 +203,7 @@ public:
     // The reaction's equations in earliest order over the node array
     // `nodeArray`, with value assignments of abstract and clocked bindings.
     // Names in `outputs` are assigned through their pointer.
-    void C_put_equation(std::ostream& os, const std::string& nodeArray, const std::unordered_set<std::string>& outputs);
+    void C_put_equation(std::ostream& os, const std::string& nodeArray, const name_set& outputs);
     // VHDL entity and architecture; `libs` is copied in when it is good,
     // `altera` not 0 writes std_logic for bit.
     void VHDL_put(std::ostream& out, std::istream& libs, int altera);

@@ -367,7 +367,7 @@ void Module::C_put(std::ostream& c, std::ostream& h)
     c << "}\n\n";
 }
 
-void Module::C_put_equation(std::ostream& os, const std::string& nodeArray, const std::unordered_set<std::string>& outputs)
+void Module::C_put_equation(std::ostream& os, const std::string& nodeArray, const name_set& outputs)
 {
     if (wood == nullptr)
         return;

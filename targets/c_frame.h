@@ -7,11 +7,11 @@
 
 #include "model/module.h"
 #include "support/index_set.h"
+#include "support/name_set.h"
 
 #include <ostream>
 #include <set>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 namespace cframe {
@@ -42,7 +42,7 @@ enum class Dialect { c, systemc };
 // inside and is no parameter.
 struct Parameters {
     std::string code, header;
-    std::unordered_set<std::string> outputNames;
+    name_set outputNames;
 };
 Parameters parameters(Module* m, Dialect dialect);
 

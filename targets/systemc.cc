@@ -18,7 +18,7 @@ namespace {
 
 // The equations in earliest order, each through the C node printer; an
 // abstract equation gets no case of its own (its empty text and a line end).
-void put_equations(Module* m, std::ostream& c, const std::string& nodeArray, const std::unordered_set<std::string>& outputs)
+void put_equations(Module* m, std::ostream& c, const std::string& nodeArray, const name_set& outputs)
 {
     for (Bddexpression* e : m->getBddWood()->earliest_equations()) {
         e->put_c(c, nodeArray, outputs);

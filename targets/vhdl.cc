@@ -16,7 +16,6 @@
 #include <istream>
 #include <ostream>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 namespace {
@@ -27,7 +26,7 @@ namespace {
 // value into its own slot.
 class VhdlForm : public EquationForm {
 public:
-    VhdlForm(const std::string& array, const std::unordered_set<std::string>& published, Bddexpression* e)
+    VhdlForm(const std::string& array, const name_set& published, Bddexpression* e)
         : array(array), published(published), varSlot(bdd_node_global_id(e->my_bdd_var())),
           valueSlot(bdd_node_global_id(e->my_bdd_exp()))
     {
@@ -53,7 +52,7 @@ public:
     }
 private:
     const std::string& array;
-    const std::unordered_set<std::string>& published;
+    const name_set& published;
     long varSlot, valueSlot;
 };
 
@@ -88,7 +87,7 @@ void Module::VHDL_put(std::ostream& out, std::istream& libs, int altera)
 
     // Names whose value the process writes: the output ports, and the
     // locals read by a memorised value once the rising edge has met them.
-    std::unordered_set<std::string> published;
+    name_set published;
 
     out << "-- VHDL generation by TARN version " << "3.4.3" << "-4" << " from " << name
         << " Zinc Kernel compiled code\n\n";

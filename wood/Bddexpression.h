@@ -14,11 +14,11 @@
 #include <ostream>
 #include <set>
 #include <unordered_map>
-#include <unordered_set>
 #include <string>
 #include <vector>
 
 #include "bdd/bddpp.h"
+#include "support/name_set.h"
 #include "support/rare_text.h"
 
 class Bddexpressionwood;
@@ -181,7 +181,7 @@ public:
     void put_blif(std::ostream& out, const std::string& prefix);
     // The equation as C statements over the node array `array`; a variable
     // in `outputs` is written through its pointer. No line end at the end.
-    void put_c(std::ostream& out, const std::string& array, const std::unordered_set<std::string>& outputs);
+    void put_c(std::ostream& out, const std::string& array, const name_set& outputs);
     // The equation as C# statements over the bool array `array`: `indent`
     // blanks, then the node lines each led by `indent` blanks, then the
     // assignment of the variable. No line end at the end.

@@ -68,7 +68,7 @@ private:
 // pointer, hence the "*" in the place of the third blank.
 class CForm : public EquationForm {
 public:
-    CForm(const std::string& array, const std::unordered_set<std::string>& outputs) : array(array), outputs(outputs) {}
+    CForm(const std::string& array, const name_set& outputs) : array(array), outputs(outputs) {}
     void copy(std::ostream& out, const std::string& var, const std::string& x) const override
     {
         text_out(out) << lead(var) << var << "= " << x << ";";
@@ -88,7 +88,7 @@ private:
         return outputs.count(var) != 0 ? "  *" : "   ";
     }
     const std::string& array;
-    const std::unordered_set<std::string>& outputs;
+    const name_set& outputs;
 };
 
 // C# statements over one bool array; the true terminal is "!false". The
@@ -172,7 +172,7 @@ void Bddexpression::put_blif(std::ostream& out, const std::string& prefix)
     put_equation(out, BlifForm(prefix));
 }
 
-void Bddexpression::put_c(std::ostream& out, const std::string& array, const std::unordered_set<std::string>& outputs)
+void Bddexpression::put_c(std::ostream& out, const std::string& array, const name_set& outputs)
 {
     put_equation(out, CForm(array, outputs));
 }
