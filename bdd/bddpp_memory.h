@@ -10,5 +10,24 @@
 
 void* bdd_block_alloc(std::size_t bytes, bool zeroed = true);
 void bdd_block_free(void* block);
+// Hands a block of bdd_block_alloc's, no longer used, to the node pool:
+// its pages, already present, hold the nodes made after it.
+void bdd_block_to_nodes(void* block);
+
+// An allocator on those blocks, for a large table that lives while nodes
+// are few and dies before most of them are made.
+template <class T>
+struct bdd_block_allocator {
+    using value_type = T;
+    bdd_block_allocator() = default;
+    template <class U>
+    bdd_block_allocator(const bdd_block_allocator<U>&) {}
+    T* allocate(std::size_t n) { return static_cast<T*>(bdd_block_alloc(n * sizeof(T), false)); }
+    void deallocate(T* p, std::size_t) { bdd_block_to_nodes(p); }
+    template <class U>
+    bool operator==(const bdd_block_allocator<U>&) const { return true; }
+    template <class U>
+    bool operator!=(const bdd_block_allocator<U>&) const { return false; }
+};
 
 #endif

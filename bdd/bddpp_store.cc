@@ -172,6 +172,10 @@ void give_block_to_nodes(void* block) {
 
 }  // namespace
 
+void bdd_block_to_nodes(void* block) {
+    if (block) give_block_to_nodes(block);
+}
+
 void* bdd_node::operator new(std::size_t size) {
     if (size != sizeof(bdd_node)) return ::operator new(size);
     return pool().take();

@@ -42,7 +42,7 @@ int class_zkc_parser::parse(std::fstream& log_stream, int level, std::string& su
 
 void class_zkc_parser::release_parse_tables()
 {
-    std::vector<parsed_nodes_class>().swap(parsed_nodes_table);
+    decltype(parsed_nodes_table)().swap(parsed_nodes_table);
     for (auto& entry : sparse_nodes)
         delete entry.second;
     std::unordered_map<long, parsed_nodes_class*>().swap(sparse_nodes);

@@ -6,6 +6,7 @@
 // global pzkc_parser, which the constructor sets and which keeps pointing at
 // the last parser built.
 
+#include "bdd/bddpp_memory.h"
 #include "signals/signal.h"
 #include "signals/signal_name_index.h"
 
@@ -167,7 +168,8 @@ public:
     // lines read so far go to a map, so a large announced count costs
     // nothing. The node lines lie in one block, given back whole once the
     // equations are built.
-    std::vector<parsed_nodes_class> parsed_nodes_table;
+    // Its block goes to the node pool after the parse.
+    std::vector<parsed_nodes_class, bdd_block_allocator<parsed_nodes_class>> parsed_nodes_table;
     std::unordered_map<long, parsed_nodes_class*> sparse_nodes;
     int method_count = 0;
     std::vector<int> corres_method;

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/mman.h>
+
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -365,4 +367,37 @@ TEST(BlockAlloc, ZeroedAlignedAndReusable)
         }
     }
     bdd_block_free(nullptr);
+}
+
+// A block handed to the node pool holds nodes made after it, once the
+// pool's free cells and current block are used up.
+TEST(BlockAlloc, BlockHandedToTheNodesHoldsNewNodes)
+{
+    constexpr std::size_t bytes = std::size_t(4) << 20;
+    auto* block = static_cast<char*>(bdd_block_alloc(bytes, false));
+    std::memset(block, 1, bytes);
+    bdd_block_to_nodes(block);
+    // Still mapped: not given back to the kernel.
+    std::vector<unsigned char> present(bytes / 4096);
+    ASSERT_EQ(mincore(block, bytes, present.data()), 0);
+
+    bddpp_manager m;
+    constexpr int vars = 48;
+    for (int i = 0; i < vars; ++i)
+        m.New_var_last("x" + std::to_string(i));
+    // Cubes built from the bottom, the lowest levels spelling k: each one
+    // makes new nodes all the way up.
+    std::vector<bdd> kept;
+    bool inside = false;
+    for (long k = 0; !inside && m.next_global_id < 4000000; ++k) {
+        bdd f = m.Bdd_one();
+        for (int i = vars - 1; i >= 0; --i) {
+            bool positive = ((k >> (vars - 1 - i)) & 1) != 0;
+            f = positive ? m.Bdd_ite(1, i, f, m.Bdd_zero()) : m.Bdd_ite(1, i, m.Bdd_zero(), f);
+            const char* at = reinterpret_cast<const char*>(f.node());
+            inside = inside || (at >= block && at < block + bytes);
+        }
+        kept.push_back(f);
+    }
+    EXPECT_TRUE(inside);
 }
