@@ -24,6 +24,7 @@
 #include <map>
 #include <set>
 
+#include "support/grow_array.h"
 #include "support/index_set.h"
 #include <string>
 #include <string_view>
@@ -360,7 +361,7 @@ public:
     // Sets the length; slots not yet written read as the default.
     void resize(std::size_t n) {
         length = n;
-        if (stored.size() > n) stored.resize(n);
+        if (stored.size() > n) stored.resize(n, filler);
     }
     void assign(std::size_t n, const T& value) {
         stored.assign(stored.size() < n ? stored.size() : n, value);
@@ -383,11 +384,11 @@ public:
     // The stored slots: every one written so far, and at least those of the
     // variables made (the manager writes a variable's slots as it makes it).
     const T* data() const { return stored.data(); }
-    typename std::vector<T>::const_iterator begin() const { return stored.begin(); }
-    typename std::vector<T>::const_iterator end() const { return stored.end(); }
+    const T* begin() const { return stored.begin(); }
+    const T* end() const { return stored.end(); }
 
 private:
-    std::vector<T> stored;
+    grow_array<T> stored;
     std::size_t length = 0;
     T filler = T();
 };

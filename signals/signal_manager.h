@@ -3,6 +3,7 @@
 
 #include "signals/signal_name_index.h"
 #include "signals/wood_map.h"
+#include "support/grow_array.h"
 #include "support/rare_text.h"
 
 #include <list>
@@ -92,7 +93,7 @@ private:
 // variable.
 class SignalRefTable {
 public:
-    explicit SignalRefTable(long size) : refs(size > 0 ? size : 0, nullptr) {}
+    explicit SignalRefTable(long size) { refs.resize(size > 0 ? size : 0, nullptr); }
     long size() const { return static_cast<long>(refs.size()); }
     void extend(long size)
     {
@@ -103,7 +104,7 @@ public:
     SignalRef*& slot(long id) { return refs[id]; }
 
 private:
-    std::vector<SignalRef*> refs;
+    grow_array<SignalRef*> refs;
 };
 
 // The refs of one module, by current name and by variable index per wood.

@@ -3,14 +3,12 @@
 // buffer's boundary and past it, with the stream written directly between
 // flushes, and with nested writers on one stream.
 
-#include "support/name_set.h"
 #include "support/text_out.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
 #include <random>
-#include <set>
 #include <sstream>
 #include <string>
 
@@ -65,23 +63,4 @@ TEST(TextOut, SameBytesAsTheStream)
         }
     }
     EXPECT_EQ(buffered.str(), direct.str());
-}
-
-// The writers' name sets against the standard set, through growths and
-// names that differ by a byte.
-TEST(NameSet, AgreesWithTheStandardSet)
-{
-    std::mt19937 rng(7);
-    name_set names;
-    std::set<std::string> reference;
-    for (int k = 0; k < 5000; ++k) {
-        std::string name = "v" + std::to_string(rng() % 3000) + (rng() % 2 ? "_" : "");
-        EXPECT_EQ(names.insert(name), reference.insert(name).second) << name;
-    }
-    EXPECT_EQ(names.size(), reference.size());
-    for (int k = 0; k < 8000; ++k) {
-        std::string name = "v" + std::to_string(k % 4000) + (k < 4000 ? "_" : "");
-        EXPECT_EQ(names.count(name), reference.count(name)) << name;
-    }
-    EXPECT_EQ(names.count(""), 0u);
 }
