@@ -421,8 +421,8 @@ private:
     // The slot holding the name, or the free slot where it would go.
     std::size_t slot_of(std::string_view name, std::uint32_t hash) const;
     void grow();
-    std::vector<char> chars;
-    std::vector<std::uint32_t> ends; // by id: end of its name in chars
+    grow_array<char> chars;
+    grow_array<std::uint32_t> ends; // by id: end of its name in chars
     std::vector<std::uint64_t> slots; // at most three quarters full
 };
 
@@ -449,8 +449,8 @@ public:
     }
 
 private:
-    std::vector<std::uint64_t> where; // by id: 0, or 1 + the place of the length in texts
-    std::string texts;
+    grow_array<std::uint64_t> where; // by id: 0, or 1 + the place of the length in texts
+    grow_array<char> texts;
 };
 
 class bddpp_manager {

@@ -130,7 +130,7 @@ std::pair<long, bool> creation_names::try_emplace(const std::string& name) {
         std::cerr << "decision diagram variable names too long" << std::endl;
         std::exit(1);
     }
-    chars.insert(chars.end(), name.begin(), name.end());
+    chars.append(name.data(), name.size());
     ends.push_back(static_cast<std::uint32_t>(chars.size()));
     slots[i] = static_cast<std::uint64_t>(hash) << 32 | ends.size();
     return {static_cast<long>(ends.size()) - 1, true};

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -23,6 +24,15 @@ public:
     grow_array() = default;
     ~grow_array() { release(); }
     grow_array(const grow_array& other) { *this = other; }
+    grow_array(grow_array&& other) noexcept { take(other); }
+    grow_array& operator=(grow_array&& other) noexcept
+    {
+        if (this != &other) {
+            release();
+            take(other);
+        }
+        return *this;
+    }
     grow_array& operator=(const grow_array& other)
     {
         if (this != &other) {
@@ -52,6 +62,20 @@ public:
             values[i] = fill;
         count = n;
     }
+    void push_back(const T& value)
+    {
+        if (count == capacity)
+            reserve_exactly(std::max<std::size_t>(16, 2 * capacity));
+        values[count++] = value;
+    }
+    void append(const T* first, std::size_t n)
+    {
+        if (count + n > capacity)
+            reserve_exactly(std::max(count + n, 2 * capacity));
+        if (n != 0)
+            std::memcpy(values + count, first, n * sizeof(T));
+        count += n;
+    }
     void assign(std::size_t n, const T& fill)
     {
         count = 0;
@@ -59,54 +83,85 @@ public:
     }
 
 private:
-    // From this size on, the block is a mapping of its own.
+    // From this size on, the block is a mapping of its own, reserved ahead
+    // in whole huge pages and offered to the kernel as such: a slot read at
+    // random then costs no more than in the vector it replaces.
     static constexpr std::size_t mapped_bytes = std::size_t(1) << 20;
+    static constexpr std::size_t huge = std::size_t(2) << 20;
 
-    static std::size_t page_rounded(std::size_t bytes)
+    static std::size_t huge_rounded(std::size_t bytes) { return (bytes + huge - 1) / huge * huge; }
+    // A fresh mapping of `span` bytes aligned on a huge page; null when
+    // the kernel refuses. Its pages cost nothing until touched.
+    static void* aligned_range(std::size_t span)
     {
-        constexpr std::size_t page = 4096;
-        return (bytes + page - 1) / page * page;
+        void* raw = mmap(nullptr, span + huge, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        if (raw == MAP_FAILED)
+            return nullptr;
+        auto base = reinterpret_cast<std::uintptr_t>(raw);
+        std::uintptr_t start = (base + huge - 1) / huge * huge;
+        if (start > base)
+            munmap(raw, start - base);
+        std::uintptr_t end = base + span + huge;
+        if (end > start + span)
+            munmap(reinterpret_cast<void*>(start + span), end - (start + span));
+        return reinterpret_cast<void*>(start);
     }
-    bool mapped() const { return capacity * sizeof(T) >= mapped_bytes; }
 
     void reserve_exactly(std::size_t n)
     {
         if (n <= capacity)
             return;
         const std::size_t bytes = n * sizeof(T);
-        void* block = nullptr;
-        if (bytes < mapped_bytes) {
-            block = std::realloc(values, bytes);
-        } else if (mapped()) {
-            block = mremap(values, page_rounded(capacity * sizeof(T)), page_rounded(bytes), MREMAP_MAYMOVE);
-            if (block == MAP_FAILED)
-                block = nullptr;
-        } else {
-            block = mmap(nullptr, page_rounded(bytes), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-            if (block == MAP_FAILED) {
-                block = nullptr;
-            } else {
-                if (count != 0)
-                    std::memcpy(block, values, count * sizeof(T));
-                std::free(values);
-            }
+        if (reserved == 0 && bytes < mapped_bytes) {
+            void* block = std::realloc(values, bytes);
+            if (block == nullptr)
+                throw std::bad_alloc();
+            values = static_cast<T*>(block);
+            capacity = n;
+            return;
         }
+        const std::size_t span = huge_rounded(std::max(bytes, 2 * std::max(reserved, mapped_bytes)));
+        void* block = aligned_range(span);
         if (block == nullptr)
             throw std::bad_alloc();
+        if (reserved != 0) {
+            // The pages move with their contents; nothing is copied.
+            block = mremap(values, reserved, reserved, MREMAP_MAYMOVE | MREMAP_FIXED, block);
+            if (block == MAP_FAILED)
+                throw std::bad_alloc();
+        } else {
+            if (count != 0)
+                std::memcpy(block, values, count * sizeof(T));
+            std::free(values);
+        }
+#ifdef MADV_HUGEPAGE
+        madvise(block, span, MADV_HUGEPAGE);
+#endif
         values = static_cast<T*>(block);
-        capacity = n;
+        reserved = span;
+        capacity = span / sizeof(T);
+    }
+    void take(grow_array& other)
+    {
+        values = other.values;
+        count = other.count;
+        capacity = other.capacity;
+        reserved = other.reserved;
+        other.values = nullptr;
+        other.count = other.capacity = other.reserved = 0;
     }
     void release()
     {
-        if (mapped())
-            munmap(values, page_rounded(capacity * sizeof(T)));
+        if (reserved != 0)
+            munmap(values, reserved);
         else
             std::free(values);
         values = nullptr;
-        capacity = count = 0;
+        capacity = count = reserved = 0;
     }
 
     T* values = nullptr;
     std::size_t count = 0;
     std::size_t capacity = 0;
+    std::size_t reserved = 0; // bytes mapped, 0 for a block of malloc's
 };
