@@ -4,7 +4,8 @@
 // once large, this array asks the kernel to move its pages instead, so a
 // growth neither copies nor touches again the pages it already has.
 
-#pragma once
+#ifndef TARN_SUPPORT_GROW_ARRAY_H
+#define TARN_SUPPORT_GROW_ARRAY_H
 
 #include <sys/mman.h>
 
@@ -165,3 +166,5 @@ private:
     std::size_t capacity = 0;
     std::size_t reserved = 0; // bytes mapped, 0 for a block of malloc's
 };
+
+#endif

@@ -3,7 +3,8 @@
 // are about names that are not in the set, so a question reads one slot
 // of a flat table of hashes and compares texts only when the hash agrees.
 
-#pragma once
+#ifndef TARN_SUPPORT_NAME_SET_H
+#define TARN_SUPPORT_NAME_SET_H
 
 #include <cstddef>
 #include <cstdint>
@@ -78,3 +79,5 @@ private:
     std::vector<slot> slots; // a power of two, at most half full
     std::vector<std::string> names;
 };
+
+#endif
