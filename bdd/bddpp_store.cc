@@ -3,6 +3,7 @@
 #include "bdd/bddpp.h"
 #include "bdd/bddpp_memory.h"
 #include "bdd/bdd_stamped_table.h"
+#include "support/mapped_block.h"
 
 #include <sys/mman.h>
 
@@ -53,22 +54,6 @@ namespace {
 std::unordered_map<void*, std::size_t>& mapped_blocks() {
     static auto* blocks = new std::unordered_map<void*, std::size_t>;
     return *blocks;
-}
-
-// A fresh anonymous mapping aligned on `align`; its pages read as zero, so
-// a zeroed block costs no pass over it (the kernel clears each page when it
-// is first touched). Null when the kernel refuses.
-void* map_aligned(std::size_t bytes, std::size_t align) {
-    std::size_t span = bytes + align;
-    void* raw = mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (raw == MAP_FAILED) return nullptr;
-    auto base = reinterpret_cast<std::uintptr_t>(raw);
-    std::uintptr_t start = (base + align - 1) / align * align;
-    if (start > base) munmap(raw, start - base);
-    std::uintptr_t tail = start + bytes;
-    std::uintptr_t end = base + span;
-    if (end > tail) munmap(reinterpret_cast<void*>(tail), end - tail);
-    return reinterpret_cast<void*>(start);
 }
 
 }  // namespace

@@ -11,6 +11,8 @@
 // writes it once. Before a class takes a fresh slab, a larger class with a
 // slab's worth of idle cells lends them. tarn runs on one thread.
 
+#include "support/mapped_block.h"
+
 #include <sys/mman.h>
 
 #include <cstddef>
@@ -59,19 +61,14 @@ char* slab_end[kClasses];
 // A 16 MiB region aligned on its size, asked for huge pages; null when the
 // kernel refuses.
 std::uintptr_t map_region() {
-    // Twice the size so that an aligned region fits whatever the kernel gives.
-    void* raw = mmap(nullptr, 2 * kRegion, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (raw == MAP_FAILED) return 0;
-    std::uintptr_t start = reinterpret_cast<std::uintptr_t>(raw);
-    std::uintptr_t base = (start + kRegion - 1) & ~(kRegion - 1);
-    if (base > start) munmap(raw, base - start);
-    std::uintptr_t end = start + 2 * kRegion;
-    if (end > base + kRegion) munmap(reinterpret_cast<void*>(base + kRegion), end - (base + kRegion));
+    void* block = map_aligned(kRegion, kRegion);
+    if (block == nullptr) return 0;
+    std::uintptr_t base = reinterpret_cast<std::uintptr_t>(block);
     if ((base >> kAddressBits) != 0) {
-        munmap(reinterpret_cast<void*>(base), kRegion);
+        munmap(block, kRegion);
         return 0;
     }
-    madvise(reinterpret_cast<void*>(base), kRegion, MADV_HUGEPAGE);
+    madvise(block, kRegion, MADV_HUGEPAGE);
     return base;
 }
 

@@ -7,11 +7,12 @@
 #ifndef TARN_SUPPORT_GROW_ARRAY_H
 #define TARN_SUPPORT_GROW_ARRAY_H
 
+#include "support/mapped_block.h"
+
 #include <sys/mman.h>
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -91,23 +92,6 @@ private:
     static constexpr std::size_t huge = std::size_t(2) << 20;
 
     static std::size_t huge_rounded(std::size_t bytes) { return (bytes + huge - 1) / huge * huge; }
-    // A fresh mapping of `span` bytes aligned on a huge page; null when
-    // the kernel refuses. Its pages cost nothing until touched.
-    static void* aligned_range(std::size_t span)
-    {
-        void* raw = mmap(nullptr, span + huge, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-        if (raw == MAP_FAILED)
-            return nullptr;
-        auto base = reinterpret_cast<std::uintptr_t>(raw);
-        std::uintptr_t start = (base + huge - 1) / huge * huge;
-        if (start > base)
-            munmap(raw, start - base);
-        std::uintptr_t end = base + span + huge;
-        if (end > start + span)
-            munmap(reinterpret_cast<void*>(start + span), end - (start + span));
-        return reinterpret_cast<void*>(start);
-    }
-
     void reserve_exactly(std::size_t n)
     {
         if (n <= capacity)
@@ -122,7 +106,7 @@ private:
             return;
         }
         const std::size_t span = huge_rounded(std::max(bytes, 2 * std::max(reserved, mapped_bytes)));
-        void* block = aligned_range(span);
+        void* block = map_aligned(span, huge);
         if (block == nullptr)
             throw std::bad_alloc();
         if (reserved != 0) {
