@@ -6,9 +6,10 @@
 //   page_bench                 512 MiB, three rounds each way
 //   page_bench 1024 5          1 GiB, five rounds
 
+#include "support/mapped_block.h"
+
 #include <sys/mman.h>
 
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -27,16 +28,14 @@ double now()
 // kernel refuses the mapping.
 double touch(std::size_t bytes, bool huge)
 {
-    constexpr std::size_t huge_page = std::size_t(2) << 20;
-    void* raw = mmap(nullptr, bytes + huge_page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (raw == MAP_FAILED) return -1;
-    char* block = reinterpret_cast<char*>((reinterpret_cast<std::uintptr_t>(raw) + huge_page - 1) & ~(huge_page - 1));
+    char* block = static_cast<char*>(map_aligned(bytes, std::size_t(2) << 20));
+    if (block == nullptr) return -1;
     madvise(block, bytes, huge ? MADV_HUGEPAGE : MADV_NOHUGEPAGE);
     double t0 = now();
     for (std::size_t at = 0; at < bytes; at += 4096)
         static_cast<volatile char*>(block)[at] = 1;
     double seconds = now() - t0;
-    munmap(raw, bytes + huge_page);
+    munmap(block, bytes);
     return seconds * double(std::size_t(1) << 30) / double(bytes);
 }
 
