@@ -2,9 +2,9 @@
 #define TARN_BDD_BDDPP_MEMORY_H
 
 // Large blocks for the node pool, the unique table and the computed
-// table, zeroed on request. Blocks of 2 MiB and more are aligned for huge pages and offered to
-// the kernel as such: a big build then takes a page fault per 2 MiB instead
-// of one per 4 KiB.
+// table, zeroed on request. Blocks of 2 MiB and more are aligned for huge
+// pages and offered to the kernel as such: a big build then takes a page
+// fault per 2 MiB instead of one per 4 KiB.
 
 #include <cstddef>
 

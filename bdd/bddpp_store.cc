@@ -106,6 +106,9 @@ struct node_pool {
     free_slot* free_list = nullptr;
     char* fresh = nullptr;     // next never-used node of the current block
     char* fresh_end = nullptr;
+    char* ahead = nullptr;     // the next fresh block, mapped early
+    std::size_t blocks_taken = 0;
+    static constexpr std::size_t blocks_before_ahead = 2;
     std::vector<std::pair<char*, std::size_t>> spare; // left by tables, not yet used
     static constexpr std::size_t block_bytes = std::size_t(4) << 20;
 
@@ -122,7 +125,15 @@ struct node_pool {
                 bytes = spare.back().second;
                 spare.pop_back();
             } else {
-                fresh = static_cast<char*>(bdd_block_alloc(block_bytes, false));
+                // Once a manager has outgrown its first blocks, the next one
+                // is mapped a block ahead, its pages made present on the
+                // other processor meanwhile.
+                fresh = ahead != nullptr ? ahead : static_cast<char*>(bdd_block_alloc(block_bytes, false));
+                ahead = nullptr;
+                if (++blocks_taken >= blocks_before_ahead) {
+                    ahead = static_cast<char*>(bdd_block_alloc(block_bytes, false));
+                    make_present_soon(ahead, block_bytes);
+                }
             }
             fresh_end = fresh + bytes / sizeof(bdd_node) * sizeof(bdd_node);
         }
@@ -447,6 +458,9 @@ void bdd_unique_table::grow() {
     capacity *= 2;
     shift--;
     slots = static_cast<entry*>(bdd_block_alloc(capacity * sizeof(entry)));
+    // The entries go in roughly from the front; the pages of a big table
+    // are made present from the back meanwhile, on the other processor.
+    if (capacity * sizeof(entry) >= (std::size_t(2) << 20)) make_present_soon(slots, capacity * sizeof(entry));
     constexpr std::size_t ahead = 16;
     const std::size_t old_mask = old_capacity - 1;
     if (old_bits >= 16 && old_bits <= 31) {

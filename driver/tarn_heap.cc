@@ -5,11 +5,13 @@
 // heap they come scattered over 4 KiB pages, and the run then spends more
 // time in address translation and page faults than in its own work. Here
 // they come from regions aligned on 2 MiB and offered to the kernel as huge
-// pages, carved into slabs of one size each, with a free list per size.
+// pages, carved into slabs of one size each, with a free list per size. The
+// next region is mapped while the last one is in use, and its pages are
+// made present by the support library's filler thread.
 // Larger blocks go to malloc, with huge pages asked for the big ones. Memory
 // is never handed back to the kernel: the run builds its wood once and
 // writes it once. Before a class takes a fresh slab, a larger class with a
-// slab's worth of idle cells lends them. tarn runs on one thread.
+// slab's worth of idle cells lends them. tarn itself runs on one thread.
 
 #include "support/mapped_block.h"
 
@@ -72,10 +74,22 @@ std::uintptr_t map_region() {
     return base;
 }
 
+// The region the next new_region will take, mapped one region ahead so
+// that its pages are made present on the other processor meanwhile; only
+// for a run that has outgrown its first regions, a small one would pay a
+// region it never uses.
+constexpr std::size_t kRegionsBeforeAhead = 2;
+std::uintptr_t region_ahead;
+
 Region* new_region() {
     if (region_count == kMaxRegions) return nullptr;
-    std::uintptr_t base = map_region();
+    std::uintptr_t base = region_ahead != 0 ? region_ahead : map_region();
     if (base == 0) return nullptr;
+    region_ahead = 0;
+    if (region_count + 1 >= kRegionsBeforeAhead && region_count + 1 < kMaxRegions) {
+        region_ahead = map_region();
+        if (region_ahead != 0) make_present_soon(reinterpret_cast<void*>(region_ahead), kRegion);
+    }
     Region**& page = directory[base >> (kRegionBits + kPageBits)];
     if (page == nullptr) {
         page = static_cast<Region**>(std::calloc(std::size_t(1) << kPageBits, sizeof(Region*)));
@@ -120,14 +134,18 @@ Region* region_of(const void* p) {
 
 // A large block (a table by variable, a hash table's buckets) is read at
 // random as much as the small objects: the huge pages are asked for its
-// aligned inside.
+// aligned inside, and made present on the other processor while the caller
+// fills it.
 void* take_large(std::size_t n) {
     void* p = std::malloc(n);
     if (p != nullptr && n >= 2 * kHugePage) {
         std::uintptr_t a = reinterpret_cast<std::uintptr_t>(p);
         std::uintptr_t first = (a + kHugePage - 1) & ~(kHugePage - 1);
         std::uintptr_t last = (a + n) & ~(kHugePage - 1);
-        if (last > first) madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+        if (last > first) {
+            madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+            make_present_soon(reinterpret_cast<void*>(first), last - first);
+        }
     }
     return p;
 }

@@ -1,7 +1,9 @@
 #include "support/mapped_block.h"
 
+#include <pthread.h>
 #include <sys/mman.h>
 
+#include <cerrno>
 #include <cstdint>
 
 void* map_aligned(std::size_t bytes, std::size_t align)
@@ -21,4 +23,87 @@ void* map_aligned(std::size_t bytes, std::size_t align)
     if (end > tail)
         munmap(reinterpret_cast<void*>(tail), end - tail);
     return reinterpret_cast<void*>(start);
+}
+
+namespace {
+
+#ifndef MADV_POPULATE_WRITE
+#define MADV_POPULATE_WRITE 23
+#endif
+
+// The requests wait in a ring; the filler takes each one huge page at a
+// time. Nothing here allocates through operator new, which may
+// be the caller.
+struct present_request {
+    std::uintptr_t from, to;
+};
+constexpr std::size_t kQueue = 16;
+constexpr std::size_t kStep = std::size_t(2) << 20;
+pthread_mutex_t queue_lock = PTHREAD_MUTEX_INITIALIZER;
+pthread_cond_t queue_wake = PTHREAD_COND_INITIALIZER;
+present_request queue[kQueue];
+std::size_t queue_head, queue_size;
+enum class filler_state { not_started, running, gone } filler = filler_state::not_started;
+
+void* fill(void*)
+{
+    pthread_mutex_lock(&queue_lock);
+    for (;;) {
+        while (queue_size == 0)
+            pthread_cond_wait(&queue_wake, &queue_lock);
+        // From the end backwards: a block that its caller starts writing
+        // at once, from the front, is met half-way instead of followed.
+        present_request& r = queue[queue_head];
+        std::uintptr_t to = r.to;
+        std::uintptr_t from = to - r.from > kStep ? to - kStep : r.from;
+        r.to = from;
+        if (r.from == r.to) {
+            queue_head = (queue_head + 1) % kQueue;
+            --queue_size;
+        }
+        pthread_mutex_unlock(&queue_lock);
+        // A range unmapped meanwhile is refused, which is harmless.
+        int failed = madvise(reinterpret_cast<void*>(from), to - from, MADV_POPULATE_WRITE);
+        int why = errno;
+        pthread_mutex_lock(&queue_lock);
+        if (failed != 0 && why == EINVAL) {
+            // A kernel without the request: the run goes on without a filler.
+            filler = filler_state::gone;
+            queue_size = 0;
+            break;
+        }
+    }
+    pthread_mutex_unlock(&queue_lock);
+    return nullptr;
+}
+
+bool start_filler()
+{
+    pthread_attr_t attr;
+    if (pthread_attr_init(&attr) != 0)
+        return false;
+    pthread_attr_setdetachstate(&attr, PTHREAD_CREATE_DETACHED);
+    pthread_attr_setstacksize(&attr, std::size_t(64) << 10);
+    pthread_t thread;
+    bool made = pthread_create(&thread, &attr, fill, nullptr) == 0;
+    pthread_attr_destroy(&attr);
+    return made;
+}
+
+}  // namespace
+
+void make_present_soon(void* block, std::size_t bytes)
+{
+    if (bytes == 0)
+        return;
+    pthread_mutex_lock(&queue_lock);
+    if (filler == filler_state::not_started)
+        filler = start_filler() ? filler_state::running : filler_state::gone;
+    if (filler == filler_state::running && queue_size < kQueue) {
+        auto from = reinterpret_cast<std::uintptr_t>(block);
+        queue[(queue_head + queue_size) % kQueue] = {from, from + bytes};
+        ++queue_size;
+        pthread_cond_signal(&queue_wake);
+    }
+    pthread_mutex_unlock(&queue_lock);
 }

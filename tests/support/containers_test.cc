@@ -1,12 +1,20 @@
-// The small containers of the writers and of the tables by variable.
+// The small containers of the writers and of the tables by variable, and
+// the mapped blocks under them.
 
 #include "support/grow_array.h"
+#include "support/mapped_block.h"
 #include "support/name_set.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstring>
 #include <random>
+#include <thread>
 #include <set>
 #include <string>
 #include <vector>
@@ -58,4 +66,43 @@ TEST(GrowArray, KeepsItsValuesThroughEveryGrowth)
     a.assign(300000, 7);
     EXPECT_EQ(a.size(), 300000u);
     EXPECT_EQ(std::count(a.begin(), a.end(), 7L), 300000);
+}
+
+// Pages of a block, by residence.
+static std::size_t resident_pages(void* block, std::size_t bytes)
+{
+    std::vector<unsigned char> in(bytes / 4096);
+    if (mincore(block, bytes, in.data()) != 0) return 0;
+    return static_cast<std::size_t>(std::count_if(in.begin(), in.end(), [](unsigned char c) { return c & 1; }));
+}
+
+// The filler makes a block's pages present while its owner writes it, and
+// changes nothing in it; a block given back before its turn, and more
+// requests than the queue holds, are taken in stride.
+TEST(MappedBlock, PagesMadePresentKeepWhatTheyHold)
+{
+    const std::size_t bytes = std::size_t(8) << 20;
+    char* block = static_cast<char*>(map_aligned(bytes, std::size_t(2) << 20));
+    ASSERT_NE(block, nullptr);
+    std::memset(block, 0x5a, 4096);
+    make_present_soon(block, bytes);
+    for (int k = 0; k < 40; ++k) {
+        char* gone = static_cast<char*>(map_aligned(1 << 20, 4096));
+        ASSERT_NE(gone, nullptr);
+        make_present_soon(gone, 1 << 20);
+        munmap(gone, 1 << 20);
+    }
+    std::memset(block + bytes / 2, 0x3c, 4096);
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (resident_pages(block, bytes) < bytes / 4096 && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    EXPECT_EQ(resident_pages(block, bytes), bytes / 4096);
+    for (std::size_t at = 0; at < bytes; ++at) {
+        char want = at < 4096 ? 0x5a : at >= bytes / 2 && at < bytes / 2 + 4096 ? 0x3c : 0;
+        if (block[at] != want) {
+            ADD_FAILURE() << "byte " << at << " changed";
+            break;
+        }
+    }
+    munmap(block, bytes);
 }
