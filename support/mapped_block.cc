@@ -32,7 +32,7 @@ namespace {
 #endif
 
 // The requests wait in a ring; the filler takes each one huge page at a
-// time. Nothing here allocates through operator new, which may
+// time, on huge-page boundaries. Nothing here allocates through operator new, which may
 // be the caller.
 struct present_request {
     std::uintptr_t from, to;
@@ -55,7 +55,9 @@ void* fill(void*)
         // at once, from the front, is met half-way instead of followed.
         present_request& r = queue[queue_head];
         std::uintptr_t to = r.to;
-        std::uintptr_t from = to - r.from > kStep ? to - kStep : r.from;
+        std::uintptr_t from = (to - 1) & ~(kStep - 1);
+        if (from < r.from)
+            from = r.from;
         r.to = from;
         if (r.from == r.to) {
             queue_head = (queue_head + 1) % kQueue;
@@ -100,8 +102,11 @@ void make_present_soon(void* block, std::size_t bytes)
     if (filler == filler_state::not_started)
         filler = start_filler() ? filler_state::running : filler_state::gone;
     if (filler == filler_state::running && queue_size < kQueue) {
-        auto from = reinterpret_cast<std::uintptr_t>(block);
-        queue[(queue_head + queue_size) % kQueue] = {from, from + bytes};
+        // Whole pages: the ones holding the first and the last byte are
+        // the caller's.
+        auto first = reinterpret_cast<std::uintptr_t>(block);
+        queue[(queue_head + queue_size) % kQueue] = {first & ~std::uintptr_t(4095),
+                                                     (first + bytes + 4095) & ~std::uintptr_t(4095)};
         ++queue_size;
         pthread_cond_signal(&queue_wake);
     }

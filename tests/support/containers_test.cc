@@ -76,16 +76,17 @@ static std::size_t resident_pages(void* block, std::size_t bytes)
     return static_cast<std::size_t>(std::count_if(in.begin(), in.end(), [](unsigned char c) { return c & 1; }));
 }
 
-// The filler makes a block's pages present while its owner writes it, and
-// changes nothing in it; a block given back before its turn, and more
-// requests than the queue holds, are taken in stride.
+// The filler makes the pages of a range present, whole pages from either
+// end, while its owner writes it, and changes nothing in it; a block given
+// back before its turn, and more requests than the queue holds, are taken
+// in stride.
 TEST(MappedBlock, PagesMadePresentKeepWhatTheyHold)
 {
     const std::size_t bytes = std::size_t(8) << 20;
     char* block = static_cast<char*>(map_aligned(bytes, std::size_t(2) << 20));
     ASSERT_NE(block, nullptr);
     std::memset(block, 0x5a, 4096);
-    make_present_soon(block, bytes);
+    make_present_soon(block + 100, bytes - 200);
     for (int k = 0; k < 40; ++k) {
         char* gone = static_cast<char*>(map_aligned(1 << 20, 4096));
         ASSERT_NE(gone, nullptr);
