@@ -32,8 +32,8 @@ namespace {
 #endif
 
 // The requests wait in a ring; the filler takes each one huge page at a
-// time, on huge-page boundaries. Nothing here allocates through operator new, which may
-// be the caller.
+// time, on huge-page boundaries. Nothing here allocates through operator
+// new, which may be the caller.
 struct present_request {
     std::uintptr_t from, to;
 };

@@ -16,8 +16,9 @@ void* map_aligned(std::size_t bytes, std::size_t align);
 // changing what they hold: a block mapped ahead of need has its faults and
 // their clearing done on the other processor by the time it is used; one
 // that its caller fills at once, from the front, has them done from the
-// back meanwhile. The caller may write the block or unmap it meanwhile. A request that finds
-// the queue full, or a kernel that cannot do it, is dropped.
+// back meanwhile. The caller may write the block or unmap it meanwhile. A
+// request that finds the queue full, or a kernel that cannot do it, is
+// dropped.
 void make_present_soon(void* block, std::size_t bytes);
 
 #endif
