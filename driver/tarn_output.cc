@@ -66,7 +66,7 @@ tarn_output_file::tarn_output_file(const std::string& p) : path(p), part(p + ".p
     // folder, a file with other names) is opened where it stands and
     // written through, or not opened at all, like any output.
     if (present && (!S_ISREG(st.st_mode) || st.st_nlink > 1)) {
-        out.open(path, std::ios::out | std::ios::trunc);
+        out.open(path);
         return;
     }
     // An existing output that may not be written is one that cannot be
@@ -75,7 +75,7 @@ tarn_output_file::tarn_output_file(const std::string& p) : path(p), part(p + ".p
         return;
     install_handlers();
     enter_part(part);
-    out.open(part, std::ios::out | std::ios::trunc);
+    out.open(part);
     opened = out.is_open();
     if (opened) {
         // The file keeps its permissions, as when it is truncated.
@@ -86,7 +86,7 @@ tarn_output_file::tarn_output_file(const std::string& p) : path(p), part(p + ".p
     // A folder that takes no new file may still let its files be written.
     leave_part(part);
     out.clear();
-    out.open(path, std::ios::out | std::ios::trunc);
+    out.open(path);
 }
 
 tarn_output_file::~tarn_output_file()

@@ -5,7 +5,8 @@
 // it is complete, so that a failed or interrupted run never leaves a cut
 // file where a good one was.
 
-#include <fstream>
+#include "support/async_file.h"
+
 #include <ostream>
 #include <string>
 
@@ -22,7 +23,7 @@ public:
     tarn_output_file(const tarn_output_file&) = delete;
     tarn_output_file& operator=(const tarn_output_file&) = delete;
 
-    std::ofstream& stream() { return out; }
+    std::ostream& stream() { return out; }
 
     // Closes the companion and moves it onto the path, with the permissions
     // of the file it replaces. When the writing failed (a full disk), says
@@ -33,7 +34,7 @@ public:
 
 private:
     std::string path, part;
-    std::ofstream out;
+    async_ofstream out;
     bool opened = false;  // through the companion
     int mode = -1;        // of the file replaced, when there was one
 };

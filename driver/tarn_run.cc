@@ -5,6 +5,7 @@
 #include "context/compilation.h"
 #include "model/module.h"
 #include "support/Stringpp.h"
+#include "support/async_file.h"
 #include "support/g_time.h"
 #include "support/text_out.h"
 #include "zkc/zkc_input.h"
@@ -84,9 +85,9 @@ struct tarn_output {
 };
 
 // A generator writes into the open files of its target, in table order.
-using tarn_put = void (*)(Module* module, const tarn_flags& flags, std::ofstream* files[2]);
+using tarn_put = void (*)(Module* module, const tarn_flags& flags, std::ostream* files[2]);
 // The VHDL generator writes into the temporary file of the post-pass.
-using tarn_vhdl_put = void (*)(Module* module, const tarn_flags& flags, std::ofstream& tmp,
+using tarn_vhdl_put = void (*)(Module* module, const tarn_flags& flags, std::ostream& tmp,
                                std::ifstream& libs);
 
 struct tarn_target {
@@ -109,32 +110,32 @@ struct tarn_target {
 // A null generator is one this build does not have yet.
 const tarn_target targets[] = {
     {"mosk simulator", &tarn_flags::valuedSimulFlag, nullptr, {{"/mosk_", ".cc"}, {"", nullptr}},
-     [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->SIMUL_ZKC_put(*files[0]); }, nullptr},
+     [](Module* m, const tarn_flags&, std::ostream* files[2]) { m->SIMUL_ZKC_put(*files[0]); }, nullptr},
     {"documentation", &tarn_flags::docFlag, nullptr, {{"/", ".doc"}, {"", nullptr}},
-     [](Module* m, const tarn_flags& f, std::ofstream* files[2]) { m->DOC_put(*files[0], f.templateFlag); }, nullptr},
+     [](Module* m, const tarn_flags& f, std::ostream* files[2]) { m->DOC_put(*files[0], f.templateFlag); }, nullptr},
     {"Esterel", &tarn_flags::esterelFlag, nullptr, {{"/", ".strl"}, {"", nullptr}},
-     [](Module* m, const tarn_flags& f, std::ofstream* files[2]) { m->ESTEREL_put(*files[0], f.templateFlag); },
+     [](Module* m, const tarn_flags& f, std::ostream* files[2]) { m->ESTEREL_put(*files[0], f.templateFlag); },
      nullptr},
     {"Lustre", &tarn_flags::lustreFlag, nullptr, {{"/", ".lus"}, {"", nullptr}},
-     [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->LUSTRE_put(*files[0], 0); }, nullptr},
+     [](Module* m, const tarn_flags&, std::ostream* files[2]) { m->LUSTRE_put(*files[0], 0); }, nullptr},
     {"NuSMV", &tarn_flags::nusmvFlag, nullptr, {{"/", ".smv"}, {"", nullptr}},
-     [](Module* m, const tarn_flags& f, std::ofstream* files[2]) { m->NUSMV_put(*files[0], 0, !f.noSuppressWiresFlag); },
+     [](Module* m, const tarn_flags& f, std::ostream* files[2]) { m->NUSMV_put(*files[0], 0, !f.noSuppressWiresFlag); },
      nullptr},
     {"BLIF", &tarn_flags::blifFlag, nullptr, {{"/", ".blif"}, {"", nullptr}},
-     [](Module* m, const tarn_flags& f, std::ofstream* files[2]) { m->BLIF_put(*files[0], !f.noSuppressWiresFlag); },
+     [](Module* m, const tarn_flags& f, std::ostream* files[2]) { m->BLIF_put(*files[0], !f.noSuppressWiresFlag); },
      nullptr},
     {"C", &tarn_flags::cFlag, nullptr, {{"/", ".c"}, {"/", ".h"}},
-     [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->C_put(*files[0], *files[1]); }, nullptr},
+     [](Module* m, const tarn_flags&, std::ostream* files[2]) { m->C_put(*files[0], *files[1]); }, nullptr},
     {"C#", &tarn_flags::csharpFlag, nullptr, {{"/", ".cs"}, {"", nullptr}},
-     [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->CSharp_put(*files[0]); }, nullptr},
+     [](Module* m, const tarn_flags&, std::ostream* files[2]) { m->CSharp_put(*files[0]); }, nullptr},
     {"VHDL", &tarn_flags::vhdlFlag, &tarn_flags::alteraFlag, {{"/", ".vhd"}, {"", nullptr}}, nullptr,
-     [](Module* m, const tarn_flags& f, std::ofstream& tmp, std::ifstream& libs) {
+     [](Module* m, const tarn_flags& f, std::ostream& tmp, std::ifstream& libs) {
          m->VHDL_put(tmp, libs, f.alteraFlag);
      }},
     {"SystemC", &tarn_flags::systemcFlag, nullptr, {{"/", "_sc.cc"}, {"/", "_sc.h"}},
-     [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->SYSTEMC_put(*files[0], *files[1]); }, nullptr},
+     [](Module* m, const tarn_flags&, std::ostream* files[2]) { m->SYSTEMC_put(*files[0], *files[1]); }, nullptr},
     {"encapsulated qsr", &tarn_flags::qsrFlag, nullptr, {{"/", "_encapsulated.qsr"}, {"", nullptr}},
-     [](Module* m, const tarn_flags&, std::ofstream* files[2]) { m->ENCAPSULATEDQSR_put(*files[0]); }, nullptr},
+     [](Module* m, const tarn_flags&, std::ostream* files[2]) { m->ENCAPSULATEDQSR_put(*files[0]); }, nullptr},
 };
 
 bool requested(const tarn_target& t, const tarn_flags& flags)
@@ -153,7 +154,7 @@ bool generate(const tarn_target& t, Module* module, const tarn_flags& flags, con
         bool write_failed = false;
         tarn_vhdl_post_pass(
             paths.path(t.files[0].separator, t.files[0].suffix),
-            [&](std::ofstream& tmp, std::ifstream& libs) { t.vhdl_put(module, flags, tmp, libs); },
+            [&](std::ostream& tmp, std::ifstream& libs) { t.vhdl_put(module, flags, tmp, libs); },
             std::cout, &write_failed);
         return !write_failed;
     }
@@ -163,7 +164,7 @@ bool generate(const tarn_target& t, Module* module, const tarn_flags& flags, con
     }
     std::string names[2];
     std::unique_ptr<tarn_output_file> outputs[2];
-    std::ofstream* files[2] = {nullptr, nullptr};
+    std::ostream* files[2] = {nullptr, nullptr};
     for (int i = 0; i < 2 && t.files[i].suffix != nullptr; ++i) {
         names[i] = paths.path(t.files[i].separator, t.files[i].suffix);
         outputs[i] = std::make_unique<tarn_output_file>(names[i]);
@@ -208,7 +209,7 @@ bool tarn_vhdl_post_pass(const std::string& vhdl_path, const tarn_vhdl_generator
     if (write_failed != nullptr)
         *write_failed = false;
     std::string tmp_name = vhdl_path + "_tmp";
-    std::ofstream tmp(tmp_name, std::ios::out | std::ios::trunc);
+    async_ofstream tmp(tmp_name);
     bool tmp_opened = tmp.is_open();
     std::ifstream libs("vhdl_libs.inc");
     generate_vhdl(tmp, libs);
@@ -246,10 +247,10 @@ bool tarn_vhdl_post_pass(const std::string& vhdl_path, const tarn_vhdl_generator
     return true;
 }
 
-void tarn_generate_every_target(Module* module, const tarn_flags& flags, std::ofstream& sink)
+void tarn_generate_every_target(Module* module, const tarn_flags& flags, std::ostream& sink)
 {
     for (const tarn_target& t : targets) {
-        std::ofstream* files[2] = {&sink, &sink};
+        std::ostream* files[2] = {&sink, &sink};
         if (t.vhdl_put != nullptr) {
             std::ifstream libs;
             t.vhdl_put(module, flags, sink, libs);

@@ -56,14 +56,14 @@ bool tarn_read_options(int argc, char** argv, tarn_flags& flags, std::string& un
 // result is true; if the temporary file cannot be read back, nothing is
 // written or reported. When writing fails (a full disk) the previous
 // VHDL file is kept, the error stream says so and `write_failed` is set.
-using tarn_vhdl_generator = std::function<void(std::ofstream& tmp, std::ifstream& libs)>;
+using tarn_vhdl_generator = std::function<void(std::ostream& tmp, std::ifstream& libs)>;
 bool tarn_vhdl_post_pass(const std::string& vhdl_path, const tarn_vhdl_generator& generate,
                          std::ostream& report, bool* write_failed = nullptr);
 
 // Every generator of the table in its order, all writing into `sink`, with
 // an empty stream for "vhdl_libs.inc": the fuzz target's way through every
 // target without touching the disk.
-void tarn_generate_every_target(Module* module, const tarn_flags& flags, std::ofstream& sink);
+void tarn_generate_every_target(Module* module, const tarn_flags& flags, std::ostream& sink);
 
 // From the stopwatch start to the closing line. Returns the exit status.
 int tarn_run(const std::string& input_name, const tarn_flags& flags);

@@ -13,12 +13,12 @@ class_zkc_parser* pzkc_parser = nullptr;
 
 class_zkc_parser::class_zkc_parser() { pzkc_parser = this; }
 
-int class_zkc_parser::parse(std::fstream& log_stream, int level, std::string& suffix_text)
+int class_zkc_parser::parse(std::ostream& log_stream, int level, std::string& suffix_text)
 {
     return parse(log_stream, level, suffix_text, *Compilation::EmptyString);
 }
 
-int class_zkc_parser::parse(std::fstream& log_stream, int level, std::string& suffix_text,
+int class_zkc_parser::parse(std::ostream& log_stream, int level, std::string& suffix_text,
                             std::string& hierarchy_text)
 {
     log = &log_stream;

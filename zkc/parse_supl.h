@@ -153,7 +153,7 @@ class class_zkc_parser {
 public:
     long offset = 0;  // added to the under id of a clock-free binding
     int trace_level = 0;
-    std::fstream* log = nullptr;  // trace and scanner output
+    std::ostream* log = nullptr;  // trace and scanner output
     FlexLexer* scanner = nullptr;
     Module* module = nullptr;  // the result, made by the header's action
     std::string suffix;  // added to every signal's internal name
@@ -194,8 +194,8 @@ public:
     // Runs zkcparse on the attached scanner with the given log and trace
     // level (1 turns the trace on). Returns zkcparse's result: 0 for
     // success, 1 for a syntax error, 2 when the parser's stack is exhausted.
-    int parse(std::fstream& log, int level, std::string& suffix);
-    int parse(std::fstream& log, int level, std::string& suffix, std::string& hierarchy);
+    int parse(std::ostream& log, int level, std::string& suffix);
+    int parse(std::ostream& log, int level, std::string& suffix, std::string& hierarchy);
 
     // Line of the scanner, for messages; 0 before a scanner is attached.
     int lineno() const;

@@ -8,6 +8,8 @@
 #include "zkc/zkc_input.h"
 #include "zkc/zkc_scanner.h"
 
+#include "support/async_file.h"
+
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -21,7 +23,7 @@ Module* Compilation::zkc_parse(std::string& file, std::string& hierarchy, std::l
     parser->authorised_outputs = outputs;
     std::string log_name = file + ".log";
     std::ifstream input(file);
-    std::fstream log(log_name, std::ios::out | std::ios::trunc);
+    async_ofstream log(log_name);
     Module* result = nullptr;
     if (input.good() && zkc_is_readable_file(file)) {
         zkc_log_keeper keeper(log);

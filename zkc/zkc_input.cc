@@ -5,6 +5,8 @@
 
 #include "support/Stringpp.h"
 
+#include "support/async_file.h"
+
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -59,7 +61,7 @@ Module* parse(const std::string& file, std::string& suffix, bool* parsed_ok)
     class_zkc_parser* parser = new class_zkc_parser();
     std::string log_name = file + ".log";
     std::ifstream input(file);
-    std::fstream log(log_name, std::ios::out | std::ios::trunc);
+    async_ofstream log(log_name);
     Module* result = nullptr;
     bool ok = false;
     if (input.good() && zkc_is_readable_file(file)) {

@@ -165,7 +165,7 @@ TEST(TarnRun, VhdlPostPassOnAPlaceThatCannotBeWrittenEndsSilently)
     std::ostringstream report;
     bool called = false;
     EXPECT_FALSE(tarn_vhdl_post_pass(
-        s.path + "/no/such/dir/out.vhd", [&](std::ofstream&, std::ifstream&) { called = true; }, report));
+        s.path + "/no/such/dir/out.vhd", [&](std::ostream&, std::ifstream&) { called = true; }, report));
     EXPECT_TRUE(called);
     EXPECT_EQ(report.str(), "");
     EXPECT_EQ(read_file(s.path + "/no/such/dir/out.vhd"), "");

@@ -1,0 +1,76 @@
+// Output files written by a thread of the library's own: the stream fills
+// a large buffer and hands it over whole, and the copy into the kernel's
+// cache happens on the other processor while the caller goes on.
+
+#ifndef TARN_SUPPORT_ASYNC_FILE_H
+#define TARN_SUPPORT_ASYNC_FILE_H
+
+#include <cstddef>
+#include <ostream>
+#include <streambuf>
+#include <string>
+
+// The buffer of an async_ofstream. Bytes reach the file in the order they
+// were put. sync() hands over what is buffered and waits until every byte
+// put so far is written (or has failed): a flushed stream is on disk as far
+// as a plain file stream's would be. The first failing write ends the
+// writing: its errno is kept, later puts fail, and sync() and close()
+// report it (setting errno to it). Whatever is still buffered when the
+// process exits is written then.
+class async_filebuf : public std::streambuf {
+public:
+    async_filebuf();
+    ~async_filebuf() override;
+    async_filebuf(const async_filebuf&) = delete;
+    async_filebuf& operator=(const async_filebuf&) = delete;
+
+    // Creates or truncates `path` for writing, as a plain file stream's
+    // out | trunc does; false when it cannot (errno says why) or when a
+    // file is open already.
+    bool open(const std::string& path);
+    bool is_open() const { return fd >= 0; }
+    // Writes what is buffered, waits, closes. False when nothing was open,
+    // when a write failed or the close did.
+    bool close();
+
+    // Files with data not yet written, for the exit: the library's own.
+    async_filebuf* next_open = nullptr;
+    async_filebuf* previous_open = nullptr;
+    // The written count of the thread, read under its lock.
+    std::size_t chunks_handed = 0;
+    std::size_t chunks_done = 0;
+    int error = 0; // errno of the first failed write
+
+protected:
+    int_type overflow(int_type c) override;
+    std::streamsize xsputn(const char* s, std::streamsize n) override;
+    int sync() override;
+
+private:
+    // Gives the filled part of the buffer to the thread and takes an empty
+    // buffer; false once the writing has failed.
+    bool hand_over();
+    // Waits until every chunk handed over is written; false if one failed.
+    bool wait_written();
+
+    int fd = -1;
+    char* chunk = nullptr;
+};
+
+// A std::ostream on an async_filebuf, with the open/close surface of a plain
+// output file stream: failbit when the open or the close fails.
+class async_ofstream : public std::ostream {
+public:
+    async_ofstream();
+    explicit async_ofstream(const std::string& path);
+    ~async_ofstream() override;
+
+    void open(const std::string& path);
+    bool is_open() const { return buf.is_open(); }
+    void close();
+
+private:
+    async_filebuf buf;
+};
+
+#endif
