@@ -108,8 +108,12 @@ bool tarn_output_file::commit(std::ostream& errors)
     out.flush();
     bool written = out.good();
     int cause = errno;
+    // The close writes what is still buffered: a failure may show only now.
     out.close();
-    written = written && !out.fail();
+    if (written && out.fail()) {
+        written = false;
+        cause = errno;
+    }
     if (written && mode >= 0)
         chmod(part.c_str(), static_cast<mode_t>(mode));
     if (written && std::rename(part.c_str(), path.c_str()) == 0) {

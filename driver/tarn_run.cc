@@ -218,6 +218,7 @@ bool tarn_vhdl_post_pass(const std::string& vhdl_path, const tarn_vhdl_generator
     tmp.flush();
     bool tmp_written = tmp.good();
     tmp.close();
+    tmp_written = tmp_written && !tmp.fail();
     if (tmp_opened && !tmp_written) {
         std::cerr << "tarn: cannot write " << tmp_name << "; the previous " << vhdl_path << " is kept" << std::endl;
         if (write_failed != nullptr)

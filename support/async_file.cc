@@ -127,7 +127,7 @@ void write_open_files_at_exit()
         pthread_mutex_lock(&lock);
         async_filebuf* next = f->next_open;
         pthread_mutex_unlock(&lock);
-        f->pubsync();
+        f->write_buffered();
         f = next;
     }
 }
@@ -241,17 +241,26 @@ int async_filebuf::sync()
 {
     if (!is_open())
         return 0;
+    pthread_mutex_lock(&lock);
+    int err = error;
+    pthread_mutex_unlock(&lock);
+    if (err == 0)
+        return 0;
+    errno = err;
+    return -1;
+}
+
+bool async_filebuf::write_buffered()
+{
     bool handed = chunk == nullptr || hand_over();
-    bool written = wait_written();
-    return handed && written ? 0 : -1;
+    return wait_written() && handed;
 }
 
 bool async_filebuf::close()
 {
     if (!is_open())
         return false;
-    bool ok = chunk == nullptr || hand_over();
-    ok = wait_written() && ok;
+    bool ok = write_buffered();
     int err = ok ? 0 : errno;
     if (::close(fd) != 0 && ok) {
         ok = false;

@@ -11,12 +11,12 @@
 #include <string>
 
 // The buffer of an async_ofstream. Bytes reach the file in the order they
-// were put. sync() hands over what is buffered and waits until every byte
-// put so far is written (or has failed): a flushed stream is on disk as far
-// as a plain file stream's would be. The first failing write ends the
-// writing: its errno is kept, later puts fail, and sync() and close()
-// report it (setting errno to it). Whatever is still buffered when the
-// process exits is written then.
+// were put, at the latest when the file is closed or the process exits.
+// A flush writes nothing by itself (writers that end every line with one
+// would otherwise wait for the thread at every line): it only reports a
+// write that failed already. The first failing write ends the writing: its
+// errno is kept, later puts fail, and sync() and close() report it
+// (setting errno to it).
 class async_filebuf : public std::streambuf {
 public:
     async_filebuf();
@@ -29,6 +29,9 @@ public:
     // file is open already.
     bool open(const std::string& path);
     bool is_open() const { return fd >= 0; }
+    // Writes what is buffered and waits until every byte put so far is in
+    // the file; false when a write failed.
+    bool write_buffered();
     // Writes what is buffered, waits, closes. False when nothing was open,
     // when a write failed or the close did.
     bool close();

@@ -337,8 +337,7 @@ bdd_node* parsed_nodes_class::build(bddpp_manager* manager, const class_zkc_pars
                       std::to_string(n->var_id));
         bdd then_handle(manager, 1, children[0]);
         bdd else_handle(manager, n->else_link_type, children[1]);
-        bdd variable = manager->Bdd_var_by_index(n->var_id);
-        bdd result = manager->Bdd_ite(variable, then_handle, else_handle);
+        bdd result = manager->Bdd_ite(1, n->var_id, then_handle, else_handle);
         if (result.link_type() != 1)
             zkc_fatal("internal error in parsed_nodes_class::build()");
         // The table holds the node beyond the handle's life.

@@ -1,13 +1,22 @@
 // The buffered text writer against the stream it stands in for: the same
 // bytes in the same order, whatever the sizes of the pieces, around the
 // buffer's boundary and past it, with the stream written directly between
-// flushes, and with nested writers on one stream.
+// flushes, and with nested writers on one stream. The files written by the
+// library's thread: the bytes as put, through failures and the exit.
 
+#include "support/async_file.h"
 #include "support/text_out.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
 #include <random>
 #include <sstream>
 #include <string>
@@ -63,4 +72,130 @@ TEST(TextOut, SameBytesAsTheStream)
         }
     }
     EXPECT_EQ(buffered.str(), direct.str());
+}
+
+namespace {
+
+std::string scratch_file(const char* name)
+{
+    static std::string dir = [] {
+        char pattern[] = "/tmp/async_file_test.XXXXXX";
+        const char* made = mkdtemp(pattern);
+        return std::string(made != nullptr ? made : "/tmp");
+    }();
+    return dir + "/" + name;
+}
+
+std::string contents(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream all;
+    all << in.rdbuf();
+    return all.str();
+}
+
+} // namespace
+
+// Three files open at once, written in turn with pieces from a byte to
+// several buffers long (through text_out, put and write), and flushed
+// between: each holds exactly its own bytes, in order.
+TEST(AsyncFile, FilesHoldWhatWasPutInOrder)
+{
+    std::mt19937 rng(5);
+    std::string want[3];
+    async_ofstream files[3];
+    for (int f = 0; f < 3; ++f) {
+        files[f].open(scratch_file(("order" + std::to_string(f)).c_str()));
+        ASSERT_TRUE(files[f].is_open());
+    }
+    for (int round = 0; round < 300; ++round) {
+        int f = static_cast<int>(rng() % 3);
+        std::size_t size = rng() % 4 == 0 ? rng() % (3 << 20) : rng() % 200;
+        std::string piece(size, '\0');
+        for (char& c : piece)
+            c = static_cast<char>('a' + rng() % 26);
+        if (round % 3 == 0) {
+            text_out out(files[f]);
+            out << piece;
+        } else if (size == 1) {
+            files[f].put(piece[0]);
+        } else {
+            files[f].write(piece.data(), static_cast<std::streamsize>(size));
+        }
+        if (round % 7 == 0)
+            files[f] << std::endl, piece += '\n';
+        want[f] += piece;
+    }
+    for (int f = 0; f < 3; ++f) {
+        files[f].close();
+        EXPECT_FALSE(files[f].fail());
+        std::string got = contents(scratch_file(("order" + std::to_string(f)).c_str()));
+        EXPECT_TRUE(got == want[f]) << "file " << f << ": " << got.size() << " bytes of " << want[f].size();
+        std::remove(scratch_file(("order" + std::to_string(f)).c_str()).c_str());
+    }
+}
+
+// A device that refuses every write: the failure shows at the latest on
+// the close, with its errno, and the stream stays failed. A file that
+// cannot be created fails at once, and so do its writes.
+TEST(AsyncFile, FailuresReachTheStream)
+{
+    async_ofstream full("/dev/full");
+    ASSERT_TRUE(full.is_open());
+    std::string block(3 << 20, 'x');
+    full.write(block.data(), static_cast<std::streamsize>(block.size()));
+    full << "tail";
+    errno = 0;
+    full.close();
+    EXPECT_TRUE(full.fail());
+    EXPECT_EQ(errno, ENOSPC);
+
+    async_ofstream nowhere(scratch_file("no/such/dir"));
+    EXPECT_FALSE(nowhere.is_open());
+    EXPECT_TRUE(nowhere.fail());
+    nowhere.clear();
+    nowhere << "lost";
+    EXPECT_TRUE(nowhere.bad());
+}
+
+// A process that exits with files open, written by the thread or by
+// itself (a forked child has no thread), leaves them complete.
+TEST(AsyncFile, ExitWritesWhatIsBuffered)
+{
+    std::string big(2500000, 'q');
+    // The death test runs in a fresh process of this program, where the
+    // thread starts with its first file; it learns the name from here.
+    std::string path = scratch_file("exit_thread");
+    if (const char* given = std::getenv("ASYNC_FILE_EXIT_PATH"))
+        path = given;
+    else
+        setenv("ASYNC_FILE_EXIT_PATH", path.c_str(), 1);
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            auto* open = new async_ofstream(path);
+            open->write(big.data(), static_cast<std::streamsize>(big.size()));
+            *open << "end";
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), "");
+    EXPECT_TRUE(contents(path) == big + "end") << contents(path).size() << " bytes";
+
+    async_ofstream started(scratch_file("parent"));
+    started.write(big.data(), static_cast<std::streamsize>(big.size()));
+    started.close();
+    pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        auto* open = new async_ofstream(scratch_file("exit_fork"));
+        open->write(big.data(), static_cast<std::streamsize>(big.size()));
+        *open << "end";
+        std::exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_TRUE(contents(scratch_file("exit_fork")) == big + "end") << contents(scratch_file("exit_fork")).size() << " bytes";
+    for (const char* name : {"exit_thread", "exit_fork", "parent"})
+        std::remove(scratch_file(name).c_str());
 }
