@@ -110,16 +110,14 @@ bool writer_here_locked()
         }
         writer = made ? writer_state::running : writer_state::gone;
         writer_pid = getpid();
-        if (made)
-            std::atexit(write_open_files_at_exit);
     }
     return writer == writer_state::running && writer_pid == getpid();
 }
 
 void write_open_files_at_exit()
 {
-    // Only the exiting thread runs the program's code now; each sync takes
-    // the lock itself.
+    // Only the exiting thread runs the program's code now; each write takes
+    // the lock itself. What was put after a file's last flush is dropped.
     pthread_mutex_lock(&lock);
     async_filebuf* f = open_files;
     pthread_mutex_unlock(&lock);
@@ -127,7 +125,7 @@ void write_open_files_at_exit()
         pthread_mutex_lock(&lock);
         async_filebuf* next = f->next_open;
         pthread_mutex_unlock(&lock);
-        f->write_buffered();
+        f->write_flushed();
         f = next;
     }
 }
@@ -149,6 +147,9 @@ bool async_filebuf::open(const std::string& path)
     fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (fd < 0)
         return false;
+    static bool exit_hooked = false;
+    if (!exit_hooked)
+        exit_hooked = std::atexit(write_open_files_at_exit) == 0;
     pthread_mutex_lock(&lock);
     error = 0;
     chunks_handed = chunks_done = 0;
@@ -164,6 +165,7 @@ bool async_filebuf::open(const std::string& path)
 bool async_filebuf::hand_over()
 {
     std::size_t length = chunk != nullptr ? static_cast<std::size_t>(pptr() - pbase()) : 0;
+    flushed_at = nullptr;
     pthread_mutex_lock(&lock);
     if (error != 0) {
         pthread_mutex_unlock(&lock);
@@ -241,6 +243,8 @@ int async_filebuf::sync()
 {
     if (!is_open())
         return 0;
+    if (chunk != nullptr)
+        flushed_at = pptr();
     pthread_mutex_lock(&lock);
     int err = error;
     pthread_mutex_unlock(&lock);
@@ -248,6 +252,13 @@ int async_filebuf::sync()
         return 0;
     errno = err;
     return -1;
+}
+
+bool async_filebuf::write_flushed()
+{
+    if (chunk != nullptr)
+        pbump(-static_cast<int>(pptr() - (flushed_at != nullptr ? flushed_at : pbase())));
+    return write_buffered();
 }
 
 bool async_filebuf::write_buffered()

@@ -11,12 +11,14 @@
 #include <string>
 
 // The buffer of an async_ofstream. Bytes reach the file in the order they
-// were put, at the latest when the file is closed or the process exits.
-// A flush writes nothing by itself (writers that end every line with one
-// would otherwise wait for the thread at every line): it only reports a
-// write that failed already. The first failing write ends the writing: its
-// errno is kept, later puts fail, and sync() and close() report it
-// (setting errno to it).
+// were put, whole buffers as they fill and the rest at the close. A flush
+// marks the place up to which the bytes are owed to the file but hands
+// nothing over (writers that end every line with one would otherwise wait
+// for the thread at every line): when the process exits with the file
+// open, the bytes up to the last flush are written and those put after it
+// are lost, as with a plain file stream. The first failing write ends the
+// writing: its errno is kept, later puts fail, and sync() and close()
+// report it (setting errno to it).
 class async_filebuf : public std::streambuf {
 public:
     async_filebuf();
@@ -29,9 +31,11 @@ public:
     // file is open already.
     bool open(const std::string& path);
     bool is_open() const { return fd >= 0; }
-    // Writes what is buffered and waits until every byte put so far is in
-    // the file; false when a write failed.
+    // Writes what is buffered and waits until it is in the file; false
+    // when a write failed.
     bool write_buffered();
+    // The same up to the last flush, dropping what was put after it.
+    bool write_flushed();
     // Writes what is buffered, waits, closes. False when nothing was open,
     // when a write failed or the close did.
     bool close();
@@ -58,6 +62,7 @@ private:
 
     int fd = -1;
     char* chunk = nullptr;
+    char* flushed_at = nullptr;
 };
 
 // A std::ostream on an async_filebuf, with the open/close surface of a plain

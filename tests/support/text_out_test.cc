@@ -159,43 +159,44 @@ TEST(AsyncFile, FailuresReachTheStream)
 }
 
 // A process that exits with files open, written by the thread or by
-// itself (a forked child has no thread), leaves them complete.
-TEST(AsyncFile, ExitWritesWhatIsBuffered)
+// itself (a forked child has no thread), leaves in them what was put up to
+// their last flush, whole buffers included, and not what came after; a
+// file too small to have reached the thread is no exception.
+TEST(AsyncFile, ExitWritesUpToTheLastFlush)
 {
     std::string big(2500000, 'q');
+    auto write_and_exit = [&big](const std::string& large, const std::string& small) {
+        auto* l = new async_ofstream(large);
+        l->write(big.data(), static_cast<std::streamsize>(big.size()));
+        *l << "end" << std::flush << "lost";
+        auto* s = new async_ofstream(small);
+        *s << "small" << std::flush << "gone";
+        std::exit(0);
+    };
     // The death test runs in a fresh process of this program, where the
-    // thread starts with its first file; it learns the name from here.
-    std::string path = scratch_file("exit_thread");
-    if (const char* given = std::getenv("ASYNC_FILE_EXIT_PATH"))
-        path = given;
+    // thread starts with its first file; it learns the names from here.
+    std::string dir = scratch_file("");
+    if (const char* given = std::getenv("ASYNC_FILE_EXIT_DIR"))
+        dir = given;
     else
-        setenv("ASYNC_FILE_EXIT_PATH", path.c_str(), 1);
+        setenv("ASYNC_FILE_EXIT_DIR", dir.c_str(), 1);
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(
-        {
-            auto* open = new async_ofstream(path);
-            open->write(big.data(), static_cast<std::streamsize>(big.size()));
-            *open << "end";
-            std::exit(0);
-        },
-        testing::ExitedWithCode(0), "");
-    EXPECT_TRUE(contents(path) == big + "end") << contents(path).size() << " bytes";
+    EXPECT_EXIT(write_and_exit(dir + "thread_large", dir + "thread_small"), testing::ExitedWithCode(0), "");
+    EXPECT_TRUE(contents(dir + "thread_large") == big + "end") << contents(dir + "thread_large").size() << " bytes";
+    EXPECT_EQ(contents(dir + "thread_small"), "small");
 
-    async_ofstream started(scratch_file("parent"));
+    async_ofstream started(dir + "parent");
     started.write(big.data(), static_cast<std::streamsize>(big.size()));
     started.close();
     pid_t child = fork();
     ASSERT_GE(child, 0);
-    if (child == 0) {
-        auto* open = new async_ofstream(scratch_file("exit_fork"));
-        open->write(big.data(), static_cast<std::streamsize>(big.size()));
-        *open << "end";
-        std::exit(0);
-    }
+    if (child == 0)
+        write_and_exit(dir + "fork_large", dir + "fork_small");
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    EXPECT_TRUE(contents(scratch_file("exit_fork")) == big + "end") << contents(scratch_file("exit_fork")).size() << " bytes";
-    for (const char* name : {"exit_thread", "exit_fork", "parent"})
-        std::remove(scratch_file(name).c_str());
+    EXPECT_TRUE(contents(dir + "fork_large") == big + "end") << contents(dir + "fork_large").size() << " bytes";
+    EXPECT_EQ(contents(dir + "fork_small"), "small");
+    for (const char* name : {"thread_large", "thread_small", "fork_large", "fork_small", "parent"})
+        std::remove((dir + name).c_str());
 }
