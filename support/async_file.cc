@@ -69,7 +69,16 @@ void give_chunk_locked(char* c)
         delete[] c;
 }
 
-void* write_jobs(void*)
+} // namespace
+
+// The thread and the exit hook: the parts of the library that read the
+// files' private counts.
+struct async_writer {
+    static void* write_jobs(void*);
+    static void write_open_files_at_exit();
+};
+
+void* async_writer::write_jobs(void*)
 {
     pthread_mutex_lock(&lock);
     for (;;) {
@@ -93,7 +102,7 @@ void* write_jobs(void*)
     return nullptr;
 }
 
-void write_open_files_at_exit();
+namespace {
 
 // Under the lock: whether chunks go to the thread; starts it the first time.
 bool writer_here_locked()
@@ -105,7 +114,7 @@ bool writer_here_locked()
             pthread_attr_setdetachstate(&attr, PTHREAD_CREATE_DETACHED);
             pthread_attr_setstacksize(&attr, std::size_t(64) << 10);
             pthread_t thread;
-            made = pthread_create(&thread, &attr, write_jobs, nullptr) == 0;
+            made = pthread_create(&thread, &attr, async_writer::write_jobs, nullptr) == 0;
             pthread_attr_destroy(&attr);
         }
         writer = made ? writer_state::running : writer_state::gone;
@@ -114,7 +123,9 @@ bool writer_here_locked()
     return writer == writer_state::running && writer_pid == getpid();
 }
 
-void write_open_files_at_exit()
+} // namespace
+
+void async_writer::write_open_files_at_exit()
 {
     // Only the exiting thread runs the program's code now; each write takes
     // the lock itself. What was put after a file's last flush is dropped.
@@ -129,8 +140,6 @@ void write_open_files_at_exit()
         f = next;
     }
 }
-
-} // namespace
 
 async_filebuf::async_filebuf() = default;
 
@@ -149,7 +158,7 @@ bool async_filebuf::open(const std::string& path)
         return false;
     static bool exit_hooked = false;
     if (!exit_hooked)
-        exit_hooked = std::atexit(write_open_files_at_exit) == 0;
+        exit_hooked = std::atexit(async_writer::write_open_files_at_exit) == 0;
     pthread_mutex_lock(&lock);
     error = 0;
     chunks_handed = chunks_done = 0;

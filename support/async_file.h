@@ -19,6 +19,8 @@
 // are lost, as with a plain file stream. The first failing write ends the
 // writing: its errno is kept, later puts fail, and sync() and close()
 // report it (setting errno to it).
+struct async_writer;
+
 class async_filebuf : public std::streambuf {
 public:
     async_filebuf();
@@ -40,20 +42,21 @@ public:
     // when a write failed or the close did.
     bool close();
 
-    // Files with data not yet written, for the exit: the library's own.
-    async_filebuf* next_open = nullptr;
-    async_filebuf* previous_open = nullptr;
-    // The written count of the thread, read under its lock.
-    std::size_t chunks_handed = 0;
-    std::size_t chunks_done = 0;
-    int error = 0; // errno of the first failed write
-
 protected:
     int_type overflow(int_type c) override;
     std::streamsize xsputn(const char* s, std::streamsize n) override;
     int sync() override;
 
 private:
+    friend struct async_writer;
+    // The open files, for the exit, and what the thread did of this one's
+    // chunks: all under the thread's lock.
+    async_filebuf* next_open = nullptr;
+    async_filebuf* previous_open = nullptr;
+    std::size_t chunks_handed = 0;
+    std::size_t chunks_done = 0;
+    int error = 0; // errno of the first failed write
+
     // Gives the filled part of the buffer to the thread and takes an empty
     // buffer; false once the writing has failed.
     bool hand_over();
