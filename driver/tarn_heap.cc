@@ -57,6 +57,7 @@ Region** directory[std::size_t(1) << kDirectoryBits];
 std::size_t region_count;
 std::size_t slabs_used;        // in the last region made
 FreeCell* free_cells[kClasses];
+std::size_t free_count[kClasses]; // the length of each list
 char* slab_next[kClasses];
 char* slab_end[kClasses];
 
@@ -157,11 +158,13 @@ void* take_large(std::size_t n) {
 // cell of its slab's class: a sized delete puts it back in the list of the
 // size asked, an unsized one in the list of its slab, and either size fits
 // in the cell.
+// The lists' lengths spare the walk down a list too short to lend: its
+// cells are cold, a miss each.
 bool borrow_idle(std::size_t c) {
     for (std::size_t d = c + 1; d < kClasses; ++d) {
-        FreeCell* head = free_cells[d];
-        if (head == nullptr) continue;
         std::size_t want = kSlab / (d * kGrain);
+        if (free_count[d] < want) continue;
+        FreeCell* head = free_cells[d];
         FreeCell* last = head;
         std::size_t n = 1;
         while (n < want && last->next != nullptr) {
@@ -172,6 +175,8 @@ bool borrow_idle(std::size_t c) {
         free_cells[d] = last->next;
         last->next = free_cells[c];
         free_cells[c] = head;
+        free_count[d] -= want;
+        free_count[c] += want;
         return true;
     }
     return false;
@@ -182,6 +187,7 @@ void* take(std::size_t n) {
     std::size_t c = n == 0 ? 1 : (n + kGrain - 1) / kGrain;
     if (FreeCell* cell = free_cells[c]) {
         free_cells[c] = cell->next;
+        --free_count[c];
         return cell;
     }
     std::size_t bytes = c * kGrain;
@@ -189,6 +195,7 @@ void* take(std::size_t n) {
         if (borrow_idle(c)) {
             FreeCell* cell = free_cells[c];
             free_cells[c] = cell->next;
+            --free_count[c];
             return cell;
         }
         // No fall-back to malloc: a small block always lies in a region, so
@@ -212,6 +219,7 @@ void give(void* p) {
     std::size_t c = r->size_class[s];
     cell->next = free_cells[c];
     free_cells[c] = cell;
+    ++free_count[c];
 }
 
 // A delete told the size: small blocks all come from the slabs, so the
@@ -226,6 +234,7 @@ void give_sized(void* p, std::size_t n) {
     FreeCell* cell = static_cast<FreeCell*>(p);
     cell->next = free_cells[c];
     free_cells[c] = cell;
+    ++free_count[c];
 }
 
 void* take_or_throw(std::size_t n) {
