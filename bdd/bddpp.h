@@ -428,13 +428,24 @@ private:
 
 // The variables' current names by id, as changes to the creation names: a
 // slot never given another name than its variable's creation name holds
-// nothing; another name lies, after its length, in one buffer of texts
-// (renaming appends, the old text stays).
+// nothing; another name of up to 15 characters lies in the slot itself
+// (the writers read names by variable in no order of the table: one miss
+// per name instead of two), a longer one, after its length, in one buffer
+// of texts (renaming appends, the old text stays). A text handed out is
+// good until the next give.
 class current_names {
 public:
     // Whether the slot holds a text of its own, and then the text.
     bool given(std::size_t id, std::string_view& text) const {
-        std::uint64_t at = id < where.size() ? where[id] : 0;
+        if (id >= where.size()) return false;
+        const slot& s = where[id];
+        const unsigned tag = static_cast<unsigned char>(s.bytes[kInline]);
+        if (tag != 0) {
+            text = std::string_view(s.bytes, tag - 1);
+            return true;
+        }
+        std::uint64_t at;
+        std::memcpy(&at, s.bytes, sizeof at);
         if (at == 0) return false;
         std::uint32_t length;
         std::memcpy(&length, texts.data() + (at - 1), sizeof length);
@@ -445,11 +456,18 @@ public:
     void give(std::size_t id, std::string_view name);
     // Back to the creation name.
     void forget(std::size_t id) {
-        if (id < where.size()) where[id] = 0;
+        if (id < where.size()) where[id] = slot{};
     }
 
 private:
-    grow_array<std::uint64_t> where; // by id: 0, or 1 + the place of the length in texts
+    static constexpr std::size_t kInline = 15;
+    // By id: all zero; or the characters and, last, 1 + their count; or,
+    // with a last byte of zero, 1 + the place of the length in texts in
+    // the first eight bytes.
+    struct slot {
+        char bytes[kInline + 1];
+    };
+    grow_array<slot> where;
     grow_array<char> texts;
 };
 

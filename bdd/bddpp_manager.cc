@@ -110,9 +110,18 @@ void current_names::give(std::size_t id, std::string_view name) {
         std::cerr << "decision diagram variable name too long" << std::endl;
         std::exit(1);
     }
-    if (id >= where.size()) where.resize(id + 1 + (id + 1) / 4, 0);
+    if (id >= where.size()) where.resize(id + 1 + (id + 1) / 4, slot{});
+    slot s{};
+    if (name.size() <= kInline) {
+        if (!name.empty()) std::memcpy(s.bytes, name.data(), name.size());
+        s.bytes[kInline] = static_cast<char>(name.size() + 1);
+        where[id] = s;
+        return;
+    }
     auto length = static_cast<std::uint32_t>(name.size());
-    where[id] = texts.size() + 1;
+    const std::uint64_t at = texts.size() + 1;
+    std::memcpy(s.bytes, &at, sizeof at);
+    where[id] = s;
     texts.append(reinterpret_cast<const char*>(&length), sizeof length);
     texts.append(name.data(), name.size());
 }
