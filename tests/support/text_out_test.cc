@@ -6,6 +6,7 @@
 
 #include "support/async_file.h"
 #include "support/text_out.h"
+#include "tests/tarn_process.h"
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,9 +15,8 @@
 
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <cstdlib>
-#include <fstream>
+#include <optional>
 #include <random>
 #include <sstream>
 #include <string>
@@ -74,38 +74,17 @@ TEST(TextOut, SameBytesAsTheStream)
     EXPECT_EQ(buffered.str(), direct.str());
 }
 
-namespace {
-
-std::string scratch_file(const char* name)
-{
-    static std::string dir = [] {
-        char pattern[] = "/tmp/async_file_test.XXXXXX";
-        const char* made = mkdtemp(pattern);
-        return std::string(made != nullptr ? made : "/tmp");
-    }();
-    return dir + "/" + name;
-}
-
-std::string contents(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream all;
-    all << in.rdbuf();
-    return all.str();
-}
-
-} // namespace
-
 // Three files open at once, written in turn with pieces from a byte to
 // several buffers long (through text_out, put and write), and flushed
 // between: each holds exactly its own bytes, in order.
 TEST(AsyncFile, FilesHoldWhatWasPutInOrder)
 {
     std::mt19937 rng(5);
+    scratch_dir dir;
     std::string want[3];
     async_ofstream files[3];
     for (int f = 0; f < 3; ++f) {
-        files[f].open(scratch_file(("order" + std::to_string(f)).c_str()));
+        files[f].open(dir.path + "/" + std::to_string(f));
         ASSERT_TRUE(files[f].is_open());
     }
     for (int round = 0; round < 300; ++round) {
@@ -129,9 +108,8 @@ TEST(AsyncFile, FilesHoldWhatWasPutInOrder)
     for (int f = 0; f < 3; ++f) {
         files[f].close();
         EXPECT_FALSE(files[f].fail());
-        std::string got = contents(scratch_file(("order" + std::to_string(f)).c_str()));
+        std::string got = read_file(dir.path + "/" + std::to_string(f));
         EXPECT_TRUE(got == want[f]) << "file " << f << ": " << got.size() << " bytes of " << want[f].size();
-        std::remove(scratch_file(("order" + std::to_string(f)).c_str()).c_str());
     }
 }
 
@@ -150,7 +128,7 @@ TEST(AsyncFile, FailuresReachTheStream)
     EXPECT_TRUE(full.fail());
     EXPECT_EQ(errno, ENOSPC);
 
-    async_ofstream nowhere(scratch_file("no/such/dir"));
+    async_ofstream nowhere("/no/such/dir/file");
     EXPECT_FALSE(nowhere.is_open());
     EXPECT_TRUE(nowhere.fail());
     nowhere.clear();
@@ -175,16 +153,18 @@ TEST(AsyncFile, ExitWritesUpToTheLastFlush)
         std::exit(0);
     };
     // The death test runs in a fresh process of this program, where the
-    // thread starts with its first file; it learns the names from here.
-    std::string dir = scratch_file("");
-    if (const char* given = std::getenv("ASYNC_FILE_EXIT_DIR"))
-        dir = given;
-    else
-        setenv("ASYNC_FILE_EXIT_DIR", dir.c_str(), 1);
+    // thread starts with its first file; it learns the folder from here.
+    const char* given = std::getenv("ASYNC_FILE_EXIT_DIR");
+    std::optional<scratch_dir> made;
+    if (given == nullptr) {
+        made.emplace();
+        setenv("ASYNC_FILE_EXIT_DIR", made->path.c_str(), 1);
+    }
+    std::string dir = (given != nullptr ? std::string(given) : made->path) + "/";
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(write_and_exit(dir + "thread_large", dir + "thread_small"), testing::ExitedWithCode(0), "");
-    EXPECT_TRUE(contents(dir + "thread_large") == big + "end") << contents(dir + "thread_large").size() << " bytes";
-    EXPECT_EQ(contents(dir + "thread_small"), "small");
+    EXPECT_TRUE(read_file(dir + "thread_large") == big + "end") << read_file(dir + "thread_large").size() << " bytes";
+    EXPECT_EQ(read_file(dir + "thread_small"), "small");
 
     async_ofstream started(dir + "parent");
     started.write(big.data(), static_cast<std::streamsize>(big.size()));
@@ -196,8 +176,7 @@ TEST(AsyncFile, ExitWritesUpToTheLastFlush)
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    EXPECT_TRUE(contents(dir + "fork_large") == big + "end") << contents(dir + "fork_large").size() << " bytes";
-    EXPECT_EQ(contents(dir + "fork_small"), "small");
-    for (const char* name : {"thread_large", "thread_small", "fork_large", "fork_small", "parent"})
-        std::remove((dir + name).c_str());
+    EXPECT_TRUE(read_file(dir + "fork_large") == big + "end") << read_file(dir + "fork_large").size() << " bytes";
+    EXPECT_EQ(read_file(dir + "fork_small"), "small");
+    unsetenv("ASYNC_FILE_EXIT_DIR");
 }
