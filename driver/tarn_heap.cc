@@ -11,7 +11,8 @@
 // Larger blocks go to malloc, with huge pages asked for the big ones. Memory
 // is never handed back to the kernel: the run builds its wood once and
 // writes it once. Before a class takes a fresh slab, a larger class with a
-// slab's worth of idle cells lends them. tarn itself runs on one thread.
+// slab's worth of idle cells lends them. Only the run's own thread takes or
+// gives memory here: the support library's threads use none of it.
 
 #include "support/mapped_block.h"
 

@@ -31,8 +31,11 @@ pthread_cond_t work = PTHREAD_COND_INITIALIZER; // a job was queued
 pthread_cond_t done = PTHREAD_COND_INITIALIZER; // a job was written
 job queue[kQueue];
 std::size_t queue_head = 0, queue_size = 0;
-char* spare[kSpare];
-std::size_t spare_count = 0;
+// Written chunks, linked through their first bytes. Only the caller's
+// thread takes memory or gives it back (the program's heap serves one
+// thread); the writer only links what it is done with.
+char* free_chunks = nullptr;
+std::size_t free_count = 0;
 async_filebuf* open_files = nullptr;
 enum class writer_state { not_started, running, gone };
 writer_state writer = writer_state::not_started;
@@ -58,15 +61,26 @@ int write_all(int fd, const char* data, std::size_t length)
 
 char* take_chunk_locked()
 {
-    return spare_count > 0 ? spare[--spare_count] : nullptr;
+    char* c = free_chunks;
+    if (c != nullptr) {
+        std::memcpy(&free_chunks, c, sizeof free_chunks);
+        --free_count;
+    }
+    return c;
 }
 
 void give_chunk_locked(char* c)
 {
-    if (spare_count < kSpare)
-        spare[spare_count++] = c;
-    else
-        delete[] c;
+    std::memcpy(c, &free_chunks, sizeof free_chunks);
+    free_chunks = c;
+    ++free_count;
+}
+
+// The caller's thread: keeps a few written chunks for the next files.
+void trim_chunks_locked()
+{
+    while (free_count > kSpare)
+        delete[] take_chunk_locked();
 }
 
 } // namespace
@@ -296,6 +310,7 @@ bool async_filebuf::close()
     next_open = previous_open = nullptr;
     if (chunk != nullptr)
         give_chunk_locked(chunk);
+    trim_chunks_locked();
     pthread_mutex_unlock(&lock);
     chunk = nullptr;
     setp(nullptr, nullptr);
