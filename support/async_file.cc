@@ -1,4 +1,5 @@
 #include "support/async_file.h"
+#include "support/helper_thread.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -122,16 +123,7 @@ namespace {
 bool writer_here_locked()
 {
     if (writer == writer_state::not_started) {
-        pthread_attr_t attr;
-        bool made = false;
-        if (pthread_attr_init(&attr) == 0) {
-            pthread_attr_setdetachstate(&attr, PTHREAD_CREATE_DETACHED);
-            pthread_attr_setstacksize(&attr, std::size_t(64) << 10);
-            pthread_t thread;
-            made = pthread_create(&thread, &attr, async_writer::write_jobs, nullptr) == 0;
-            pthread_attr_destroy(&attr);
-        }
-        writer = made ? writer_state::running : writer_state::gone;
+        writer = start_helper_thread(async_writer::write_jobs) ? writer_state::running : writer_state::gone;
         writer_pid = getpid();
     }
     return writer == writer_state::running && writer_pid == getpid();

@@ -1,4 +1,5 @@
 #include "support/mapped_block.h"
+#include "support/helper_thread.h"
 
 #include <pthread.h>
 #include <sys/mman.h>
@@ -79,19 +80,6 @@ void* fill(void*)
     return nullptr;
 }
 
-bool start_filler()
-{
-    pthread_attr_t attr;
-    if (pthread_attr_init(&attr) != 0)
-        return false;
-    pthread_attr_setdetachstate(&attr, PTHREAD_CREATE_DETACHED);
-    pthread_attr_setstacksize(&attr, std::size_t(64) << 10);
-    pthread_t thread;
-    bool made = pthread_create(&thread, &attr, fill, nullptr) == 0;
-    pthread_attr_destroy(&attr);
-    return made;
-}
-
 }  // namespace
 
 void make_present_soon(void* block, std::size_t bytes)
@@ -100,7 +88,7 @@ void make_present_soon(void* block, std::size_t bytes)
         return;
     pthread_mutex_lock(&queue_lock);
     if (filler == filler_state::not_started)
-        filler = start_filler() ? filler_state::running : filler_state::gone;
+        filler = start_helper_thread(fill) ? filler_state::running : filler_state::gone;
     if (filler == filler_state::running && queue_size < kQueue) {
         // Whole pages: the ones holding the first and the last byte are
         // the caller's.
