@@ -13,6 +13,10 @@ void bdd_block_free(void* block);
 // Hands a block of bdd_block_alloc's, no longer used, to the node pool:
 // its pages, already present, hold the nodes made after it.
 void bdd_block_to_nodes(void* block);
+// Room for `count` nodes made now, its pages present, as a program's
+// set-up does before a build it times: the nodes made after take it
+// before any fresh block.
+void bdd_reserve_nodes(std::size_t count);
 
 // An allocator on those blocks, for a large table that lives while nodes
 // are few and dies before most of them are made.

@@ -56,6 +56,30 @@ std::unordered_map<void*, std::size_t>& mapped_blocks() {
     return *blocks;
 }
 
+// Room a set-up made present ahead (bdd_reserve_nodes), handed out to the
+// node pool and the tables alike: whole huge pages from its end, smaller
+// blocks in whole pages from its start. What is handed out was never
+// written, so it reads as zero.
+struct clean_room {
+    char* from = nullptr;
+    char* to = nullptr;
+    void* take(std::size_t bytes) {
+        if (static_cast<std::size_t>(to - from) < bytes) return nullptr;
+        to -= bytes;
+        return to;
+    }
+    void* take_pages(std::size_t bytes) {
+        if (static_cast<std::size_t>(to - from) < bytes) return nullptr;
+        from += bytes;
+        return from - bytes;
+    }
+};
+
+clean_room& room() {
+    static clean_room r;
+    return r;
+}
+
 }  // namespace
 
 void* bdd_block_alloc(std::size_t bytes, bool zeroed) {
@@ -63,13 +87,25 @@ void* bdd_block_alloc(std::size_t bytes, bool zeroed) {
     void* p = nullptr;
     if (bytes >= huge) {
         bytes = (bytes + huge - 1) / huge * huge;
-        p = map_aligned(bytes, huge);
-        if (!p) throw std::bad_alloc();
+        p = room().take(bytes);
+        if (!p) {
+            p = map_aligned(bytes, huge);
+            if (!p) throw std::bad_alloc();
 #ifdef MADV_HUGEPAGE
-        madvise(p, bytes, MADV_HUGEPAGE);
+            madvise(p, bytes, MADV_HUGEPAGE);
 #endif
+        }
         mapped_blocks().emplace(p, bytes);
         return p;
+    }
+    // A block that malloc would map afresh on its own.
+    constexpr std::size_t page = 4096, mapped_by_malloc = std::size_t(128) << 10;
+    if (bytes >= mapped_by_malloc) {
+        const std::size_t pages = (bytes + page - 1) / page * page;
+        if ((p = room().take_pages(pages))) {
+            mapped_blocks().emplace(p, pages);
+            return p;
+        }
     }
     p = std::malloc(bytes);
     if (!p) throw std::bad_alloc();
@@ -124,6 +160,8 @@ struct node_pool {
                 fresh = spare.back().first;
                 bytes = spare.back().second;
                 spare.pop_back();
+            } else if (void* clean = room().take(block_bytes)) {
+                fresh = static_cast<char*>(clean);
             } else {
                 // Once a manager has outgrown its first blocks, the next one
                 // is mapped a block ahead, its pages made present on the
@@ -170,6 +208,22 @@ void give_block_to_nodes(void* block) {
 
 void bdd_block_to_nodes(void* block) {
     if (block) give_block_to_nodes(block);
+}
+
+void bdd_reserve_nodes(std::size_t count) {
+    constexpr std::size_t huge = std::size_t(2) << 20;
+    const std::size_t bytes = (count * sizeof(bdd_node) + huge - 1) / huge * huge;
+    if (bytes == 0) return;
+    char* block = static_cast<char*>(map_aligned(bytes, huge));
+    if (!block) throw std::bad_alloc();
+#ifdef MADV_HUGEPAGE
+    madvise(block, bytes, MADV_HUGEPAGE);
+#endif
+    make_present_now(block, bytes);
+    clean_room& r = room();
+    if (r.to != r.from) munmap(r.from, static_cast<std::size_t>(r.to - r.from));
+    r.from = block;
+    r.to = block + bytes;
 }
 
 void* bdd_node::operator new(std::size_t size) {

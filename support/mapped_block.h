@@ -21,4 +21,7 @@ void* map_aligned(std::size_t bytes, std::size_t align);
 // dropped.
 void make_present_soon(void* block, std::size_t bytes);
 
+// The same, done by the caller before it returns.
+void make_present_now(void* block, std::size_t bytes);
+
 #endif

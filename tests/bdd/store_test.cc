@@ -401,3 +401,37 @@ TEST(BlockAlloc, BlockHandedToTheNodesHoldsNewNodes)
     }
     EXPECT_TRUE(inside);
 }
+
+// Room made present by a set-up: blocks from it are there before their
+// first write and read zero, huge ones aligned; once it is used up, blocks
+// are mapped afresh. In a child, as the room lasts for the process.
+TEST(BlockAlloc, ReservedRoomServesBlocksPresent)
+{
+    auto body = [] {
+        constexpr std::size_t huge = std::size_t(2) << 20, page = 4096, small_bytes = 300000;
+        auto present_pages = [](void* p, std::size_t bytes) {
+            std::vector<unsigned char> in((bytes + page - 1) / page);
+            if (mincore(p, bytes, in.data()) != 0) return std::size_t(0);
+            std::size_t n = 0;
+            for (unsigned char c : in) n += c & 1;
+            return n;
+        };
+        bdd_reserve_nodes(4 * huge / sizeof(bdd_node)); // 8 MiB
+        auto* table = static_cast<unsigned char*>(bdd_block_alloc(3 * huge));
+        auto* small = static_cast<unsigned char*>(bdd_block_alloc(small_bytes));
+        bool ok = reinterpret_cast<std::uintptr_t>(table) % huge == 0 &&
+                  present_pages(table, 3 * huge) == 3 * huge / page &&
+                  present_pages(small, small_bytes) == (small_bytes + page - 1) / page;
+        for (std::size_t i = 0; i < 3 * huge; i += 509) ok = ok && table[i] == 0;
+        for (std::size_t i = 0; i < small_bytes; i += 509) ok = ok && small[i] == 0;
+        std::memset(small, 7, small_bytes);
+        bdd_block_free(small);
+        // Less than 2 MiB left: the next table is a fresh mapping.
+        auto* fresh = static_cast<unsigned char*>(bdd_block_alloc(huge));
+        ok = ok && present_pages(fresh, huge) == 0 && fresh[huge / 2] == 0;
+        bdd_block_free(fresh);
+        bdd_block_free(table);
+        std::exit(ok ? 0 : 3);
+    };
+    EXPECT_EXIT(body(), ExitedWithCode(0), "");
+}
