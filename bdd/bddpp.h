@@ -24,6 +24,7 @@
 #include <map>
 #include <set>
 
+#include "bdd/bddpp_memory.h"
 #include "support/grow_array.h"
 #include "support/index_set.h"
 #include <string>
@@ -854,8 +855,14 @@ private:
     struct apply_frame;
     struct computed_entry;
     void make_tables(long capacity);
+    // A collection's lists, kept from one collection to the next, in the
+    // package's blocks: their pages are written once, not at each
+    // collection, and a list's block left by its growth holds nodes.
+    using gc_list = std::vector<bdd_node*, bdd_block_allocator<bdd_node*>>;
+    gc_list gc_work, gc_freed, gc_outside;
+    std::vector<std::size_t, bdd_block_allocator<std::size_t>> gc_homes;
     template <class Collectable>
-    void collect_in_one_sweep(std::vector<bdd_node*>& work, Collectable collectable);
+    void collect_in_one_sweep(gc_list& work, Collectable collectable);
     bdd_node* new_variable(const std::string& name, long index, bool last);
     bdd_node* add_variable(const std::string& name, long index, bool last);
     bdd_node* apply(bool is_or, int link_x, bdd_node* x, int link_y, bdd_node* y,

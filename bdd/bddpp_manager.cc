@@ -525,7 +525,8 @@ void bddpp_manager::Map_suppress(bdd_node* node) {
 void bddpp_manager::Bdd_gc() {
     if (!map) return;
     computed_clear();
-    std::vector<bdd_node*> work;
+    gc_list& work = gc_work;
+    work.clear();
     auto collectable = [&](bdd_node* n) {
         return n && n->id >= 0 && n->id < variables_number && node_by_id[n->id] != n;
     };
@@ -560,9 +561,11 @@ void bddpp_manager::Bdd_gc() {
 // does, whatever node holds it. The nodes are deleted last, in the
 // cascade's order.
 template <class Collectable>
-void bddpp_manager::collect_in_one_sweep(std::vector<bdd_node*>& work, Collectable collectable) {
-    std::vector<bdd_node*> freed;
-    std::vector<std::size_t> homes;
+void bddpp_manager::collect_in_one_sweep(gc_list& work, Collectable collectable) {
+    gc_list& freed = gc_freed;
+    auto& homes = gc_homes;
+    freed.clear();
+    homes.clear();
     while (!work.empty()) {
         bdd_node* n = work.back();
         work.pop_back();
@@ -576,7 +579,8 @@ void bddpp_manager::collect_in_one_sweep(std::vector<bdd_node*>& work, Collectab
             if (collectable(k) && k->references == 0) work.push_back(k);
     }
     constexpr std::size_t ahead = 8;
-    std::vector<bdd_node*> outside; // freed, and not in the table
+    gc_list& outside = gc_outside; // freed, and not in the table
+    outside.clear();
     std::size_t removed = 0;
     for (std::size_t k = 0; k < freed.size(); ++k) {
         if (k + ahead < freed.size()) __builtin_prefetch(map->slot_address(homes[k + ahead]));
