@@ -13,6 +13,7 @@
 #include "bdd/bddpp.h"
 #include "bdd/bddpp_memory.h"
 #include "bench/bench_families.h"
+#include "bench/median.h"
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -196,7 +197,7 @@ run_report run_isolated(const std::function<void(bench_result*)>& build) {
 // more than one round, the median of the rounds' own ratios to the
 // composed build follows.
 void print_row(const char* family, int n, const char* engine, const run_report& rep,
-               const run_report* reference, const run_report* composed, std::vector<double> round_ratios) {
+               const run_report* reference, const run_report* composed, const std::vector<double>& round_ratios) {
     if (!rep.ok) {
         std::printf("%-8s %4d  %-7s  failed\n", family, n, engine);
         return;
@@ -209,13 +210,7 @@ void print_row(const char* family, int n, const char* engine, const run_report& 
             std::printf("   x%.2f", rep.result.seconds / other->result.seconds);
         else if (other)
             std::printf("   %5s", "-");
-    if (round_ratios.size() > 1) {
-        std::sort(round_ratios.begin(), round_ratios.end());
-        std::size_t half = round_ratios.size() / 2;
-        double median = round_ratios.size() % 2 ? round_ratios[half]
-                                                : (round_ratios[half - 1] + round_ratios[half]) / 2;
-        std::printf("   x%.2f", median);
-    }
+    if (round_ratios.size() > 1) std::printf("   x%.2f", median_of(round_ratios));
     std::printf("\n");
 }
 
@@ -285,8 +280,8 @@ int main(int argc, char** argv) {
             // The engines take turns, so that a slower minute of the
             // machine falls on all of them rather than on one.
             run_report ours{}, theirs{}, composed{};
-            // Each round's own ratio to the composed build: the rounds are
-            // seconds apart, the machine's slow and fast minutes minutes.
+            // Each round's own ratio to the composed build: a round lasts
+            // seconds, the machine's slow and fast spells last minutes.
             std::vector<double> round_ratios;
             for (int i = 0; i < repeat; ++i) {
                 run_report mine = run_isolated([&](bench_result* r) { f.tarn(n, r); });

@@ -30,6 +30,7 @@
 // The exit status is 0 only if every run finished with status 0 and wrote
 // its files.
 
+#include "bench/median.h"
 #include "bench/road_bench_run.h"
 
 #include <sched.h>
@@ -231,7 +232,7 @@ struct bench {
         if (floor > 0)
             std::snprintf(ratio, sizeof ratio, "%.1f", road.seconds / floor);
         std::printf("%-7s %10ld %11ld %11ld %9.3f %9.3f %9.3f %10.1f %9s %10.4f %8s %10ld %8.0f\n", c.label.c_str(),
-                    n, in_bytes, out_bytes, road.seconds, road_bench_median(walls), road.cpu_seconds,
+                    n, in_bytes, out_bytes, road.seconds, median_of(walls), road.cpu_seconds,
                     road.peak_kib / 1024.0, exponent, floor, ratio, nodes,
                     road.cpu_seconds * 1e9 / static_cast<double>(nodes > 0 ? nodes : 1));
         std::fflush(stdout);

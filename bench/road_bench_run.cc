@@ -7,7 +7,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cmath>
@@ -223,13 +222,6 @@ bool road_bench_seed(const std::string& text, std::string& seed)
 double road_bench_exponent(long n1, double t1, long n2, double t2)
 {
     return std::log(t2 / t1) / std::log(static_cast<double>(n2) / static_cast<double>(n1));
-}
-
-double road_bench_median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    std::size_t half = values.size() / 2;
-    return values.size() % 2 ? values[half] : (values[half - 1] + values[half]) / 2;
 }
 
 std::string road_bench_describe(const child_figures& f)

@@ -50,10 +50,6 @@ bool road_bench_seed(const std::string& text, std::string& seed);
 // Growth exponent between (n1, t1) and (n2, t2): log(t2/t1) / log(n2/n1).
 double road_bench_exponent(long n1, double t1, long n2, double t2);
 
-// The middle value of a non-empty list (the mean of the two middle ones
-// for an even count).
-double road_bench_median(std::vector<double> values);
-
 // "status 3", "signal 11", "timeout", "not started": how a child ended.
 std::string road_bench_describe(const child_figures& f);
 
