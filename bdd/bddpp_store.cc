@@ -80,21 +80,26 @@ clean_room& room() {
     return r;
 }
 
+constexpr std::size_t huge = std::size_t(2) << 20;
+
+// A fresh mapping of whole huge pages, offered to the kernel as such.
+char* map_huge(std::size_t bytes) {
+    void* p = map_aligned(bytes, huge);
+    if (!p) throw std::bad_alloc();
+#ifdef MADV_HUGEPAGE
+    madvise(p, bytes, MADV_HUGEPAGE);
+#endif
+    return static_cast<char*>(p);
+}
+
 }  // namespace
 
 void* bdd_block_alloc(std::size_t bytes, bool zeroed) {
-    constexpr std::size_t huge = std::size_t(2) << 20;
     void* p = nullptr;
     if (bytes >= huge) {
         bytes = (bytes + huge - 1) / huge * huge;
         p = room().take(bytes);
-        if (!p) {
-            p = map_aligned(bytes, huge);
-            if (!p) throw std::bad_alloc();
-#ifdef MADV_HUGEPAGE
-            madvise(p, bytes, MADV_HUGEPAGE);
-#endif
-        }
+        if (!p) p = map_huge(bytes);
         mapped_blocks().emplace(p, bytes);
         return p;
     }
@@ -211,14 +216,9 @@ void bdd_block_to_nodes(void* block) {
 }
 
 void bdd_reserve_nodes(std::size_t count) {
-    constexpr std::size_t huge = std::size_t(2) << 20;
     const std::size_t bytes = (count * sizeof(bdd_node) + huge - 1) / huge * huge;
     if (bytes == 0) return;
-    char* block = static_cast<char*>(map_aligned(bytes, huge));
-    if (!block) throw std::bad_alloc();
-#ifdef MADV_HUGEPAGE
-    madvise(block, bytes, MADV_HUGEPAGE);
-#endif
+    char* block = map_huge(bytes);
     make_present_now(block, bytes);
     clean_room& r = room();
     if (r.to != r.from) munmap(r.from, static_cast<std::size_t>(r.to - r.from));
