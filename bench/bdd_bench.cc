@@ -240,12 +240,15 @@ void keep_best(run_report& best, const run_report& again, bool first) {
 
 int main(int argc, char** argv) {
     bool quick = false;
+    bool tarn_only = false; // for profiling the engine alone
     int repeat = 1;
     const char* only = nullptr;
     int only_size = 0;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--quick") == 0) {
             quick = true;
+        } else if (std::strcmp(argv[i], "--tarn-only") == 0) {
+            tarn_only = true;
         } else if (std::strcmp(argv[i], "--repeat") == 0 && i + 1 < argc) {
             repeat = std::max(1, std::atoi(argv[++i]));
         } else if (only == nullptr && argv[i][0] != '-') {
@@ -253,7 +256,7 @@ int main(int argc, char** argv) {
         } else if (only != nullptr && only_size == 0 && std::atoi(argv[i]) > 0) {
             only_size = std::atoi(argv[i]);
         } else {
-            std::fprintf(stderr, "usage: bdd_bench [--quick] [--repeat K] [family [size]]\n");
+            std::fprintf(stderr, "usage: bdd_bench [--quick] [--tarn-only] [--repeat K] [family [size]]\n");
             return 2;
         }
     }
@@ -286,7 +289,7 @@ int main(int argc, char** argv) {
             for (int i = 0; i < repeat; ++i) {
                 run_report mine = run_isolated([&](bench_result* r) { f.tarn(n, r); });
                 keep_best(ours, mine, i == 0);
-                if (!f.buddy) continue;
+                if (!f.buddy || tarn_only) continue;
                 keep_best(theirs, run_isolated([&](bench_result* r) { f.buddy(n, r); }), i == 0);
                 run_report fair = run_isolated([&](bench_result* r) {
                     set_buddy_decomposed(1);
@@ -296,9 +299,10 @@ int main(int argc, char** argv) {
                 if (mine.ok && fair.ok && fair.result.seconds > 0)
                     round_ratios.push_back(mine.result.seconds / fair.result.seconds);
             }
-            print_row(f.name, n, "tarn", ours, f.buddy ? &theirs : nullptr, f.buddy ? &composed : nullptr,
+            const bool compared = f.buddy && !tarn_only;
+            print_row(f.name, n, "tarn", ours, compared ? &theirs : nullptr, compared ? &composed : nullptr,
                       round_ratios);
-            if (f.buddy) {
+            if (compared) {
                 print_row(f.name, n, "buddy", theirs, nullptr, nullptr, {});
                 print_row(f.name, n, "bdy-cmp", composed, nullptr, nullptr, {});
             }
