@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,11 +17,18 @@ constexpr int max_parts = 8;
 char parts[max_parts][4096];
 volatile std::sig_atomic_t used[max_parts];
 
-void remove_parts_and_die(int sig)
+void remove_parts()
 {
     for (int i = 0; i < max_parts; ++i)
-        if (used[i])
+        if (used[i]) {
             unlink(parts[i]);
+            used[i] = 0;
+        }
+}
+
+void remove_parts_and_die(int sig)
+{
+    remove_parts();
     std::signal(sig, SIG_DFL);
     raise(sig);
 }
@@ -33,6 +41,9 @@ void install_handlers()
     installed = true;
     for (int sig : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
         std::signal(sig, remove_parts_and_die);
+    // An error that ends the run in the middle of a target exits without
+    // unwinding: its companions go too, and the previous outputs stay.
+    std::atexit(remove_parts);
 }
 
 int enter_part(const std::string& name)

@@ -57,6 +57,13 @@ std::vector<node_view> table_view(bddpp_manager& m) {
     return out;
 }
 
+// Both tables hold the same nodes, in the same order, and are well formed.
+void expect_same_tables(bddpp_manager& plain, bddpp_manager& fast) {
+    ASSERT_EQ(table_view(plain), table_view(fast));
+    ASSERT_TRUE(plain.map->well_formed());
+    ASSERT_TRUE(fast.map->well_formed());
+}
+
 bdd_node* node_of_global_id(bddpp_manager& m, long global_id) {
     bdd_node* found = nullptr;
     m.map->for_each([&](bdd_node* n) {
@@ -108,9 +115,7 @@ struct twin_run {
             ASSERT_EQ(p[i].link_type(), f[i].link_type()) << i;
             ASSERT_EQ(p[i].node()->global_id, f[i].node()->global_id) << i;
         }
-        ASSERT_EQ(table_view(plain), table_view(fast));
-        ASSERT_TRUE(plain.map->well_formed());
-        ASSERT_TRUE(fast.map->well_formed());
+        expect_same_tables(plain, fast);
     }
 
     void add_variable() {
@@ -263,9 +268,7 @@ TEST(BddDifferential, CollectionOfLargeTablesRemovesWhatErasingOneByOneDoes) {
         plain.Bdd_gc();
         plain.plain_operators = false;
         fast.Bdd_gc();
-        ASSERT_EQ(table_view(plain), table_view(fast));
-        ASSERT_TRUE(plain.map->well_formed());
-        ASSERT_TRUE(fast.map->well_formed());
+        expect_same_tables(plain, fast);
     };
     for (side& s : sides) {
         for (int i = 0; i < bits; ++i) s.a.push_back(s.m.New_var_last("a" + std::to_string(i)));

@@ -61,7 +61,7 @@ TEST_P(two_vars, CompositeConnectivesMakeTheirNodesLeftFirst) {
     EXPECT_EQ(m.next_global_id, 11);
 }
 
-TEST_P(two_vars, NullOperandsEndTheProcess) {
+TEST_P(two_vars, NullOperandsAndResultsAboveTheOperandsEndTheProcess) {
     EXPECT_EXIT(m.Bdd_and(bdd(), a), ExitedWithCode(1),
                 literal_pattern("ERROR: call bddpp_manager::Bdd_and() with null reference\n"
                                 "Bdd_and(0,") +
@@ -73,11 +73,9 @@ TEST_P(two_vars, NullOperandsEndTheProcess) {
                 literal_pattern("ERROR: abnormal index in bddpp_manager::Bdd_ite()\n"
                                 "ERROR: call bddpp_manager::Bdd_and() with null reference\n"));
     EXPECT_EXIT(m.Bdd_xor(a, bdd()), ExitedWithCode(1), "with null reference");
-}
 
-// A node on b whose two children are a's own node breaks the order: the
-// and and the or of it with c come out on a, above both operands.
-TEST_P(two_vars, SelfCheckStopsOnAResultAboveItsOperands) {
+    // A node on b whose two children are a's own node breaks the order: the
+    // and and the or of it with c come out on a, above both operands.
     bdd c = m.New_var_last("c");
     bdd_node* broken = new bdd_node(&m, 1, 1, a.node(), a.node(), m.next_global_id++);
     bdd f(&m, 1, broken);

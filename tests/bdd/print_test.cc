@@ -24,19 +24,10 @@ struct TwoVariables {
 
 } // namespace
 
-TEST(NodePrinters, VhdlInputLines)
-{
-    TwoVariables t;
-    std::ostringstream out;
-    t.m.Print_node_for_eval_VHDL_reset_input("m_node", out, "b");
-    t.m.Print_node_for_eval_VHDL_input("s_", "_in", "m_node", out, "b");
-    EXPECT_EQ(out.str(), "      m_node(3) <= '0';\n      m_node(3) <= s_b_in;\n");
-}
-
 // A printed node stays printed until the marks are cleared, by the cone or
 // all at once; clearing all at once many more times than a mark has values
-// must keep both rules.
-TEST(NodePrinters, MarksLastUntilCleared)
+// must keep both rules. The VHDL input lines name a variable's node.
+TEST(NodePrinters, VhdlInputLinesAndMarksLastUntilCleared)
 {
     TwoVariables t;
     auto print = [&] {
@@ -54,6 +45,10 @@ TEST(NodePrinters, MarksLastUntilCleared)
         ASSERT_EQ(print(), whole) << "after clear " << round;
         ASSERT_EQ(print(), "") << "after clear " << round;
     }
+    std::ostringstream vhdl;
+    t.m.Print_node_for_eval_VHDL_reset_input("m_node", vhdl, "b");
+    t.m.Print_node_for_eval_VHDL_input("s_", "_in", "m_node", vhdl, "b");
+    EXPECT_EQ(vhdl.str(), "      m_node(3) <= '0';\n      m_node(3) <= s_b_in;\n");
 }
 
 TEST(NodeLists, NumberedOnceInListOrder)

@@ -1,6 +1,7 @@
 // What a user sees for every kind of bad input or failed output: the
 // message, the exit status, no crash or hang, and no good file lost.
 
+#include "driver/tarn_output.h"
 #include "tests/tarn_process.h"
 #include "tests/worked_module.h"
 
@@ -278,4 +279,22 @@ TEST(BadInput, InterruptedRunKeepsThePreviousOutput)
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT);
     EXPECT_EQ(read_file(s.path + "/big.blif"), "previous\n");
     EXPECT_FALSE(exists(s.path + "/big.blif.part"));
+}
+
+// An error that ends the run while an output is half written exits without
+// unwinding: the companion goes all the same.
+TEST(BadInput, ExitInTheMiddleOfAnOutputKeepsThePreviousOne)
+{
+    scratch_dir s;
+    s.write("out.c", "previous\n");
+    EXPECT_EXIT(
+        {
+            tarn_output_file out(s.path + "/out.c");
+            out.stream() << "half of it" << std::flush;
+            if (!exists(s.path + "/out.c.part")) std::exit(2);
+            std::exit(1);
+        },
+        ::testing::ExitedWithCode(1), "");
+    EXPECT_FALSE(exists(s.path + "/out.c.part"));
+    EXPECT_EQ(read_file(s.path + "/out.c"), "previous\n");
 }

@@ -19,6 +19,15 @@ struct Block {
     unsigned char* p;
     std::size_t n;
     unsigned char fill;
+    // Odd sizes go through the sized operators (freed by class), even ones
+    // through the array forms.
+    void release() const
+    {
+        if (n % 2)
+            ::operator delete(p, n);
+        else
+            delete[] p;
+    }
 };
 
 // Random sizes across the small classes, the class boundary and the large
@@ -34,10 +43,7 @@ TEST(TarnHeap, BlocksStayAlignedDisjointAndIntactThroughReuse) {
             Block b = live[at];
             for (std::size_t i = 0; i < b.n; ++i)
                 ASSERT_EQ(b.p[i], b.fill) << "block of " << b.n << " bytes overwritten";
-            if (b.n % 2)
-                ::operator delete(b.p, b.n);  // told the size: found by class
-            else
-                delete[] b.p;
+            b.release();
             live[at] = live.back();
             live.pop_back();
             continue;
@@ -62,12 +68,8 @@ TEST(TarnHeap, BlocksStayAlignedDisjointAndIntactThroughReuse) {
         EXPECT_GE(at, end) << "two live blocks overlap";
         end = at + (n == 0 ? 1 : n);
     }
-    for (const Block& b : live) {
-        if (b.n % 2)
-            ::operator delete(b.p, b.n);
-        else
-            delete[] b.p;
-    }
+    for (const Block& b : live)
+        b.release();
 }
 
 TEST(TarnHeap, FreedCellsAreReusedBeforeNewOnes) {

@@ -89,7 +89,7 @@ TEST_F(TarnCommand, UnknownOptionStopsBeforeReading)
     EXPECT_TRUE(only_files({"m.zkc"}));  // not even the log
 }
 
-TEST_F(TarnCommand, ValidFileWithoutTargets)
+TEST_F(TarnCommand, ValidFileWithoutTargetsThenEveryTargetInItsFixedOrder)
 {
     tarn_output r = tarn({"m.zkc", "-no_suppress_wires"});
     EXPECT_EQ(r.status, 0) << r.err;
@@ -100,12 +100,9 @@ TEST_F(TarnCommand, ValidFileWithoutTargets)
     // The log really written is the input's name plus ".log".
     EXPECT_TRUE(only_files({"m.zkc", "m.zkc.log"}));
     EXPECT_NE(read_file(dir + "/m.zkc.log").find("definition finale"), std::string::npos);
-}
 
-TEST_F(TarnCommand, TargetsComeInTheirFixedOrder)
-{
-    tarn_output r = tarn({"m.zkc", "-qsr", "-systemc", "-csharp", "-vhdl", "-altera", "-c", "-blif", "-nusmv",
-                         "-esterel", "-lustre", "-doc", "-valued_simul", "-c"});
+    r = tarn({"m.zkc", "-qsr", "-systemc", "-csharp", "-vhdl", "-altera", "-c", "-blif", "-nusmv",
+             "-esterel", "-lustre", "-doc", "-valued_simul", "-c"});
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.err, "parsing terminated\n");
     // Every target is written once, in the table's order, even with -c
