@@ -13,6 +13,7 @@
 #include <memory>
 #include <random>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -224,6 +225,52 @@ inline void place_module(const scratch_dir& s, const std::string& name, long equ
         copy_example(s.path, name);
     else
         generate_module(s.path, name, equations, seed);
+}
+
+// <name>.zkc in `s` holding `text`, or the bundled example when it is empty.
+inline void place_module(const scratch_dir& s, const std::string& name, const std::string& text)
+{
+    if (text.empty())
+        copy_example(s.path, name);
+    else
+        s.write(name + ".zkc", text);
+}
+
+// The C side of a module over the type integer: the type's header as the
+// examples ship it, and `code` in user.c, whose name is returned.
+inline std::string write_c_user(const scratch_dir& s, const std::string& module, const std::string& code)
+{
+    s.write("C_data_user_integer.h", read_file(TARN_SOURCE_DIR "/examples/user/C_data_user_integer.h"));
+    s.write("user.c", "#include \"" + module + ".h\"\n" + code);
+    return "user.c";
+}
+
+// The first input of `t` one reaction late: what "pre" of it gives.
+inline std::vector<int> first_input_delayed(const trace& t)
+{
+    std::vector<int> late(t.size());
+    for (std::size_t step = 1; step < t.size(); ++step)
+        late[step] = t[step - 1][0];
+    return late;
+}
+
+// Each output outside `skip` as a target gave it against the C's; the
+// outputs compared and the changes of their C values along the trace.
+struct output_comparison {
+    int compared = 0, changes = 0;
+};
+
+inline output_comparison compare_with_c(const std::vector<c_port>& outputs, const port_values& target,
+                                        const port_values& c, const std::set<std::string>& skip = {})
+{
+    output_comparison r;
+    for (const c_port& o : outputs)
+        if (skip.count(o.name) == 0) {
+            EXPECT_EQ(target.at(o.name), c.at(o.name)) << "output " << o.name;
+            ++r.compared;
+            r.changes += changes({{o.name, c.at(o.name)}});
+        }
+    return r;
 }
 
 // tarn run on <module>.zkc of `s` for its C and `options`, then the C

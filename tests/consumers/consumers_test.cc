@@ -65,39 +65,28 @@ port_values run_blif(const scratch_dir& s, const std::string& module, const std:
     return values;
 }
 
-struct subject {
-    std::string name; // module name, also the file's base name
-    long equations;   // 0 for an example
-    int seed;
-};
-
-struct checked {
-    port_values outputs; // per output, the value at each step, agreed by C and BLIF
-    std::string blif;
-};
-
-void check(const subject& x, unsigned trace_seed, checked* result = nullptr)
+// The module in `s` (zkcgen's when `equations` is not 0): its C against its
+// BLIF on one random trace; the C's outputs.
+port_values check(const scratch_dir& s, const std::string& name, unsigned trace_seed, long equations = 0, int seed = 0)
 {
-    SCOPED_TRACE(x.name);
-    scratch_dir s;
-    place_module(s, x.name, x.equations, x.seed);
-    c_run r = run_with_c(s, x.name, {"-blif"}, trace_seed);
-    ASSERT_FALSE(r.outputs.empty());
+    SCOPED_TRACE(name);
+    place_module(s, name, equations, seed);
+    c_run r = run_with_c(s, name, {"-blif"}, trace_seed);
+    EXPECT_FALSE(r.outputs.empty());
     if (have("yosys")) {
-        EXPECT_EQ(run_blif(s, x.name, names(r.inputs), names(r.outputs), r.t), r.c) << "BLIF against the C";
+        EXPECT_EQ(run_blif(s, name, names(r.inputs), names(r.outputs), r.t), r.c) << "BLIF against the C";
     }
     // abc reads the same netlists; its statistics line shows it took the
     // whole model, and it would warn of a net that no cover drives.
     if (have("berkeley-abc")) {
-        run("cd '" + s.path + "' && berkeley-abc -c 'read_blif " + x.name + ".blif; print_stats' > abc.txt 2>&1");
+        run("cd '" + s.path + "' && berkeley-abc -c 'read_blif " + name + ".blif; print_stats' > abc.txt 2>&1");
         std::string stats = read_file(s.path + "/abc.txt");
-        EXPECT_NE(stats.find(x.name), std::string::npos) << stats;
+        EXPECT_NE(stats.find(name), std::string::npos) << stats;
         EXPECT_NE(stats.find("lat ="), std::string::npos) << stats;
         EXPECT_EQ(stats.find("non-driven"), std::string::npos) << stats;
     }
-    if (result != nullptr)
-        *result = {r.c, read_file(s.path + "/" + x.name + ".blif")};
     EXPECT_GT(changes(r.c), 0);
+    return r.c;
 }
 
 // A valued example's C, built with the user files shipped beside the
@@ -115,18 +104,18 @@ c_run run_valued_example(const scratch_dir& s, const std::string& module, unsign
 TEST(Consumers, PureExamplesAndGeneratedModulesAgreeInCAndBlif)
 {
     for (const char* name : {"toggle", "shift", "watchdog"})
-        check({name, 0, 0}, 11);
-
+        check(scratch_dir(), name, 11);
     // blink has no input, which leaves the second line of its BLIF empty,
     // and two constant outputs, which C and BLIF must hold at every step.
-    checked blink;
-    check({"blink", 0, 0}, 11, &blink);
-    EXPECT_EQ(blink.blif.substr(0, 14), ".model blink\n\n");
-    EXPECT_EQ(blink.outputs["on"], std::vector<int>(steps, 1));
-    EXPECT_EQ(blink.outputs["off"], std::vector<int>(steps, 0));
-    EXPECT_NE(blink.blif.find(".names blink_node_1 off\n0 1\n"), std::string::npos);
+    scratch_dir s;
+    port_values blink = check(s, "blink", 11);
+    std::string blif = read_file(s.path + "/blink.blif");
+    EXPECT_EQ(blif.substr(0, 14), ".model blink\n\n");
+    EXPECT_EQ(blink["on"], std::vector<int>(steps, 1));
+    EXPECT_EQ(blink["off"], std::vector<int>(steps, 0));
+    EXPECT_NE(blif.find(".names blink_node_1 off\n0 1\n"), std::string::npos);
     for (int seed = 1; seed <= 3; ++seed)
-        check({"gen" + std::to_string(seed), 150, seed}, 100 + seed);
+        check(scratch_dir(), "gen" + std::to_string(seed), 100 + seed, 150, seed);
     if (!have("yosys"))
         GTEST_SKIP() << "yosys is not installed: only the C was checked";
 }

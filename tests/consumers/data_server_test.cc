@@ -46,21 +46,15 @@ int main(int argc, char** argv)
     server.sin_family = AF_INET;
     server.sin_port = htons(std::atoi(argv[3]));
     inet_pton(AF_INET, "127.0.0.1", &server.sin_addr);
-    if (connect(fd, reinterpret_cast<sockaddr*>(&server), sizeof server) != 0) {
-        std::fprintf(log, "no connexion\n");
-        return 1;
-    }
+    if (connect(fd, reinterpret_cast<sockaddr*>(&server), sizeof server) != 0)
+        return std::fprintf(log, "no connexion\n"), 1;
     std::ifstream requests("requests.txt");
-    std::string request;
-    while (std::getline(requests, request)) {
+    for (std::string request; std::getline(requests, request);) {
         send(fd, request.data(), request.size(), 0);
         pollfd ready{fd, POLLIN, 0};
-        std::string reply = "<no reply>";
-        if (poll(&ready, 1, 1000) > 0) {
-            char buffer[2048];
-            long n = recv(fd, buffer, sizeof buffer, 0);
-            reply = n > 0 ? std::string(buffer, n) : "<closed>";
-        }
+        char buffer[2048];
+        long n = poll(&ready, 1, 1000) > 0 ? recv(fd, buffer, sizeof buffer, 0) : -2;
+        std::string reply = n == -2 ? "<no reply>" : n > 0 ? std::string(buffer, n) : "<closed>";
         std::fprintf(log, "%s\n", reply.c_str());
     }
     std::fprintf(log, "closed\n");
@@ -100,10 +94,7 @@ std::string stand_in_binary() { return c_reference::built_once("mosk.cc", stand_
 void check_replies(const scratch_dir& s, const server_case& x)
 {
     SCOPED_TRACE(x.file);
-    if (x.zkc.empty())
-        copy_example(s.path, x.file);
-    else
-        s.write(x.file + ".zkc", x.zkc);
+    c_reference::place_module(s, x.file, x.zkc);
     tarn_output made = run_tarn_in(s.path, {x.file + ".zkc", "-valued_simul"});
     EXPECT_EQ(made.status, 0) << made.err;
     EXPECT_NE(made.out.find("generation of ./mosk_" + x.file + ".cc\n"), std::string::npos) << made.out;

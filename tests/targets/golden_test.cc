@@ -1,6 +1,7 @@
 // Whole texts of every generator, as the command writes them for the worked
 // module and a few bundled examples, against the files of golden/; and the
-// VHDL's Altera form, libraries and post-pass on names against them.
+// VHDL's Altera form, libraries and post-pass on names against them, and
+// the temporary file a VHDL run leaves when it stops.
 #include "tests/tarn_process.h"
 #include "tests/worked_module.h"
 
@@ -84,8 +85,11 @@ TEST(Vhdl, AlteraFormAndTheLibrariesOfTheWorkingDirectory)
 }
 
 // Every "__" becomes "_X_" in the final file, comments included; the
-// temporary file keeps the generator's text.
-TEST(Vhdl, DoubleUnderscoresOnlyInTheTemporaryFile)
+// temporary file keeps the generator's text. Without a value for VHDL a
+// constant stops the generation before the post-pass: the temporary file
+// stays as far as it got (the message ends the process before the last
+// constant's line is flushed), and no VHDL file is written.
+TEST(Vhdl, TheTemporaryFileKeepsTheGeneratorsText)
 {
     scratch_dir s;
     std::string text = read_file(TARN_SOURCE_DIR "/examples/toggle.zkc");
@@ -100,6 +104,24 @@ TEST(Vhdl, DoubleUnderscoresOnlyInTheTemporaryFile)
     EXPECT_EQ(vhd.find("__"), std::string::npos) << vhd;
     EXPECT_EQ(std::regex_replace(tmp, std::regex("__"), "_X_"), vhd);
     EXPECT_NE(vhd.find("signal v_s_tog_X_gle_boot : bit;\n"), std::string::npos) << vhd;
+
+    const struct {
+        std::string module, constant, last_line;
+    } stops[] = {{"accu", "limit", "constant zero : integer := 0;\n"},
+                 {"peak", "offset", "constant threshold : integer := 7;\n"}};
+    for (const auto& c : stops) {
+        copy_example(s.path, c.module);
+        tarn_output r = run_tarn_in(s.path, {c.module + ".zkc", "-vhdl"});
+        EXPECT_EQ(r.status, 1);
+        EXPECT_NE(r.err.find("ERROR: no initial value provided for VHDL language for the constant: \"" + c.constant +
+                             "\"\n"),
+                  std::string::npos)
+            << r.err;
+        EXPECT_EQ(r.out.find(".vhd"), std::string::npos) << r.out;
+        EXPECT_FALSE(exists(s.path + "/" + c.module + ".vhd"));
+        tmp = read_file(s.path + "/" + c.module + ".vhd_tmp");
+        EXPECT_EQ(tmp.substr(tmp.size() - std::min(tmp.size(), c.last_line.size())), c.last_line) << tmp;
+    }
 }
 
 } // namespace
