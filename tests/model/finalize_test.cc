@@ -1,6 +1,7 @@
 // Finalisation and clean-up of whole modules: the closed equations, the
 // boot register, retyping, dropped registers, dates and names.
 
+#include "tests/bdd/bdd_test_util.h"
 #include "tests/module_builder.h"
 
 #include <gtest/gtest.h>
@@ -35,9 +36,7 @@ struct WorkedExample : ModuleBuilder {
 TEST(Finalize, RegisterNextEquationsAreRetypedWithTheirTwoWarnings)
 {
     WorkedExample w(false);
-    testing::internal::CaptureStderr();
-    w.m.finalize(0);
-    std::string err = testing::internal::GetCapturedStderr();
+    std::string err = captured([&] { w.m.finalize(0); });
     EXPECT_EQ(count(err, " Warning: reaffectation 4: _s_n with SREG\n"), 1u) << err;
     EXPECT_EQ(count(err, " Warning reaffectation 5: _v_n with VREG\n"), 1u) << err;
     EXPECT_EQ(w.at(4)->getUserType(), int{Compilation::SREG});
@@ -86,9 +85,7 @@ TEST(Finalize, OverAndUnderEquationsAreClosedByTheSummaryRules)
         b.eq(b.over(z), b.under(x));
         b.endOfReading();
 
-        testing::internal::CaptureStderr();
-        b.m.finalize(0);
-        std::string err = testing::internal::GetCapturedStderr();
+        std::string err = captured([&] { b.m.finalize(0); });
         bool warned = row.overEq == NONE && !row.reg;
         EXPECT_EQ(count(err, "***Warning: Finalize: no over expression and under expression for:_v_x!!!\n"
                              " => changing over equation ...\n\n"),
@@ -111,9 +108,7 @@ TEST(Finalize, AnOutputWarnsOncePerOccurrencePairAndItsCurrentOverWireTakesItsNa
     b.eq(b.under(x), b.mgr->Bdd_not(av));
     b.endOfReading();
 
-    testing::internal::CaptureStderr();
-    b.m.finalize(0);
-    std::string err = testing::internal::GetCapturedStderr();
+    std::string err = captured([&] { b.m.finalize(0); });
     EXPECT_EQ(count(err, "***Warning: Finalize:"), 2u) << err;
     EXPECT_EQ(count(err, "for:_v_x!!!"), 1u);
     EXPECT_EQ(count(err, "for:_v_x_1!!!"), 1u);
@@ -138,9 +133,7 @@ TEST(Finalize, ARegisterThatNeverChangesIsDroppedAndReadAsItsConstant)
         b.eq(b.over(o), b.mgr->Bdd_or(b.over(r), b.over(a)));
         b.endOfReading();
 
-        testing::internal::CaptureStderr();
-        b.m.finalize(0);
-        std::string err = testing::internal::GetCapturedStderr();
+        std::string err = captured([&] { b.m.finalize(0); });
         std::string label = std::to_string(row.initial) + "/" + std::to_string(row.next);
         EXPECT_EQ(count(err, "detecting useless register r\n"), row.dropped ? 1u : 0u) << label;
         bdd rv = b.mgr->Bdd_var_by_index(b.overId(r)), av = b.mgr->Bdd_var_by_index(b.overId(a));
@@ -273,18 +266,17 @@ TEST(DebugPut, ListsOnlyWhatTheModuleHas)
     Signal* gone = new Signal("g", &b.m, b.wood);
     gone->setCurrentOccurrence(b.wood, -1);
     std::ostringstream os;
-    testing::internal::CaptureStderr();
-    b.m.DEBUG_put(os);
-    b.m.DEBUG_OneSignal_put(os, gone);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "end of debug put\n");
+    EXPECT_EQ(captured([&] {
+                  b.m.DEBUG_put(os);
+                  b.m.DEBUG_OneSignal_put(os, gone);
+              }),
+              "end of debug put\n");
     EXPECT_EQ(os.str(), "inputs:\n a: _s_a(0),_v_a(1)\n h: _s_h(2),?\nSET: \nRESET: \nRTL: \nEarly date: 0\n\n\n"
                         " g_-1: ?,?\n");
 
     b.m.setBddWood(nullptr);
     os.str("");
-    testing::internal::CaptureStderr();
-    b.m.DEBUG_put(os);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "end of debug put\n");
+    EXPECT_EQ(captured([&] { b.m.DEBUG_put(os); }), "end of debug put\n");
     EXPECT_EQ(os.str(), "inputs:\n a:  ???\n h:  ???\nSET: \nRESET: \nRTL: \n");
 }
 

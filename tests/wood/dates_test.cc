@@ -1,9 +1,12 @@
-// Dates, sorts, cycle detection and critical paths; the fast passes against
-// the literal ones and a model of the dates on random woods. (A long chain:
-// elim_test.)
+// The dependence graph and the dates: set helpers, walks in both directions,
+// the coherence check, dates, sorts, cycle detection and critical paths; the
+// fast passes against the literal ones and a model of the dates on random
+// woods. (The reader rebuild and the used variables: the whole-wood tests; a
+// long chain: elim_test.)
 
 #include <algorithm>
 #include <random>
+#include <sstream>
 #include <tuple>
 
 #include "tests/wood/wood_builder.h"
@@ -25,9 +28,93 @@ std::vector<long> dates(WoodBuilder& t, std::initializer_list<const char*> early
 
 } // namespace
 
+TEST(WoodSets, ReencodingMayMergeMembers)
+{
+    const long table[] = {-1, 7, 7, 0, 0, 3};
+    EXPECT_EQ(set_reencoding(IndexSet{1, 2, 5}, table), (IndexSet{3, 7}));
+    EXPECT_EQ(set_priv(IndexSet{2, 3, 5, 8}, IndexSet{1, 2, 5}), (IndexSet{3, 8}));
+}
+
+// x -> a -> b -> c, and a, y -> d.
+struct Chain : WoodBuilder {
+    Chain()
+    {
+        Bddexpression* a = eq("a", var("x"));
+        Bddexpression* b = eq("b", a->bdd_var);
+        eq("c", m()->Bdd_not(b->bdd_var));
+        eq("d", m()->Bdd_and(a->bdd_var, var("y")));
+    }
+};
+
+TEST(WoodDependences, WalksFollowBothDirectionsAndKeepTheAccumulator)
+{
+    Chain t;
+    IndexSet empty, acc = {42}, with_b = t.ids({"b"});
+    EXPECT_EQ(t.wood->down_dependances(t.index("x"), 1, empty), t.ids({"a", "b", "c", "d"}));
+    EXPECT_EQ(t.wood->up_dependances(t.index("c"), 1, empty), t.ids({"b", "a", "x"}));
+    EXPECT_EQ(t.wood->up_dependances(t.index("d"), 1, empty), t.ids({"a", "x", "y"}));
+    EXPECT_EQ(t.wood->down_dependances(t.index("c"), 1, acc), acc); // nobody reads c
+    EXPECT_EQ(t.wood->up_dependances(t.index("x"), 1, acc), acc);   // x has no equation
+    // A member of the accumulator is not walked again.
+    EXPECT_EQ(t.wood->down_dependances(t.index("a"), 1, with_b), t.ids({"b", "d"}));
+}
+
+// a = b, b = a, beside an input or not: the walks end by membership first,
+// or, with the two variables only, at the depth limit on the second step;
+// the dates climb until the level passes 2 x 2; the first fixed-point
+// dating reports the cycle.
+TEST(WoodDates, ATwoCycleEndsWalksAndDating)
+{
+    for (bool input : {true, false}) {
+        WoodBuilder t;
+        if (input)
+            t.var("i");
+        bdd a = t.var("a"), b = t.var("b");
+        new Bddexpression("a", t.wood.get(), a, b, 0, 0);
+        new Bddexpression("b", t.wood.get(), b, a, 0, 0);
+        IndexSet empty;
+        EXPECT_EQ(captured([&] {
+                      EXPECT_EQ(t.wood->down_dependances(t.index("a"), 1, empty), t.ids({"a", "b"}));
+                      EXPECT_EQ(t.wood->up_dependances(t.index("a"), 1, empty), t.ids({"a", "b"}));
+                  }),
+                  input ? "" : "WARNING in Bddexpressionwood::down_dependances():\n"
+                               "   possible infinite recusion due to a signals cycle\n"
+                               "WARNING in Bddexpressionwood::up_dependances():\n"
+                               "   possible infinite recursion due to a signals cycle\n");
+        if (input)
+            continue;
+        EXPECT_EQ(t.wood->compute_dates(), 5);
+        EXPECT_EQ(dates(t, {"a", "b"}, {"a", "b"}), (std::vector<long>{4, 3, 2, 1}));
+        EXPECT_EQ(t.wood->loop_detection(), (std::list<long>{0, 1}));
+        Bddexpression* cycle[] = {t.at("a"), t.at("b")};
+        CaptureStdout();
+        EXPECT_EQ(PERT_original_version(2, cycle), -1);
+        std::string report = GetCapturedStdout();
+        EXPECT_EQ(report.rfind("CYCLE DE CAUSALITE SUR:\n", 0), 0u) << report;
+        EXPECT_EQ(report.substr(report.size() - 2), "\n\n");
+    }
+}
+
+TEST(WoodDependences, CoherenceCheckNamesEachWrongReaderSet)
+{
+    Chain t;
+    long ix = t.index("x"), ia = t.index("a"), ib = t.index("b"), id = t.index("d");
+    t.wood->amont_table[ix].insert(ib);
+    t.wood->amont_table[ia].erase(id);
+    std::ostringstream unused;
+    std::string err = captured([&] { t.wood->coherence_dependances_check(unused); });
+    std::ostringstream expected;
+    expected << "incoherence sur table des amonts pour la variable " << ix << ": calcule: {" << ia
+             << "} trouve{" << ia << "," << ib << "}\n"
+             << "incoherence sur table des amonts pour la variable " << ia << ": calcule: {" << ib
+             << "," << id << "} trouve{" << ib << "}\n";
+    EXPECT_EQ(err, expected.str());
+    EXPECT_EQ(unused.str(), "");
+}
+
 // The dating of acyclic woods is held to a model by the differential test
 // below; here what the model does not say.
-TEST(WoodDates, EmptyStaleAndCyclicDates)
+TEST(WoodDates, EmptyAndStaleDates)
 {
     WoodBuilder empty;
     EXPECT_EQ(empty.wood->compute_dates(), 0);
@@ -49,15 +136,6 @@ TEST(WoodDates, EmptyStaleAndCyclicDates)
     EXPECT_EQ(t.at("d")->getEarlyDate(), 0);
     EXPECT_EQ(t.wood->compute_dates(ids), 5);
     EXPECT_EQ(dates(t, {"d"}, {"c"}), (std::vector<long>{4, 0})); // d is not listed
-
-    // a = b, b = a: the dates climb until the level passes 2 x 2.
-    WoodBuilder cycle;
-    bdd ca = cycle.var("a"), cb = cycle.var("b");
-    new Bddexpression("a", cycle.wood.get(), ca, cb, 0, 0);
-    new Bddexpression("b", cycle.wood.get(), cb, ca, 0, 0);
-    EXPECT_EQ(cycle.wood->compute_dates(), 5);
-    EXPECT_EQ(dates(cycle, {"a", "b"}, {"a", "b"}), (std::vector<long>{4, 3, 2, 1}));
-    EXPECT_EQ(cycle.wood->loop_detection(), (std::list<long>{0, 1}));
 }
 
 TEST(WoodDates, TheFirstFixedPointDating)
@@ -71,17 +149,6 @@ TEST(WoodDates, TheFirstFixedPointDating)
     EXPECT_EQ(PERT_original_version(3, exps), 4);
     EXPECT_EQ(dates(t, {"a", "c"}, {"a", "c"}), (std::vector<long>{1, 3, 2, 0}));
 
-    WoodBuilder u;
-    bdd p = u.var("p"), q = u.var("q");
-    new Bddexpression("p", u.wood.get(), p, q, 0, 0);
-    new Bddexpression("q", u.wood.get(), q, p, 0, 0);
-    Bddexpression* cycle[] = {u.at("p"), u.at("q")};
-    CaptureStdout();
-    EXPECT_EQ(PERT_original_version(2, cycle), -1);
-    std::string report = GetCapturedStdout();
-    EXPECT_EQ(report.rfind("CYCLE DE CAUSALITE SUR:\n", 0), 0u) << report;
-    EXPECT_EQ(report.substr(report.size() - 2), "\n\n");
-
     std::vector<long> ea = {3, 5, 4}, la = {1, 1, 9};
     EXPECT_EQ(normalise_min_min(3, ea.data(), la.data()), 8);
     EXPECT_EQ(ea, (std::vector<long>{0, 2, 1}));
@@ -90,6 +157,24 @@ TEST(WoodDates, TheFirstFixedPointDating)
     CaptureStdout();
     affiche_level(2, t.m(), levels);
     EXPECT_EQ(GetCapturedStdout(), "x:3 a:0 \n");
+
+    // Its relaxation steps, c reading x and b: a step that changes nothing
+    // says so, and the flag rises (and falls again) with dates past twice
+    // the variables.
+    const long n = t.wood->Nb_bdd_vars();
+    long ix = t.index("x"), ib = t.index("b"), ic = t.index("c");
+    std::vector<long> d(n, 0);
+    d[ix] = 3;
+    int overflow = 7;
+    EXPECT_EQ(learn_upstream_dependance(n, d.data(), *t.at("c"), &overflow), 1);
+    EXPECT_EQ(learn_upstream_dependance(n, d.data(), *t.at("c"), &overflow), 0);
+    EXPECT_EQ((std::vector<long>{d[ic], overflow}), (std::vector<long>{4, 0}));
+    d[ic] = 2 * n - 1;
+    d[ib] = 2 * n + 5;
+    EXPECT_EQ(learn_downstream_dependance(n, d.data(), *t.at("c"), &overflow), 1);
+    EXPECT_EQ((std::vector<long>{d[ix], d[ib], overflow}), (std::vector<long>{2 * n, 2 * n + 5, 1}));
+    EXPECT_EQ(captured([&] { EXPECT_EQ(learn_downstream_dependance(1, d.data(), *t.at("c"), &overflow), 0); }),
+              "INTERNAL ERROR in learn_downstream_dependance()\n");
 }
 
 // ------------------------------------------------------------ differential

@@ -24,26 +24,23 @@ std::string dump(const Bddexpressionwood& w)
 
 } // namespace
 
-TEST(ConstantsPropagation, AgainstTheSweepOrder)
+// useless_local dissolves a local into its readers and leaves it unread;
+// on a self-dependance, suppress_local reports and leaves the wood as it
+// was, useless_local ends the run.
+TEST(Locals, UselessLocalSubstitutesOrEndsOnASelfDependance)
 {
-    // z (index 0) reads y, y reads x, x is false: each constant appears
-    // behind the sweep's cursor, and all of them go.
-    WoodBuilder b;
-    b.vars({"z", "y", "x", "i"});
-    b.eq("z", b.m()->Bdd_or(b.v("y"), b.v("i")), OUT);
-    b.eq("y", b.m()->Bdd_and(b.v("x"), b.v("i")));
-    b.eq("x", b.m()->Bdd_zero());
-    std::list<int> keep{OUT};
-    b.wood->constants_propagation(keep);
-    EXPECT_EQ(b.wood->exp_ids, (IndexSet{0}));
-    EXPECT_EQ(b.at("z")->bdd_exp, b.v("i"));
-    EXPECT_EQ(b.wood->global_tautology(), 0);
-    b.wood->reduce_expressions(b.v("i"));
-    EXPECT_EQ(b.wood->global_tautology(), 1);
-}
+    WoodBuilder u;
+    u.vars({"i", "j", "l", "r"});
+    u.eq("l", u.m()->Bdd_or(u.v("i"), u.v("j")));
+    u.eq("r", u.m()->Bdd_not(u.v("l")));
+    u.wood->useless_local(u.index("l"));
+    EXPECT_NE(u.at("l"), nullptr);
+    EXPECT_TRUE(u.readers("l").empty());
+    EXPECT_EQ(u.at("r")->bdd_exp, u.m()->Bdd_not(u.m()->Bdd_or(u.v("i"), u.v("j"))));
+    EXPECT_EQ(u.at("r")->dependances, (IndexSet{0, 1}));
+    EXPECT_EQ(u.readers("i"), (IndexSet{3}));
+    EXPECT_EQ(u.readers("j"), (IndexSet{3}));
 
-TEST(SelfDependance, ReportedBySuppressLocalFatalInUselessLocal)
-{
     auto build = [](WoodBuilder& b) {
         b.vars({"x", "i", "z"});
         b.eq("x", b.m()->Bdd_and(b.v("x"), b.v("i")));
@@ -56,7 +53,6 @@ TEST(SelfDependance, ReportedBySuppressLocalFatalInUselessLocal)
     EXPECT_EQ(err.rfind("ERROR: detected self-dependance about variable : 0 !!!\nin associated expression: (", 0), 0u);
     EXPECT_NE(err.find("\n\nin associated wood:\nwood Bddexpression statistics:"), std::string::npos);
     EXPECT_EQ(dump(*b.wood), before);
-
     EXPECT_EXIT(
         {
             WoodBuilder d;
@@ -64,22 +60,6 @@ TEST(SelfDependance, ReportedBySuppressLocalFatalInUselessLocal)
             d.wood->useless_local(0);
         },
         testing::ExitedWithCode(1), "ERROR: detected self-dependance about variable : 0 !!!");
-}
-
-TEST(Locals, UselessLocalSubstitutedIntoReadersAndLeftUnread)
-{
-    // useless_local dissolves l into its readers and leaves it unread.
-    WoodBuilder u;
-    u.vars({"i", "j", "l", "r"});
-    u.eq("l", u.m()->Bdd_or(u.v("i"), u.v("j")));
-    u.eq("r", u.m()->Bdd_not(u.v("l")));
-    u.wood->useless_local(u.index("l"));
-    EXPECT_NE(u.at("l"), nullptr);
-    EXPECT_TRUE(u.readers("l").empty());
-    EXPECT_EQ(u.at("r")->bdd_exp, u.m()->Bdd_not(u.m()->Bdd_or(u.v("i"), u.v("j"))));
-    EXPECT_EQ(u.at("r")->dependances, (IndexSet{0, 1}));
-    EXPECT_EQ(u.readers("i"), (IndexSet{3}));
-    EXPECT_EQ(u.readers("j"), (IndexSet{3}));
 }
 
 // What clean takes is held by the evaluator test.
@@ -96,15 +76,19 @@ TEST(Clean, ReportsMissingEquationsAndKeepsWhatItDrops)
     EXPECT_EQ(lone->name, "lone_const"); // dropped, not destroyed
 }
 
-TEST(Reduce, QuantifiersKeepTablesInStep)
+// The constants' propagation itself: the restriction against its literal
+// form (whole-wood tests) and the long chains below.
+TEST(Reduce, QuantifiersAndPropositionsKeepTablesInStep)
 {
     WoodBuilder b;
     b.vars({"c", "x", "y"});
     b.eq("x", b.v("c"), OUT);
     b.eq("y", b.m()->Bdd_or(b.v("x"), b.v("c")), OUT);
+    EXPECT_EQ(b.wood->global_tautology(), 0);
     // exists c. c = 1, and y no longer reads x: both are constants that
     // nobody reads, which the propagation leaves.
     b.wood->reduce_expressions_when_var_forgotten_by_exist_op(b.index("c"));
+    EXPECT_EQ(b.wood->global_tautology(), 1);
     EXPECT_TRUE(b.m()->Bdd_is_one_tautologic(b.at("x")->bdd_exp));
     EXPECT_TRUE(b.m()->Bdd_is_one_tautologic(b.at("y")->bdd_exp));
     EXPECT_TRUE(b.readers("x").empty());
@@ -116,20 +100,17 @@ TEST(Reduce, QuantifiersKeepTablesInStep)
     f.wood->reduce_expressions_when_var_forgotten_by_forall_op(f.index("c"));
     EXPECT_EQ(f.at("x")->bdd_exp, f.v("a"));
     EXPECT_TRUE(f.readers("c").empty());
-}
 
-TEST(Propositions, VariableAndAssertion)
-{
-    WoodBuilder b;
-    b.vars({"i", "j", "x", "y"});
-    EXPECT_EQ(b.wood->reduce_proposition_by_variable(), -1);
-    EXPECT_TRUE(b.m()->Bdd_is_one_tautologic(b.wood->reduce_proposition_by_assertion()));
-    b.eq("x", b.m()->Bdd_and(b.v("j"), b.v("i")));
-    b.eq("y", b.m()->Bdd_not(b.v("x")));
-    b.wood->compute_dates();
-    EXPECT_EQ(b.wood->reduce_proposition_by_variable(), 0);
+    WoodBuilder p;
+    p.vars({"i", "j", "x", "y"});
+    EXPECT_EQ(p.wood->reduce_proposition_by_variable(), -1);
+    EXPECT_TRUE(p.m()->Bdd_is_one_tautologic(p.wood->reduce_proposition_by_assertion()));
+    p.eq("x", p.m()->Bdd_and(p.v("j"), p.v("i")));
+    p.eq("y", p.m()->Bdd_not(p.v("x")));
+    p.wood->compute_dates();
+    EXPECT_EQ(p.wood->reduce_proposition_by_variable(), 0);
     // latest_sort puts x first; its one implicant is i and j.
-    EXPECT_EQ(b.wood->reduce_proposition_by_assertion(), b.m()->Bdd_and(b.v("i"), b.v("j")));
+    EXPECT_EQ(p.wood->reduce_proposition_by_assertion(), p.m()->Bdd_and(p.v("i"), p.v("j")));
 }
 
 TEST(Shannon, ExpandAndOutOfRange)

@@ -82,16 +82,16 @@ TEST(IncludeWoodInstance, OtherManagerAddsVariablesAndTakesTheGreaterLevel)
     EXPECT_EQ(t.wood->Nb_level(), 7);
 }
 
-TEST(IncludeWoodInstance, SharedManagerBySuffix)
+// With a shared manager: by suffix, or by a renaming that misses an input
+// (a warning) or a left member (the end of the run).
+TEST(IncludeWoodInstance, SharedManager)
 {
     WoodBuilder t;
     build_target(t);
     std::unique_ptr<Bddexpressionwood> inst = shared_instance(t, 1);
-
     std::string suffix = "_1";
     EXPECT_EQ(captured([&] { t.wood->Include_wood_instance(*inst, suffix); }),
               "WOOD A INTEGRER avec meme Bdd_manager \n");
-
     EXPECT_EQ(t.m()->Name_var_by_index(4), "i_1");
     EXPECT_EQ(t.m()->Name_var_by_index(5), "w_1");
     Bddexpression* e = t.wood->exp_table[5];
@@ -101,27 +101,19 @@ TEST(IncludeWoodInstance, SharedManagerBySuffix)
     EXPECT_EQ(e->early_date, 1);
     // The instance counts the new variables as well.
     EXPECT_EQ(inst->Nb_bdd_vars(), 6);
-}
 
-TEST(IncludeWoodInstance, MissingRenamings)
-{
-    {
-        // A variable without renaming is only a warning.
-        WoodBuilder t;
-        build_target(t);
-        std::unique_ptr<Bddexpressionwood> inst = shared_instance(t, 0);
-        std::map<std::string, std::string> renaming{{"w", "n_w"}};
-        EXPECT_EQ(captured([&] { t.wood->Include_wood_instance(*inst, renaming); }),
-                  "WOOD A INTEGRER avec meme Bdd_manager \nWarning: no renaming for : i\n");
-        EXPECT_NE(t.at("n_w"), nullptr);
-    }
-    // With a shared manager, a left member without renaming ends the run.
-    auto include_without_left_member = [] {
-        WoodBuilder t;
-        build_target(t);
-        std::map<std::string, std::string> renaming{{"i", "n_i"}};
-        t.wood->Include_wood_instance(*shared_instance(t, 0), renaming);
+    auto include = [](WoodBuilder& r, std::map<std::string, std::string> renaming) {
+        build_target(r);
+        r.wood->Include_wood_instance(*shared_instance(r, 0), renaming);
     };
-    EXPECT_EXIT(include_without_left_member(), testing::ExitedWithCode(1),
-                "Error: no renaming for : w");
+    WoodBuilder r;
+    EXPECT_EQ(captured([&] { include(r, {{"w", "n_w"}}); }),
+              "WOOD A INTEGRER avec meme Bdd_manager \nWarning: no renaming for : i\n");
+    EXPECT_NE(r.at("n_w"), nullptr);
+    EXPECT_EXIT(
+        {
+            WoodBuilder d;
+            include(d, {{"i", "n_i"}});
+        },
+        testing::ExitedWithCode(1), "Error: no renaming for : w");
 }

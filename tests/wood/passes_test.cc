@@ -238,167 +238,112 @@ std::vector<bool> evaluate(WoodBuilder& b, unsigned long long inputs, long force
 
 } // namespace
 
-TEST(WholeWoodPasses, ReaderRebuildMatchesTheLiteralOne)
+// The restriction alone against its literal rewrite, on spoilt woods; a run
+// of restrictions against separate calls. A run started exact by the wire
+// pass skips the whole-wood restriction of its first call; a run started
+// without it makes the tables exact in its first call. The woods of a run:
+// through the wire pass, whose new dates are checked against the walks
+// (reading downwards only: on a cycle the walks may dissolve equations, or
+// end the process on one that reads itself), or exact with abstract
+// equations hiding a member.
+TEST(WholeWoodPasses, RestrictionMatchesTheLiteralRewriteAloneOrInARun)
 {
-    long mended = 0;
-    for (unsigned seed = 1; seed <= 300; ++seed) {
+    long exact = 0, changed = 0, hidden = 0, redated = 0;
+    for (unsigned seed = 1; seed <= 600; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
+        const bool wires = seed % 3 == 1, spoilt = seed % 3 == 2;
         WoodBuilder slow, fast;
-        build_spoilt(slow, seed);
-        build_spoilt(fast, seed);
-        std::string spoilt = tables_state(slow);
-        ASSERT_EQ(spoilt, tables_state(fast));
-        rebuild_literal(*slow.wood);
-        fast.wood->internal_global_build_dependances();
-        ASSERT_EQ(tables_state(slow), tables_state(fast));
-        mended += tables_state(slow) != spoilt ? 1 : 0;
-        // Exact tables: the check finds nothing, a second rebuild neither.
-        EXPECT_EQ(captured([&] { fast.wood->coherence_dependances_check(std::cerr); }), "");
-        std::string once = tables_state(fast);
-        fast.wood->internal_global_build_dependances();
-        ASSERT_EQ(once, tables_state(fast));
-    }
-    EXPECT_GT(mended, 250);
-}
-
-TEST(WholeWoodPasses, RestrictionMatchesTheLiteralRewrite)
-{
-    long changed = 0;
-    for (unsigned seed = 1; seed <= 300; ++seed) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
-        WoodBuilder slow, fast;
-        build_spoilt(slow, seed);
-        build_spoilt(fast, seed);
-        std::mt19937 rng(seed * 31337);
-        long n = slow.wood->nb_bdd_vars;
-        long a = long(rng() % n), b = long(rng() % n);
-        int form = int(rng() % 4); // literal, negated literal, cube of two, a non-cube
-        auto cube = [&](WoodBuilder& w) {
-            bdd x = w.m()->Bdd_var_by_index(a);
-            if (form == 1)
-                return w.m()->Bdd_not(x);
-            bdd y = w.m()->Bdd_var_by_index(b);
-            return form == 2 ? w.m()->Bdd_and(x, w.m()->Bdd_not(y)) : (form == 3 ? w.m()->Bdd_or(x, y) : x);
-        };
-        std::list<int> keep;
-        if (seed % 2 == 0)
-            keep = {int(Compilation::SOUTPUT)};
-        std::string start = tables_state(slow);
-        std::string slow_err = captured([&] { restrict_literal(*slow.wood, cube(slow), keep); });
-        ASSERT_EQ(slow_err, captured([&] { fast.wood->reduce_expressions(cube(fast), keep); }));
-        std::string restricted = tables_state(slow);
-        ASSERT_EQ(restricted, tables_state(fast));
-        // The wire and local passes drop the prune that used to follow the
-        // propagation: it must be a no-op there.
-        fast.wood->prune_readers();
-        ASSERT_EQ(restricted, tables_state(fast));
-        changed += restricted != start ? 1 : 0;
-    }
-    EXPECT_GT(changed, 250);
-}
-
-TEST(WholeWoodPasses, RebuildLeavesTheGraphOfItsTables)
-{
-    // The redating after wire suppression takes the rows that the rebuild
-    // leaves instead of reading the sets again: they must be those rows.
-    long acyclic = 0;
-    for (unsigned seed = 1; seed <= 300; ++seed) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
-        WoodBuilder b;
-        build_spoilt(b, seed, seed % 2 == 1);
-        wood_rows::FlatGraph kept, read;
-        wood_rows::rebuild_reader_tables(*b.wood, kept);
-        ASSERT_TRUE(read.build(*b.wood));
-        ASSERT_TRUE(kept.valid);
-        auto rows = [](const wood_rows::FlatGraph& g) {
-            return std::make_tuple(g.n, g.deps_start, g.deps, g.readers_start, g.readers, g.read, g.filled);
-        };
-        EXPECT_TRUE(rows(kept) == rows(read));
-        EXPECT_TRUE(read.readers_in_range);
-        std::vector<long> up1, down1, up2, down2;
-        bool memo = wood_rows::memo_critical_paths(*b.wood, kept, 1, up1, down1);
-        ASSERT_EQ(memo, b.wood->memo_critical_paths(1, up2, down2));
-        EXPECT_EQ(up1, up2);
-        EXPECT_EQ(down1, down2);
-        acyclic += memo ? 1 : 0;
-    }
-    EXPECT_GT(acyclic, 20);
-    EXPECT_LT(acyclic, 280);
-}
-
-TEST(WholeWoodPasses, RestrictionRunMatchesSeparateCalls)
-{
-    // A run started exact by the wire pass skips the whole-wood restriction
-    // of its first call; a run started without it makes the tables exact in
-    // its first call. Either way the result must be that of separate calls.
-    // On a cycle the redating walks may dissolve equations, or end the
-    // process on one that reads itself, so the woods of the wire pass read
-    // downwards only.
-    long exact = 0, changed = 0, hidden = 0;
-    for (unsigned seed = 1; seed <= 300; ++seed) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
-        const bool wires = seed % 3 != 0;
-        WoodBuilder slow, fast;
-        build_spoilt(slow, seed, wires, !wires);
-        build_spoilt(fast, seed, wires, !wires);
-        if (!wires) {
+        build_spoilt(slow, seed, wires, seed % 3 == 0);
+        build_spoilt(fast, seed, wires, seed % 3 == 0);
+        if (seed % 3 == 0) {
             hidden += hide_abstract_members(slow, seed) > 0 ? 1 : 0;
             hide_abstract_members(fast, seed);
         }
         // Spoilt woods may list ids past the tables, which no text prints.
-        auto snap = [wires](WoodBuilder& w) { return wires ? tables_state(w) : state_and_texts(w); };
+        auto snap = [&](WoodBuilder& w) { return seed % 3 != 0 ? tables_state(w) : state_and_texts(w); };
         Bddexpressionwood::ReductionRun run;
         if (wires) {
             std::list<int> kinds{int(Compilation::SOUTPUT), int(Compilation::SREG)};
             std::string slow_err = stderr_of([&] { slow.wood->suppress_wires(kinds); });
             ASSERT_EQ(slow_err, stderr_of([&] { fast.wood->suppress_wires(kinds, run); }));
             exact += run.exact ? 1 : 0;
+            // Without a cycle the new dates come from one memoised pass; they
+            // must be those of the walks from each equation.
+            Bddexpressionwood& w = *slow.wood;
+            for (long i = 0; i < w.nb_bdd_vars; ++i)
+                if (const Bddexpression* e = w.exp_table[i]) {
+                    ASSERT_EQ(e->early_date, w.up_critical_path_literal(i, 1, 1)) << i;
+                    ASSERT_EQ(w.late_dates[i], w.down_critical_path_literal(i, 1, 0)) << i;
+                    redated += e->early_date > 1 ? 1 : 0;
+                }
         }
         std::string start = snap(slow);
         ASSERT_EQ(start, snap(fast));
 
         std::mt19937 rng(seed * 7927);
         long n = slow.wood->nb_bdd_vars;
-        for (int step = 0; step < 5; ++step) {
+        for (int step = 0; step < (spoilt ? 1 : 5); ++step) {
             // The kinds kept may change from one call to the next: a constant
             // kept by the first call leaves the wood in a later one.
             std::list<int> keep;
-            if ((seed + step) % 2 == 0 || step == 0)
+            if ((seed + step) % 2 == 0 || (step == 0 && !spoilt))
                 keep = {int(Compilation::SOUTPUT), int(Compilation::SREG)};
-            // One literal mostly, sometimes a cube of two.
+            // One literal mostly, sometimes a cube of two; alone, sometimes
+            // no cube at all.
             long a = long(rng() % n), b = long(rng() % n);
             bool neg_a = rng() % 2, neg_b = rng() % 2, two = rng() % 4 == 0 && b != a;
+            bool no_cube = spoilt && rng() % 4 == 0;
             auto cube = [&](WoodBuilder& w) {
                 bdd c = w.m()->Bdd_var_by_index(a), d = w.m()->Bdd_var_by_index(b);
+                if (no_cube)
+                    return w.m()->Bdd_or(c, d);
                 c = neg_a ? w.m()->Bdd_not(c) : c;
                 return two ? w.m()->Bdd_and(c, neg_b ? w.m()->Bdd_not(d) : d) : c;
             };
-            std::string slow_err = stderr_of([&] { slow.wood->reduce_expressions(cube(slow), keep); });
+            std::string slow_err = stderr_of([&] {
+                if (spoilt)
+                    restrict_literal(*slow.wood, cube(slow), keep);
+                else
+                    slow.wood->reduce_expressions(cube(slow), keep);
+            });
             ASSERT_EQ(slow_err, stderr_of([&] { fast.wood->reduce_expressions(cube(fast), keep, run); }))
                 << "step " << step;
-            ASSERT_EQ(snap(slow), snap(fast)) << "step " << step;
+            std::string restricted = snap(slow);
+            ASSERT_EQ(restricted, snap(fast)) << "step " << step;
+            if (spoilt) {
+                // The wire and local passes drop the prune that used to
+                // follow the propagation: it must be a no-op there.
+                fast.wood->prune_readers();
+                ASSERT_EQ(restricted, tables_state(fast));
+            }
         }
         changed += snap(slow) != start ? 1 : 0;
     }
     EXPECT_EQ(exact, 200);
-    EXPECT_GT(changed, 200);
-    EXPECT_GT(hidden, 50);
+    EXPECT_GT(redated, 1000);
+    EXPECT_GT(changed, 550);
+    EXPECT_GT(hidden, 100);
 }
 
-// The used variables are the union of every equation's, with a report
-// for each listed id without its equation; the sorts by date are those of
-// the level scans, with dates below 0, past the levels, shared by many
-// equations, and levels few and, past twice the variables, many.
-TEST(WholeWoodPasses, UsedVariablesAndSortsByDateMatchTheirPlainForms)
+// The reader rebuild against its literal form, on tables spoilt and with
+// dependances past both ends; the redating after wire suppression takes the
+// rows that the rebuild leaves instead of reading the sets again: they must
+// be those rows. The used variables are the union of every equation's, with
+// a report for each listed id without its equation; the sorts by date are
+// those of the level scans, with dates below 0, past the levels, shared by
+// many equations, and levels few and, past twice the variables, many.
+TEST(WholeWoodPasses, RebuildUsedVariablesAndSortsMatchTheirPlainForms)
 {
-    long reported = 0;
+    long mended = 0, reported = 0, acyclic = 0;
     for (unsigned seed = 1; seed <= 300; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
-        WoodBuilder b;
-        build_spoilt(b, seed);
-        Bddexpressionwood& w = *b.wood;
-        if (seed % 4 == 0 && w.exp_table[0] != nullptr)
-            w.exp_table[0]->dependances.insert({-7, w.nb_bdd_vars + 3}); // past both ends
+        WoodBuilder slow, fast;
+        for (WoodBuilder* b : {&slow, &fast}) {
+            build_spoilt(*b, seed, seed % 2 == 1);
+            if (Bddexpression* e = b->wood->exp_table[0]; seed % 4 == 0 && e != nullptr)
+                e->dependances.insert({-7, b->wood->nb_bdd_vars + 3});
+        }
+        Bddexpressionwood& w = *fast.wood;
         IndexSet expected;
         std::ostringstream reports;
         for (long id : w.exp_ids) {
@@ -415,6 +360,30 @@ TEST(WholeWoodPasses, UsedVariablesAndSortsByDateMatchTheirPlainForms)
         EXPECT_EQ(captured([&] { EXPECT_EQ(w.Set_of_index_used_variables(), expected); }), reports.str());
         reported += reports.str().empty() ? 0 : 1;
 
+        std::string spoilt = tables_state(slow);
+        ASSERT_EQ(spoilt, tables_state(fast));
+        rebuild_literal(*slow.wood);
+        wood_rows::FlatGraph kept, read;
+        wood_rows::rebuild_reader_tables(w, kept);
+        ASSERT_EQ(tables_state(slow), tables_state(fast));
+        mended += tables_state(slow) != spoilt ? 1 : 0;
+        ASSERT_TRUE(read.build(w) && kept.valid && read.readers_in_range);
+        auto rows = [](const wood_rows::FlatGraph& g) {
+            return std::make_tuple(g.n, g.deps_start, g.deps, g.readers_start, g.readers, g.read, g.filled);
+        };
+        EXPECT_TRUE(rows(kept) == rows(read));
+        std::vector<long> up1, down1, up2, down2;
+        bool memo = wood_rows::memo_critical_paths(w, kept, 1, up1, down1);
+        ASSERT_EQ(memo, w.memo_critical_paths(1, up2, down2));
+        EXPECT_EQ(up1, up2);
+        EXPECT_EQ(down1, down2);
+        acyclic += memo ? 1 : 0;
+        // Exact tables: the check finds nothing, a second rebuild neither.
+        EXPECT_EQ(captured([&] { w.coherence_dependances_check(std::cerr); }), "");
+        std::string once = tables_state(fast);
+        w.internal_global_build_dependances();
+        ASSERT_EQ(once, tables_state(fast));
+
         std::mt19937 rng(seed * 613);
         long n = w.nb_bdd_vars;
         long levels = seed % 2 == 0 ? long(rng() % 6) : 2 * n + 60 + long(rng() % 10);
@@ -428,7 +397,10 @@ TEST(WholeWoodPasses, UsedVariablesAndSortsByDateMatchTheirPlainForms)
         ASSERT_EQ(w.earliest_sort(), w.earliest_sort_literal());
         ASSERT_EQ(w.latest_sort(), w.latest_sort_literal());
     }
+    EXPECT_GT(mended, 250);
     EXPECT_GT(reported, 50);
+    EXPECT_GT(acyclic, 20);
+    EXPECT_LT(acyclic, 280);
 }
 
 // The production elimination (the whole list at once, remembered
@@ -506,30 +478,6 @@ TEST(WholeWoodPasses, SuppressLocalListMatchesPlainOneByOne)
     EXPECT_GT(eliminated, 1000);
     EXPECT_GT(reports, 10);
     EXPECT_EQ(runs, 75);
-}
-
-TEST(WholeWoodPasses, WireRedatingMatchesTheCriticalPathWalks)
-{
-    // Without a cycle the new dates come from one memoised pass; they must
-    // be those of the walks from each equation.
-    long redated = 0;
-    for (unsigned seed = 1; seed <= 200; ++seed) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
-        WoodBuilder b;
-        build_spoilt(b, seed, true, true);
-        std::list<int> keep{int(Compilation::SOUTPUT)};
-        b.wood->suppress_wires(keep);
-        Bddexpressionwood& w = *b.wood;
-        for (long i = 0; i < w.nb_bdd_vars; ++i) {
-            Bddexpression* e = w.exp_table[i];
-            if (e == nullptr)
-                continue;
-            ASSERT_EQ(e->early_date, w.up_critical_path_literal(i, 1, 1)) << i;
-            ASSERT_EQ(w.late_dates[i], w.down_critical_path_literal(i, 1, 0)) << i;
-            redated += e->early_date > 1 ? 1 : 0;
-        }
-    }
-    EXPECT_GT(redated, 200);
 }
 
 // The passes that take equations out (wires, constants, locals, restriction

@@ -1,5 +1,6 @@
 // Golden texts of a small wood: statistics, stream forms, documentation,
-// the compiled-module section and the dependance summary.
+// the compiled-module section and the dependance summary; equations without
+// wood or right member.
 
 #include <gtest/gtest.h>
 
@@ -80,29 +81,6 @@ TEST_F(SmallWoodText, StatAndStreamForms)
     EXPECT_EQ(b.at("x")->debug_in_string(), "<x> x = a * b  weight: 1 usertype: 5");
 }
 
-TEST(EquationText, WithoutWoodOrRightMember)
-{
-    Bddexpression loose;
-    loose.name = "f";
-    loose.exp_def = "g";
-    std::ostringstream out;
-    out << loose;
-    EXPECT_EQ(without_addresses(out.str()), "(@) <f> [type:0]- = g()");
-
-    WoodBuilder b;
-    b.var("i");
-    b.var("v");
-    IndexSet deps{0};
-    new Bddexpression(1, b.wood.get(), deps, "value_of", 3, 0);
-    EXPECT_EQ(b.at("v")->debug_in_string(), "<v> v = value_of()  weight: 1 usertype: 0");
-    // The compiled-module line of an abstract equation: no root, its
-    // dependances renumbered.
-    long table[2] = {10, 14};
-    std::ostringstream line;
-    b.at("v")->put_zkc(line, table);
-    EXPECT_EQ(line.str(), "3 0 14:-3,-3,(10 )");
-}
-
 TEST_F(SmallWoodText, EarlyDependanceTree)
 {
     b.var("z");
@@ -118,7 +96,7 @@ TEST_F(SmallWoodText, EarlyDependanceTree)
               "         | b (1)\n");
 }
 
-TEST_F(SmallWoodText, Documentation)
+TEST_F(SmallWoodText, DocumentationAndEquationsWithoutWoodOrRightMember)
 {
     std::ostringstream basic;
     b.wood->Put_basic_doc(basic, 1);
@@ -126,8 +104,7 @@ TEST_F(SmallWoodText, Documentation)
 
     // The whole wood's form is held by the documentation target's texts.
     // Constants and plain variables have no node lines.
-    b.var("t");
-    b.var("u");
+    b.vars({"t", "u", "v"});
     b.eq("t", b.m()->Bdd_zero());
     b.eq("u", b.v("a"));
     std::ostringstream small;
@@ -136,6 +113,21 @@ TEST_F(SmallWoodText, Documentation)
     Bddexpression loose;
     loose.put_doc(small, "n");
     EXPECT_EQ(small.str(), "t   = false;u   = a;   not defined!");
+    loose.name = "f";
+    loose.exp_def = "g";
+    std::ostringstream out;
+    out << loose;
+    EXPECT_EQ(without_addresses(out.str()), "(@) <f> [type:0]- = g()");
+
+    IndexSet deps{0};
+    new Bddexpression(b.index("v"), b.wood.get(), deps, "value_of", 3, 0);
+    EXPECT_EQ(b.at("v")->debug_in_string(), "<v> v = value_of()  weight: 1 usertype: 0");
+    // The compiled-module line of an abstract equation: no root, its
+    // dependances renumbered.
+    long table[7] = {10, -1, -1, -1, -1, -1, 14};
+    std::ostringstream line;
+    b.at("v")->put_zkc(line, table);
+    EXPECT_EQ(line.str(), "3 0 14:-3,-3,(10 )");
 }
 
 TEST_F(SmallWoodText, CompiledModuleSection)

@@ -94,51 +94,45 @@ TEST(WoodLookups, ResultsAndMessages)
     Bddexpression* b = t.eq("b", t.m()->Bdd_not(x));
     Bddexpression* last = t.eq("c", x);
     long ia = t.index("a"), ib = t.index("b");
-    auto is = [](const Bddexpression* e, const Bddexpression* expected) {
-        return std::string(e == expected ? "same" : "other");
+    // The result of a call, and what it wrote on the error stream.
+    auto expect = [](auto call, auto result, const std::string& err) {
+        decltype(call()) got{};
+        EXPECT_EQ(captured([&] { got = call(); }), err);
+        EXPECT_EQ(got, result) << err;
     };
-    const struct {
-        std::function<std::string()> call;
-        std::string result, err;
-    } cases[] = {
-        {[&] { return is(t.wood->exp_by_index(ia), a); }, "same", ""},
-        {[&] { return is(t.wood->exp_by_index(0), nullptr); }, "same", ""},
-        {[&] { return is(t.wood->exp_by_index(9), nullptr); }, "same",
-         "ERROR in Bddexpressionwood::exp_by_index : id `9' not found!\n"},
-        {[&] { return is(t.wood->exp_by_bdd(b->bdd_var), b); }, "same", ""},
-        {[&] { return is(t.wood->exp_by_bdd(t.m()->Bdd_one()), nullptr); }, "same",
-         "ERROR in Bddexpressionwood::exp_by_bdd : bdd not found!\n"},
-        {[&] { return is(t.wood->exp_by_bddname("b"), b); }, "same", ""},
-        {[&] { return is(t.wood->exp_by_bddname("q"), nullptr); }, "same",
-         "ERROR in Bddexpressionwood::exp_by_bddname : `q' not found!\n"},
-        {[&] { return is(t.wood->exp_by_name("b"), b); }, "same", ""},
-        // The scans by name never reach the last slot...
-        {[&] { return is(t.wood->exp_by_name("c"), nullptr); }, "same",
-         "ERROR in Bddexpressionwood::exp_by_name : `c' not found!\n"},
-        // ... and give the index of the match plus one.
-        {[&] { return std::to_string(t.wood->Index_exp_by_name("a")); }, std::to_string(ia + 1), ""},
-        {[&] { return std::to_string(t.wood->Index_exp_by_name("c")); }, "-1",
-         "ERROR in Bddexpressionwood::Index_exp_by_name : `c' not found!\n"},
-        {[&] { return t.wood->Name_exp_by_index(ib); }, "b", ""},
-        {[&] { return t.wood->Name_exp_by_index(-2); }, "",
-         "ERROR: in Bddexpressionwood::Name_exp_by_index(): index -2 not found!\n"},
-        {[&] { return t.wood->Name_exp_by_bdd(a->bdd_var); }, "a", ""},
-        {[&] { return t.wood->Name_exp_by_bdd(x); }, "",
-         "ERROR: in Bddexpressionwood::Name_exp_by_bdd(): bdd not found!\n"},
-        {[&] { return t.wood->Bddname_exp_by_index(ib); }, "b", ""},
-        {[&] { return t.wood->Bddname_exp_by_index(0); }, "",
-         "ERROR: in Bddexpressionwood::Bddname_exp_by_index(): id 0 not found!\n"},
-        {[&] { return t.wood->Bddname_exp_by_bdd(x); }, "x", ""},
-        {[&] { return is(t.wood->exp(2), last); }, "same", ""},
-        {[&] { return is(t.wood->exp(3), nullptr); }, "same",
-         "ERROR in Bddexpressionwood::exp(): 3 bad number ...\npossible: {1,2,3}\n"},
-    };
-    for (const auto& c : cases) {
-        std::string result;
-        std::string err = captured([&] { result = c.call(); });
-        EXPECT_EQ(result, c.result) << c.err;
-        EXPECT_EQ(err, c.err) << c.result;
-    }
+    Bddexpression* none = nullptr;
+    expect([&] { return t.wood->exp_by_index(ia); }, a, "");
+    expect([&] { return t.wood->exp_by_index(0); }, none, "");
+    expect([&] { return t.wood->exp_by_index(9); }, none,
+           "ERROR in Bddexpressionwood::exp_by_index : id `9' not found!\n");
+    expect([&] { return t.wood->exp_by_bdd(b->bdd_var); }, b, "");
+    expect([&] { return t.wood->exp_by_bdd(t.m()->Bdd_one()); }, none,
+           "ERROR in Bddexpressionwood::exp_by_bdd : bdd not found!\n");
+    expect([&] { return t.wood->exp_by_bddname("b"); }, b, "");
+    expect([&] { return t.wood->exp_by_bddname("q"); }, none,
+           "ERROR in Bddexpressionwood::exp_by_bddname : `q' not found!\n");
+    expect([&] { return t.wood->exp_by_name("b"); }, b, "");
+    // The scans by name never reach the last slot...
+    expect([&] { return t.wood->exp_by_name("c"); }, none,
+           "ERROR in Bddexpressionwood::exp_by_name : `c' not found!\n");
+    // ... and give the index of the match plus one.
+    expect([&] { return t.wood->Index_exp_by_name("a"); }, ia + 1, "");
+    expect([&] { return t.wood->Index_exp_by_name("c"); }, -1L,
+           "ERROR in Bddexpressionwood::Index_exp_by_name : `c' not found!\n");
+    const std::string nothing;
+    expect([&] { return t.wood->Name_exp_by_index(ib); }, std::string("b"), "");
+    expect([&] { return t.wood->Name_exp_by_index(-2); }, nothing,
+           "ERROR: in Bddexpressionwood::Name_exp_by_index(): index -2 not found!\n");
+    expect([&] { return t.wood->Name_exp_by_bdd(a->bdd_var); }, std::string("a"), "");
+    expect([&] { return t.wood->Name_exp_by_bdd(x); }, nothing,
+           "ERROR: in Bddexpressionwood::Name_exp_by_bdd(): bdd not found!\n");
+    expect([&] { return t.wood->Bddname_exp_by_index(ib); }, std::string("b"), "");
+    expect([&] { return t.wood->Bddname_exp_by_index(0); }, nothing,
+           "ERROR: in Bddexpressionwood::Bddname_exp_by_index(): id 0 not found!\n");
+    expect([&] { return t.wood->Bddname_exp_by_bdd(x); }, std::string("x"), "");
+    expect([&] { return t.wood->exp(2); }, last, "");
+    expect([&] { return t.wood->exp(3); }, none,
+           "ERROR in Bddexpressionwood::exp(): 3 bad number ...\npossible: {1,2,3}\n");
 }
 
 TEST(WoodEquations, ChangingTheRightMemberRelinksTheReaders)
