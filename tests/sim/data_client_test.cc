@@ -15,7 +15,6 @@
 #include <unistd.h>
 
 #include <functional>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -38,57 +37,45 @@ int loopback_socket(std::string& port)
 }
 
 // A server of one client on 127.0.0.1: each read is one request, answered
-// by `answer` (an empty answer sends nothing). Every wait is bounded.
-class stand_in_server {
-public:
-    explicit stand_in_server(std::function<std::string(const std::string&)> answer) : answer(std::move(answer))
+// by `answer` (an empty answer sends nothing). Every wait is bounded; the
+// requests are there once the client has closed.
+struct stand_in_server {
+    explicit stand_in_server(std::function<std::string(const std::string&)> answer)
     {
         listener = loopback_socket(port);
         EXPECT_EQ(::listen(listener, 5), 0);
-        worker = std::thread([this] { serve(); });
+        worker = std::thread([this, answer] {
+            pollfd p{listener, POLLIN, 0};
+            if (::poll(&p, 1, 20000) != 1)
+                return;
+            int client = ::accept(listener, nullptr, nullptr);
+            char buffer[1024];
+            for (pollfd q{client, POLLIN, 0}; ::poll(&q, 1, 20000) == 1;) {
+                long n = ::recv(client, buffer, sizeof buffer - 1, 0);
+                if (n <= 0)
+                    break;
+                received.emplace_back(buffer, static_cast<std::size_t>(n));
+                std::string reply = answer(received.back());
+                if (!reply.empty())
+                    ::send(client, reply.data(), reply.size(), MSG_NOSIGNAL);
+            }
+            ::close(client);
+        });
     }
     ~stand_in_server()
     {
-        worker.join();
+        requests();
         ::close(listener);
     }
-    std::vector<std::string> requests()
+    const std::vector<std::string>& requests()
     {
-        std::lock_guard<std::mutex> lock(guard);
+        if (worker.joinable())
+            worker.join();
         return received;
     }
     std::string port;
-
-private:
-    void serve()
-    {
-        pollfd p{listener, POLLIN, 0};
-        if (::poll(&p, 1, 20000) != 1)
-            return;
-        int client = ::accept(listener, nullptr, nullptr);
-        for (;;) {
-            pollfd q{client, POLLIN, 0};
-            if (::poll(&q, 1, 20000) != 1)
-                break;
-            char buffer[1024];
-            long n = ::recv(client, buffer, sizeof buffer - 1, 0);
-            if (n <= 0)
-                break;
-            std::string request(buffer, static_cast<std::size_t>(n));
-            {
-                std::lock_guard<std::mutex> lock(guard);
-                received.push_back(request);
-            }
-            std::string reply = answer(request);
-            if (!reply.empty())
-                ::send(client, reply.data(), reply.size(), MSG_NOSIGNAL);
-        }
-        ::close(client);
-    }
-    std::function<std::string(const std::string&)> answer;
     int listener;
     std::thread worker;
-    std::mutex guard;
     std::vector<std::string> received;
 };
 

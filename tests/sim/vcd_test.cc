@@ -37,10 +37,6 @@ dump read_vcd(const std::string& text)
     std::string line;
     bool started = false;
     long time = -1;
-    auto close_step = [&]() {
-        if (time >= 0)
-            d.steps.push_back(now);
-    };
     while (std::getline(in, line)) {
         std::istringstream words(line);
         std::string w;
@@ -53,7 +49,8 @@ dump read_vcd(const std::string& text)
         } else if (w == "$enddefinitions") {
             started = true;
         } else if (started && !w.empty() && w[0] == '#') {
-            close_step();
+            if (time >= 0)
+                d.steps.push_back(now);
             time = std::stol(w.substr(1));
         } else if (started && !w.empty() && (w[0] == '0' || w[0] == '1')) {
             now[name_of[w.substr(1)]] = w.substr(0, 1);
