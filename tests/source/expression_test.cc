@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -43,29 +44,21 @@ TEST(Expressions, PairsOfTheOperators)
     fixture f;
     Expression *T = new TrueExpression(), *F = new FalseExpression();
     Expression *B = new BottomExpression(), *E = new ErrorExpression();
-    using P = std::pair<int, int>;
-    EXPECT_EQ(f.pair(T), P(1, 0));
-    EXPECT_EQ(f.pair(F), P(0, 1));
-    EXPECT_EQ(f.pair(B), P(0, 0));
-    EXPECT_EQ(f.pair(E), P(1, 1));
     // np takes Bottom for absent; not leaves it.
-    EXPECT_EQ(f.pair(new NpExpression(B)), P(1, 0));
-    EXPECT_EQ(f.pair(new NpExpression(T)), P(0, 1));
-    EXPECT_EQ(f.pair(new NpExpression(F)), P(1, 0));
-    EXPECT_EQ(f.pair(new NpExpression(E)), P(1, 1));
-    EXPECT_EQ(f.pair(new NotExpression(B)), P(0, 0));
-    EXPECT_EQ(f.pair(new NotExpression(T)), P(0, 1));
-    EXPECT_EQ(f.pair(new OrExpression(T, B)), P(1, 0));
-    EXPECT_EQ(f.pair(new OrExpression(F, B)), P(0, 0));
-    EXPECT_EQ(f.pair(new AndExpression(F, B)), P(0, 1));
-    EXPECT_EQ(f.pair(new AndExpression(T, B)), P(0, 0));
-    EXPECT_EQ(f.pair(new ElseExpression(T, T)), P(0, 0));
-    EXPECT_EQ(f.pair(new ElseExpression(F, T)), P(1, 0));
-    EXPECT_EQ(f.pair(new DThenExpression(F, T)), P(1, 0));
-    EXPECT_EQ(f.pair(new DThenExpression(T, T)), P(0, 0));
-    EXPECT_EQ(f.pair(new DElseExpression(B, F)), P(0, 1));
-    EXPECT_EQ(f.pair(new CondExpression(E, F)), P(0, 0));
-    EXPECT_EQ(f.pair(new CondExpression(E, T)), P(1, 1));
+    const struct {
+        Expression* e;
+        std::pair<int, int> pair;
+    } cases[] = {
+        {T, {1, 0}}, {F, {0, 1}}, {B, {0, 0}}, {E, {1, 1}},
+        {new NpExpression(B), {1, 0}}, {new NpExpression(T), {0, 1}}, {new NpExpression(F), {1, 0}},
+        {new NpExpression(E), {1, 1}}, {new NotExpression(B), {0, 0}}, {new NotExpression(T), {0, 1}},
+        {new OrExpression(T, B), {1, 0}}, {new OrExpression(F, B), {0, 0}}, {new AndExpression(F, B), {0, 1}},
+        {new AndExpression(T, B), {0, 0}}, {new ElseExpression(T, T), {0, 0}}, {new ElseExpression(F, T), {1, 0}},
+        {new DThenExpression(F, T), {1, 0}}, {new DThenExpression(T, T), {0, 0}},
+        {new DElseExpression(B, F), {0, 1}}, {new CondExpression(E, F), {0, 0}}, {new CondExpression(E, T), {1, 1}},
+    };
+    for (std::size_t k = 0; k < std::size(cases); ++k)
+        EXPECT_EQ(f.pair(cases[k].e), cases[k].pair) << "case " << k;
 
     // On a signal: then routes the pair of b by the over wire of a.
     Expression* then = new ThenExpression(f.x, F);
@@ -89,24 +82,23 @@ TEST(Expressions, JoinsBuildOnlyWhatTheyMust)
     EXPECT_TRUE(T->mult(F, f.m)->isBottomExpr());
     EXPECT_TRUE(F->plus(T, f.m)->isErrorExpr());
     EXPECT_TRUE(F->mult(T, f.m)->isBottomExpr());
-    EXPECT_EQ(T->plus(B, f.m), T);
-    EXPECT_EQ(T->mult(E, f.m), T);
-    EXPECT_EQ(F->plus(B, f.m), F);
-    EXPECT_EQ(F->mult(B, f.m), B);
-    EXPECT_EQ(F->mult(f.x, f.m), F);
-    // Bottom and Error give the other side back, for mult as for plus.
-    EXPECT_EQ(B->mult(f.x, f.m), f.x);
-    EXPECT_EQ(E->mult(f.x, f.m), f.x);
-    EXPECT_EQ(E->plus(F, f.m), F);
-    // Any other expression: the receiver, the argument, or a new node.
-    EXPECT_EQ(f.x->plus(F, f.m), f.x);
-    EXPECT_EQ(f.x->plus(B, f.m), f.x);
-    EXPECT_EQ(f.x->plus(T, f.m), T);
-    EXPECT_EQ(f.x->plus(E, f.m), E);
-    EXPECT_EQ(f.x->mult(B, f.m), B);
-    EXPECT_EQ(f.x->mult(F, f.m), F);
-    EXPECT_EQ(f.x->mult(E, f.m), f.x);
-    EXPECT_EQ(f.x->mult(T, f.m), f.x);
+    // Bottom and Error give the other side back, for mult as for plus; any
+    // other expression gives the receiver, the argument, or a new node.
+    Expression* x = f.x;
+    const struct {
+        Expression* receiver;
+        bool plus;
+        Expression *argument, *result;
+    } joins[] = {
+        {T, true, B, T},  {T, false, E, T}, {F, true, B, F},  {F, false, B, B}, {F, false, x, F}, {B, false, x, x},
+        {E, false, x, x}, {E, true, F, F},  {x, true, F, x},  {x, true, B, x},  {x, true, T, T},  {x, true, E, E},
+        {x, false, B, B}, {x, false, F, F}, {x, false, E, x}, {x, false, T, x},
+    };
+    for (std::size_t k = 0; k < std::size(joins); ++k) {
+        const auto& j = joins[k];
+        EXPECT_EQ(j.plus ? j.receiver->plus(j.argument, f.m) : j.receiver->mult(j.argument, f.m), j.result)
+            << "join " << k;
+    }
     Expression* both = f.x->plus(f.x, f.m);
     EXPECT_NE(dynamic_cast<OrExpression*>(both), nullptr);
     EXPECT_NE(dynamic_cast<AndExpression*>(f.x->mult(f.x, f.m)), nullptr);
