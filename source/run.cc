@@ -81,6 +81,18 @@ Module* read_compiled(const std::string& text)
     return parser->module;
 }
 
+// Whether every register line of a module read from a file named two of
+// its locals: the reader keeps a hole for one that did not, which only the
+// finaliser reports.
+bool registers_whole(Module* m)
+{
+    if (std::list<regclass*>* registers = m->getRegisterList())
+        for (regclass* r : *registers)
+            if (r == nullptr || r->actual_var() == nullptr || r->next_var() == nullptr)
+                return false;
+    return true;
+}
+
 // The module a call links: read back from its compiled text once, and
 // shared by every call (linking reads it and changes nothing in it).
 Module* instance_of(Module* caller, const Callee& c)
@@ -103,7 +115,7 @@ Module* instance_of(Module* caller, const Callee& c)
         std::stringstream text;
         text << in.rdbuf();
         m = read_compiled(text.str());
-        if (m == nullptr || m->getName() != c.module)
+        if (m == nullptr || m->getName() != c.module || !registers_whole(m))
             run_error(caller, "Run of module \"" + c.module + "\": file \"" + c.file + "\" cannot be read");
     }
     return m;

@@ -172,6 +172,17 @@ TEST(BramPrograms, CommandLine)
     EXPECT_EQ(o.out, "generation of out/m.zkc\ngeneration of out/n.zkc\n");
     EXPECT_TRUE(exists(s.path + "/out/m.zkc"));
     EXPECT_FALSE(exists(s.path + "/m.zkc"));
+
+    // A compiled module beside the source whose register line names no
+    // local: the run that links it stops on the file, without a crash.
+    s.write("sub.zkc", "module: sub  0 0\ninput: i ;\noutput: o ;\nlocal: n r;\nregister:\nn q 0;\n\n"
+                       "connexion: SETsub RESETsub RTLsub;\n\nequation_def:\n3\n0: 6:1:1,-1\n1: -1:-3:-3,1\n"
+                       "2: 0:1:1,-1\nexpressions:\n1 1 2:0,1,(6 )\n1 1 4:2,1,(0 )\n1 1 5:2,-1,(0 )\nend:\n");
+    s.write("top.zk", "module top: Input: a; Output: b; run sub [a\\i, b\\o] end\n");
+    tarn_output linked = run_bram_in(s.path, {"top.zk"});
+    EXPECT_EQ(linked.status, 1);
+    EXPECT_EQ(linked.err, "register q not defined as local ...\nError in module \"top\":\n Run of module \"sub\": file "
+                          "\"./sub.zkc\" cannot be read\n Aborting ...\n");
 }
 
 } // namespace
