@@ -90,22 +90,26 @@ test-sanitize: deps
 	  ctest --output-on-failure -j $(JOBS) --timeout 1200 -LE long
 
 # Every fuzz target of the tree (a fuzz/ folder beside each reader) for
-# FUZZ_TIME seconds each, from the corpus kept beside it; the whole log and
+# FUZZ_TIME seconds each, from the corpus kept beside it (<name>_corpus/
+# for the target <name>_fuzz when there is one, else corpus/, and likewise
+# <name>.dict before any other dictionary there); the whole log and
 # what is found land in $(BUILD)-fuzz/runs/<target>/, and the coverage at
 # the start and the end, the figures and any finding are printed.
 # A target runs in slices of FUZZ_SLICE seconds, each a fresh process on
 # the corpus grown so far: the modules a run makes live until its process
 # ends, so one process over millions of inputs would grow without bound.
 FUZZ_TIME  ?= 60
-FUZZ_SLICE ?= 600
+FUZZ_SLICE ?= 300
 fuzz: deps
 	CC=clang CXX=clang++ cmake -S . -B $(BUILD)-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTARN_FUZZ=ON
 	cmake --build $(BUILD)-fuzz -j $(JOBS) $$(cmake --build $(BUILD)-fuzz --target help | sed -n 's/^\.\.\. \([a-z_]*_fuzz\)$$/--target \1/p')
 	@set -e; found=0; for f in $(BUILD)-fuzz/fuzz/*/*_fuzz; do \
 	  name=$$(basename $$f); src=$$(basename $$(dirname $$f))/fuzz; \
 	  run=$(BUILD)-fuzz/runs/$$name; mkdir -p $$run/corpus; \
-	  cp -n $$src/corpus/* $$run/corpus/ 2>/dev/null || true; \
+	  seeds=$$src/$${name%_fuzz}_corpus; [ -d $$seeds ] || seeds=$$src/corpus; \
+	  cp -n $$seeds/* $$run/corpus/ 2>/dev/null || true; \
 	  dict=""; for d in $$src/*.dict; do [ -f $$d ] && dict="-dict=$$d"; done; \
+	  if [ -f $$src/$${name%_fuzz}.dict ]; then dict="-dict=$$src/$${name%_fuzz}.dict"; fi; \
 	  echo "== $$name for $(FUZZ_TIME) s"; : > $$run/fuzz.log; \
 	  left=$(FUZZ_TIME); while [ $$left -gt 0 ]; do \
 	    slice=$$(( left < $(FUZZ_SLICE) ? left : $(FUZZ_SLICE) )); left=$$(( left - slice )); \

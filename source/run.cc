@@ -15,6 +15,8 @@
 #include <fstream>
 #include <map>
 #include <sstream>
+#include <utility>
+#include <vector>
 
 std::list<Module*>* Run::FileModules = nullptr;
 
@@ -27,6 +29,7 @@ std::map<Module*, int> compiled;
 // file or by file name.
 std::map<Module*, Module*> read_from_source;
 std::map<std::string, Module*> read_from_file;
+std::vector<class_zkc_parser*> readers;  // every parser read_compiled made
 
 [[noreturn]] void run_error(Module* m, const std::string& text)
 {
@@ -73,6 +76,7 @@ Module* read_compiled(const std::string& text)
     std::istringstream in(text);
     static std::ofstream nowhere;  // the scanner echoes nothing a file may hold
     auto* parser = new class_zkc_parser();
+    readers.push_back(parser);
     parser->scanner = new zkcFlexLexer(&in, &nowhere);
     std::fstream log;
     std::string suffix;
@@ -128,6 +132,16 @@ std::string type_of(Signal* s, Module* m) { return s->isValued(m) ? s->getValueT
 void Run::declare(Module* m, const RunDeclaration& d) { declared[m].push_back(d); }
 
 const std::vector<RunDeclaration>& Run::declarations(Module* m) { return declared[m]; }
+
+std::vector<class_zkc_parser*> Run::forget()
+{
+    declared.clear();
+    compiled.clear();
+    read_from_source.clear();
+    read_from_file.clear();
+    FileModules = nullptr;
+    return std::exchange(readers, {});
+}
 
 void compile_source_module(Module* m)
 {

@@ -18,6 +18,8 @@
 #include <utility>
 #include <vector>
 
+class class_zkc_parser;
+
 // A "Run:" declaration: "instance" : module, or "instance" : file : module
 // for a module of <file>.zkc. `file` is empty in the first form.
 struct RunDeclaration {
@@ -55,6 +57,11 @@ public:
     // The "Run:" declarations of a module, in order.
     static void declare(Module* m, const RunDeclaration& d);
     static const std::vector<RunDeclaration>& declarations(Module* m);
+    // Forgets every declaration, compiled module and module read back so
+    // far, for a process that compiles one source after another (the link
+    // fuzz target); the parsers that read compiled texts back are
+    // returned with their modules, the caller's to free.
+    static std::vector<class_zkc_parser*> forget();
 
 private:
     std::string callee;

@@ -4,13 +4,11 @@
 // or a fatal message that ends the program with status 1); it must not
 // crash, hang or blow the stack.
 //
-// Fatal paths would end the process. Compilation's fatal path is turned
-// into an exception through Compilation::FatalHook; the few direct calls of
-// exit in the lower layers are caught by wrapping exit at link time
-// (-Wl,--wrap=exit) and jumping back here. Both leave the half-read module
-// behind, which is what the program would have done by ending.
+// A fatal message or a direct exit of the lower layers returns here
+// through fuzz_trap, leaving the half-read module behind.
 
 #include "context/compilation.h"
+#include "context/fuzz_trap.h"
 #include "driver/tarn_run.h"
 #include "model/module.h"
 #include "signals/signal.h"
@@ -19,7 +17,6 @@
 #include "zkc/parse_supl.h"
 #include "zkc/zkc_scanner.h"
 
-#include <csetjmp>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -32,34 +29,11 @@
 // first), so leak reports say nothing here.
 extern "C" const char* __asan_default_options() { return "detect_leaks=0"; }
 
-namespace {
-
-struct fatal_end {};
-
-bool reading = false;
-std::jmp_buf exit_jump;
-
-void throw_on_fatal(const std::string&) { throw fatal_end{}; }
-
-}  // namespace
-
-extern "C" void __real_exit(int status);
-
-// Only exits made while an input is read come back here; libFuzzer's own
-// exits go through.
-extern "C" void __wrap_exit(int status)
-{
-    if (reading)
-        std::longjmp(exit_jump, 1);
-    __real_exit(status);
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static std::fstream log("/dev/null", std::ios::out);
     static bool ready = [] {
         std::cerr.setstate(std::ios::failbit);  // messages are expected
-        Compilation::FatalHook = throw_on_fatal;
         return true;
     }();
     (void)ready;
@@ -76,17 +50,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             f.vhdlFlag = f.alteraFlag = f.systemcFlag = f.csharpFlag = f.qsrFlag = 1;
         return f;
     }();
-    reading = true;
-    if (setjmp(exit_jump) == 0) {
-        try {
-            if (parser->parse(log, 1, suffix) == 0 && parser->module != nullptr) {
-                Module::finalize(parser->module, 0);
-                tarn_generate_every_target(parser->module, every_target, sink);
-            }
-        } catch (const fatal_end&) {
+    fuzz_trap::run([&] {
+        if (parser->parse(log, 1, suffix) == 0 && parser->module != nullptr) {
+            Module::finalize(parser->module, 0);
+            tarn_generate_every_target(parser->module, every_target, sink);
         }
-    }
-    reading = false;
+    });
     // The program never frees a module; over millions of inputs the target
     // must, or it runs out of memory: the wood with its manager, the
     // signals and their references, the node lines. Lists and data
