@@ -98,9 +98,7 @@ int main(int argc, char** argv)
             status = 1;
             continue;
         }
-        Compilation::GDataMethodTable = nullptr;
-        Compilation::GDataTypeTable = nullptr;
-        Compilation::GDataConstantTable = nullptr;
+        Compilation::forget_data_tables();
         std::string suffix;
         bool ok = false;
         std::cerr.setstate(std::ios::failbit);

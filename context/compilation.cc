@@ -32,6 +32,13 @@ void Compilation::fatal(const std::string& text)
 
 void (*Compilation::FatalHook)(const std::string& text) = nullptr;
 
+void Compilation::forget_data_tables()
+{
+    GDataTypeTable = nullptr;
+    GDataMethodTable = nullptr;
+    GDataConstantTable = nullptr;
+}
+
 void Compilation::exitFailure(const std::string& text)
 {
     if (FatalHook != nullptr)

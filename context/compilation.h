@@ -48,6 +48,9 @@ public:
     static DataTypeTable* GDataTypeTable;
     static DataMethodTable* GDataMethodTable;
     static DataConstantTable* GDataConstantTable;
+    // Empties the three data tables above, for a run that reads its data
+    // part afresh (the tables of a previous run are left, not freed).
+    static void forget_data_tables();
     static ModuleTable* ModTable;
     static ModuleTable* ZkcModTable;
     static std::string* EmptyString;

@@ -23,9 +23,7 @@ static std::string bram_help_banner(const std::string& version)
 int main(int argc, char** argv)
 {
     std::string version = tarn_version();
-    Compilation::GDataMethodTable = nullptr;
-    Compilation::GDataTypeTable = nullptr;
-    Compilation::GDataConstantTable = nullptr;
+    Compilation::forget_data_tables();
 
     std::string input, outputDir;
     for (int i = 1; i < argc; i++) {

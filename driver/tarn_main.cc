@@ -11,9 +11,7 @@ int main(int argc, char** argv)
     std::string version = tarn_version();
     tarn_flags flags;
     // The reader creates the data tables on first use.
-    Compilation::GDataMethodTable = nullptr;
-    Compilation::GDataTypeTable = nullptr;
-    Compilation::GDataConstantTable = nullptr;
+    Compilation::forget_data_tables();
 
     if (argc < 3) {
         if (argc == 2 && std::strcmp(argv[1], "-h") == 0) {

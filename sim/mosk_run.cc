@@ -163,9 +163,7 @@ int mosk_main(int argc, char** argv)
 
     // Read and finalised as tarn does it: the same file names, the same
     // reader, the same closing of the module.
-    Compilation::GDataMethodTable = nullptr;
-    Compilation::GDataTypeTable = nullptr;
-    Compilation::GDataConstantTable = nullptr;
+    Compilation::forget_data_tables();
     tarn_paths paths = tarn_split_input_name(options.module_file);
     std::string suffix;
     bool parsed_ok = false;

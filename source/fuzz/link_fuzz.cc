@@ -129,9 +129,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     // Each input starts as the command does: empty data tables, the file
     // beside the source as the one compilation file, nothing linked yet.
-    Compilation::GDataTypeTable = nullptr;
-    Compilation::GDataMethodTable = nullptr;
-    Compilation::GDataConstantTable = nullptr;
+    Compilation::forget_data_tables();
     Module::CompilationFileList = &beside;
     std::istringstream in(std::string(data_part) + sources[choice]);
     std::ostringstream echo;

@@ -37,9 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }();
     (void)ready;
     // Each input starts with empty data tables, as the command does.
-    Compilation::GDataTypeTable = nullptr;
-    Compilation::GDataMethodTable = nullptr;
-    Compilation::GDataConstantTable = nullptr;
+    Compilation::forget_data_tables();
     std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));
     std::ostringstream echo;
     // Left alive on purpose: a jump out of the run skips destructors.

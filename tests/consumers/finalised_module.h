@@ -24,9 +24,7 @@ inline Module* read_module(const std::string& file, bool finalise, std::string* 
 {
     std::string suffix;
     bool ok = false;
-    Compilation::GDataMethodTable = nullptr;
-    Compilation::GDataTypeTable = nullptr;
-    Compilation::GDataConstantTable = nullptr;
+    Compilation::forget_data_tables();
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     Module* module = parse(file, suffix, &ok);

@@ -14,9 +14,7 @@ namespace {
 struct TargetModule : ModuleBuilder {
     explicit TargetModule(const std::string& name = "m") : ModuleBuilder(name)
     {
-        Compilation::GDataTypeTable = nullptr;
-        Compilation::GDataMethodTable = nullptr;
-        Compilation::GDataConstantTable = nullptr;
+        Compilation::forget_data_tables();
         m.setFinalised(1);
     }
 };
