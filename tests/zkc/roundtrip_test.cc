@@ -70,10 +70,11 @@ TEST(RoundTrip, EveryExampleAndGeneratedModuleReadsBackToTheSameModule)
         // so a module read back is the same one, ids and names included.
         EXPECT_EQ(debug(again), debug(original));
         EXPECT_EQ(written(again, 0), first);
-        if (file == worked) // the writer's layout
+        if (file == worked) { // the writer's layout
             EXPECT_EQ(first.substr(0, first.find("equation_def:")),
                       "module: m  0 0\ninput: i ;\noutput: o ;\nlocal: n r;\nregister:\nn r 0;\n\n"
                       "connexion: SETm RESETm RTLm;\n\n");
+        }
 
         // Without names, the locals are stable numbers and the equations
         // those of the original; a memorised line names its actual signal,
@@ -82,9 +83,10 @@ TEST(RoundTrip, EveryExampleAndGeneratedModuleReadsBackToTheSameModule)
             continue;
         std::string numbered = written(original, 1);
         EXPECT_EQ(numbered.find("local:"), numbered.find("local:  V")) << numbered;
-        if (file == worked)
+        if (file == worked) {
             EXPECT_EQ(numbered.substr(0, numbered.find("connexion:")),
                       "module: m  0 0\ninput: i ;\noutput: o ;\nlocal:  V4  V6;\nregister:\n V4 V6 0;\n\n");
+        }
         again = read(s.write("roundtrip_forget.zkc", numbered));
         ASSERT_NE(again, nullptr);
         EXPECT_EQ(written(again, 1), numbered);
