@@ -138,8 +138,7 @@ bdd bddpp_manager::compose_remembering(const bdd& f, long v_index, const bdd& g)
         joins[count++] = join_args{first.link, first.node, second.link, second.node};
         const long id = id_by_index[index];
         for (int k = 0; k < count; ++k)
-            __builtin_prefetch(&map->slots[map->home(bdd_unique_table::hash_of(
-                id, joins[k].then_link * joins[k].else_link, joins[k].then_node, joins[k].else_node))]);
+            prefetch_join(id, joins[k].then_link, joins[k].then_node, joins[k].else_link, joins[k].else_node);
         int link = 1;
         bdd_node* n = nullptr;
         for (int k = 0; k < count; ++k)

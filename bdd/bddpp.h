@@ -404,6 +404,10 @@ public:
     // The id of the name, entering it under the next id when it is new
     // (second: whether it was entered).
     std::pair<long, bool> try_emplace(const std::string& name);
+    // Starts the read of the slot where a look-up of the name begins.
+    void prefetch(std::string_view name) const {
+        if (!slots.empty()) __builtin_prefetch(&slots[hash32(name) & (slots.size() - 1)]);
+    }
     long size() const { return static_cast<long>(ends.size()); }
     // The name entered under id (below size()).
     std::string_view text_of(std::size_t id) const {
@@ -533,6 +537,11 @@ public:
     // Index_var_by_name, or the index of a new last variable of that name
     // (`created` then true), with one look-up.
     long Index_var_or_new_last(const std::string& name, bool& created);
+    // Starts the memory reads of Index_var_or_new_last on the two names, in
+    // that order, at once: the names' slots in the creation index and the
+    // unique-table homes of the two next variables. Each read is a miss at
+    // a random place of a large table; started together they overlap.
+    void prefetch_new_variables(std::string_view first, std::string_view second) const;
 
     bdd Bdd_var_by_id(long id);
     bdd Bdd_var_by_index(long index);
@@ -875,6 +884,12 @@ private:
     bdd_node* fast_join(long index, int then_link, bdd_node* then_node, int else_link,
                         bdd_node* else_node, int& link);
     bool ite_above_branches(long index, const bdd& g, const bdd& h, bdd& result);
+    // Starts the read of the unique-table home of the node a join of variable
+    // id over those branches looks for.
+    void prefetch_join(long id, int then_link, bdd_node* then_node, int else_link, bdd_node* else_node) const {
+        __builtin_prefetch(
+            &map->slots[map->home(bdd_unique_table::hash_of(id, then_link * else_link, then_node, else_node))]);
+    }
     bdd compose_remembering(const bdd& f, long v_index, const bdd& g);
     void self_check(bool is_or, int link_x, bdd_node* x, long ix, int link_y,
                     bdd_node* y, long iy, int link, bdd_node* result);

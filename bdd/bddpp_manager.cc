@@ -177,6 +177,14 @@ long bddpp_manager::Index_var_or_new_last(const std::string& name, bool& created
     return Node_index(add_variable(name, variables_number, true));
 }
 
+void bddpp_manager::prefetch_new_variables(std::string_view first, std::string_view second) const {
+    id_by_name.prefetch(first);
+    id_by_name.prefetch(second);
+    if (!map) return;
+    for (long id = variables_number; id < variables_number + 2; ++id)
+        __builtin_prefetch(&map->slots[map->home(bdd_unique_table::hash_of(id, -1, one, one))]);
+}
+
 // The variable of a name that id_by_name already holds under the next id.
 bdd_node* bddpp_manager::add_variable(const std::string& name, long index, bool last) {
     long id = variables_number;

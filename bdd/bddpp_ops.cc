@@ -447,6 +447,11 @@ bool bddpp_manager::ite_above_branches(long index, const bdd& g, const bdd& h, b
     };
     if (!strictly_below(g) || !strictly_below(h)) return false;
     bdd_node* x = node_by_id[id_by_index[index]];
+    // The joins' keys are all known: their table slots are fetched together.
+    const long id = id_by_index[index];
+    if (g.node() != one) prefetch_join(id, g.link_type(), g.node(), -1, one);
+    if (h.node() != one) prefetch_join(id, -1, one, h.link_type(), h.node());
+    if (g.node() != one || h.node() != one) prefetch_join(id, g.link_type(), g.node(), h.link_type(), h.node());
     bdd left;
     if (g.node() == one) {
         left = g.link_type() == 1 ? bdd(this, 1, x) : Bdd_zero();

@@ -46,6 +46,7 @@ void Signal::init(Module* m, Bddexpressionwood* wood)
     current_occurrence[wood] = 0;
     SignalManager* manager = SignalScope::managerOf(m, "Signal::Signal");
     // Two signals of one internal name share the ref, and so their wires.
+    manager->prefetchSignalRef(internal_name, wood);
     SignalRef* ref = manager->getSignalRefByName(internal_name);
     if (ref == nullptr)
         ref = new SignalRef(getOriginalName(), internal_name, m, wood);

@@ -147,6 +147,19 @@ SignalRef* SignalManager::getSignalRefByName(const std::string& name) const
     return refs.find(name);
 }
 
+void SignalManager::prefetchSignalRef(const std::string& name, Bddexpressionwood* wood) const
+{
+    refs.prefetch(name);
+    if (!defer_wood_tables || wood == nullptr)
+        return;
+    std::string over;
+    over.reserve(name.size() + 3);
+    over.append("_s_").append(name);
+    std::string under = over;
+    under[1] = 'v';
+    wood->my_bdd_manager()->prefetch_new_variables(over, under);
+}
+
 SignalRef* SignalManager::getSignalRefById(long id, Bddexpressionwood* wood) const
 {
     auto it = tables.find(wood);

@@ -115,6 +115,11 @@ public:
     SignalManager() = default;
 
     SignalRef* getSignalRefByName(const std::string& name) const;
+    // Starts, at once, the reads that a look-up of the name and then a new
+    // reference of that name in the wood will make: its slot in the name
+    // index and, where the wood's variables come first, those of its two
+    // wires (see bddpp_manager::prefetch_new_variables).
+    void prefetchSignalRef(const std::string& name, Bddexpressionwood* wood) const;
     SignalRef* getSignalRefById(long id, Bddexpressionwood* wood) const;
     // By internal name, plus "_" and occ when occ is not 0.
     SignalRef* getSignalRefByOccurrence(Signal* s, int occ) const;

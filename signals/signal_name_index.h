@@ -28,6 +28,12 @@ public:
                 return s.item;
         }
     }
+    // Starts the read of the slot where a look-up of the name begins.
+    void prefetch(std::string_view name) const
+    {
+        if (used != 0)
+            __builtin_prefetch(&slots[hash(name) & mask]);
+    }
     // The object already indexed under the item's name, else null after
     // entering the item.
     T* insert(T* item) { return put(item, false); }
