@@ -4,6 +4,7 @@
 #include "wood/Bddexpression.h"
 
 #include "bdd/bddpp_memory.h"
+#include "support/mapped_block.h"
 
 #include <cstdlib>
 #include <iostream>
@@ -19,6 +20,8 @@ bool initialised(const bdd& f) { return f.manager_ref() != nullptr && f.node() !
 
 void Bddexpressionwood::allocate_tables(long length, long live)
 {
+    // The equations' and the dates' tables come zeroed: a slot reads null
+    // and 0 until it is written.
     arrays_length = length;
     auto bytes = [length](std::size_t each) { return each * static_cast<std::size_t>(length); };
     exp_table = static_cast<Bddexpression**>(bdd_block_alloc(bytes(sizeof(Bddexpression*))));
@@ -105,6 +108,21 @@ void Bddexpressionwood::update_bdd_vars()
         for (long i = 0; i < nb_bdd_vars; i++)
             if (exp_table[i] != nullptr && exp_table[i]->abstraction == 0)
                 exp_table[i]->internal_build_dependances();
+        // The new slots of the fresh tables read as zero already; their
+        // pages are made present on the other processor, the readers' sets
+        // from the back while they are built from the front here, the
+        // equations and dates before the equations come to them.
+        auto fresh = [this, count](void* table, std::size_t each) {
+            const std::size_t bytes = (count - nb_bdd_vars) * each;
+            if (bytes >= (std::size_t(2) << 20))
+                make_present_soon(static_cast<char*>(table) + nb_bdd_vars * each, bytes);
+        };
+        fresh(amont_table, sizeof(IndexSet));
+        fresh(exp_table, sizeof(Bddexpression*));
+        fresh(late_dates, sizeof(long));
+        for (long i = nb_bdd_vars; i < count; i++) new (&amont_table[i]) IndexSet();
+        nb_bdd_vars = count;
+        return;
     }
     for (long i = nb_bdd_vars; i < count; i++) {
         exp_table[i] = nullptr;
@@ -179,6 +197,10 @@ static void learn(Bddexpressionwood& wood, Bddexpression* e, IndexSet* readers)
         wood.exp_ids.insert(wood.exp_ids.end(), i);
     }
     wood.exp_table[i] = e;
+    // The readers' sets lie at random in a large table: their reads start
+    // together.
+    for (long d : e->dependances)
+        if (d >= 0 && d < wood.nb_bdd_vars) __builtin_prefetch(&wood.amont_table[d]);
     for (long d : e->dependances)
         if (d >= 0 && d < wood.nb_bdd_vars) wood.amont_table[d].insert(wood.amont_table[d].end(), i);
     if (readers != nullptr)

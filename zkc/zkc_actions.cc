@@ -16,6 +16,7 @@
 #include "model/module.h"
 #include "signals/signal.h"
 #include "wood/Bddexpression.h"
+#include "support/mapped_block.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -252,6 +253,10 @@ void class_zkc_parser::equation_count(long count)
     // Room for the announced lines at once (an absurd count gets a bounded
     // start and the table grows as lines come).
     parsed_nodes_table.reserve(static_cast<std::size_t>(count > 0 ? std::min(count, max_reserved_lines) : 0));
+    // The lines fill it from the front at the pace of the scanner: its
+    // pages are made present from the back on the other processor meanwhile.
+    const std::size_t reserved = parsed_nodes_table.capacity() * sizeof(parsed_nodes_class);
+    if (reserved >= (std::size_t(2) << 20)) make_present_soon(parsed_nodes_table.data(), reserved);
     sparse_nodes.clear();
 }
 
