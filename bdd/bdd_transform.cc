@@ -578,7 +578,7 @@ bdd bddpp_manager::Bdd_satisfy(const bdd& f)
     for (long i : satisfy_written) {
         const int literal = satisfy_literals[i] == 0 ? -1 : 1;
         satisfy_literals[i] = 2;
-        r = cube_and_below(link, r, literal, node_by_id[id_by_index[i]], link);
+        r = cube_and_below(link, r, literal, node_by_id[id_of_index(i)], link);
     }
     return bdd(this, link, r);
 }

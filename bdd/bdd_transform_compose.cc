@@ -69,12 +69,11 @@ bdd bddpp_manager::compose_remembering(const bdd& f, long v_index, const bdd& g)
         bool then_done;
         bool then_free;
     };
-    const long* index_of = index_by_id.data();
     auto at_or_below = [&](const bdd_node* n, long index) {
         return n == one || (n && n->manager_slot == registry_slot && n->id >= 0 && n->id < variables_number &&
-                            index_of[n->id] > index);
+                            index_of_id(n->id) > index);
     };
-    const long v_id = v_index >= 0 && v_index < variables_number ? id_by_index[v_index] : -1;
+    const long v_id = v_index >= 0 && v_index < variables_number ? id_of_index(v_index) : -1;
     const std::uint32_t stamp = (map->removals() & 0x3FFFFFFFu) << 2;
     auto known_rebuilt = [&](const link_ref& x, long index) {
         std::uint32_t r = x.node->rebuilt;
@@ -106,7 +105,7 @@ bdd bddpp_manager::compose_remembering(const bdd& f, long v_index, const bdd& g)
     long g_literal = -1;
     if (g_node && g_node->then_node == one && g_node->else_node == one && g_node->else_link_type == -1 &&
         g_node->id >= 0 && g_node->id < variables_number && node_by_id[g_node->id] == g_node)
-        g_literal = index_of[g_node->id];
+        g_literal = index_of_id(g_node->id);
     // ite(x, t, e), or ite(not x, t, e) when `negative`, for the variable x
     // of `index` above both t and e, as Bdd_ite makes it: the conjunction
     // with t, that with e, in that order, each a join unless its branch is a
@@ -117,7 +116,7 @@ bdd bddpp_manager::compose_remembering(const bdd& f, long v_index, const bdd& g)
     auto ite_literal = [&](long index, const link_ref& t, const link_ref& e, bool negative) {
         if (t.node == one && e.node == one) {
             if (t.link == e.link) return link_ref{t.link, one};
-            return link_ref{negative ? -t.link : t.link, node_by_id[id_by_index[index]]};
+            return link_ref{negative ? -t.link : t.link, node_by_id[id_of_index(index)]};
         }
         // The three joins, in their order; their table slots are fetched
         // together first, as the keys are all known.
@@ -136,7 +135,7 @@ bdd bddpp_manager::compose_remembering(const bdd& f, long v_index, const bdd& g)
         if (e.node != one)
             joins[count++] = negative ? join_args{e.link, e.node, -1, one} : join_args{-1, one, e.link, e.node};
         joins[count++] = join_args{first.link, first.node, second.link, second.node};
-        const long id = id_by_index[index];
+        const long id = id_of_index(index);
         for (int k = 0; k < count; ++k)
             prefetch_join(id, joins[k].then_link, joins[k].then_node, joins[k].else_link, joins[k].else_node);
         int link = 1;

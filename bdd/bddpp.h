@@ -491,6 +491,14 @@ public:
     variable_table<bdd_node*> node_by_id;  // the variable's own node, by id
     variable_table<long> index_by_id;
     variable_table<long> id_by_index;
+    // The index of the variable of id `id` (below variables_number). While
+    // every variable has been made last, the order is that of creation and
+    // an index is its id: the table, which follows the variables, is then
+    // not read (with a million variables a read of it misses the cache).
+    long index_of_id(long id) const { return made_last_only ? id : index_by_id[id]; }
+    bool indexes_are_ids() const { return made_last_only; }
+    // The id of the variable at `index` (below variables_number), the same way.
+    long id_of_index(long index) const { return made_last_only ? index : id_by_index[index]; }
     variable_table<bdd_node*> assoc;       // see Bdd_assoc_bdd_to_var
     bdd_unique_table* map;
     creation_names id_by_name; // renaming leaves it
@@ -562,7 +570,7 @@ public:
         if (!node || !node->manager_slot) return -3;
         if (node->id < 0) return node->id;
         if (node->id >= variables_number) return -3;
-        return index_by_id[node->id];
+        return index_of_id(node->id);
     }
 
     // Renaming touches var_names only; id_by_name keeps the creation names.
@@ -934,6 +942,7 @@ private:
     std::size_t computed_size = 0;
     std::size_t computed_used = 0;
     unsigned mark_value = 1; // see marked()
+    bool made_last_only = true; // no variable made before another: see index_of_id
 
     // The managers alive, by the slot their nodes hold; slot 0 is none.
     static bddpp_manager* registry[1 << 16];

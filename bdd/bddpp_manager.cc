@@ -52,6 +52,7 @@ bddpp_manager::bddpp_manager(bddpp_manager* source)
       variables_capacity(source->variables_capacity), next_global_id(2),
       index_by_id(source->index_by_id), id_by_index(source->id_by_index), map(nullptr),
       id_by_name(source->id_by_name), var_names(source->var_names), gc_calls(0), one(nullptr) {
+    made_last_only = source->made_last_only;
     enter_registry();
     node_by_id.assign(variables_capacity, nullptr);
     assoc.assign(variables_capacity, nullptr);
@@ -203,6 +204,7 @@ bdd_node* bddpp_manager::add_variable(const std::string& name, long index, bool 
         index_by_id[id] = id;
         id_by_index[id] = id;
     } else {
+        if (index < variables_number) made_last_only = false;
         for (long i = index; i < variables_number; ++i) index_by_id[id_by_index[i]]++;
         index_by_id[id] = index;
         for (long i = variables_number; i > index; --i) id_by_index[i] = id_by_index[i - 1];
@@ -489,7 +491,7 @@ bdd_node* bddpp_manager::Find_or_create_bdd_node(long index, int then_link, int 
     if (index < 0 || index >= variables_number || !then_node || !else_node) return nullptr;
     if (then_node == one && else_node == one) {
         if (then_link * else_link == 1) return one;
-        return node_by_id[id_by_index[index]];
+        return node_by_id[id_of_index(index)];
     }
     long then_index = Node_index(then_node);
     long else_index = Node_index(else_node);
@@ -505,7 +507,7 @@ bdd_node* bddpp_manager::Find_or_create_bdd_node(long index, int then_link, int 
         std::cerr << std::endl;
         return nullptr;
     }
-    return find_or_make(id_by_index[index], then_link * else_link, then_node, else_node);
+    return find_or_make(id_of_index(index), then_link * else_link, then_node, else_node);
 }
 
 // A node taken out of the table, or put out of it by another one of its

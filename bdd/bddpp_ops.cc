@@ -169,10 +169,9 @@ bdd_node* bddpp_manager::fast_join(long index, int then_link, bdd_node* then_nod
         link = then_link;
         return then_node;
     }
-    const long* index_of = index_by_id.data();
     auto below = [&](const bdd_node* child) {
         return child == one || (child && child->manager_slot && child->id >= 0 &&
-                                child->id < variables_number && index_of[child->id] > index);
+                                child->id < variables_number && index_of_id(child->id) > index);
     };
     if ((then_node == one && else_node == one) || index < 0 || index >= variables_number ||
         !below(then_node) || !below(else_node)) {
@@ -181,7 +180,7 @@ bdd_node* bddpp_manager::fast_join(long index, int then_link, bdd_node* then_nod
                                        link);
     }
     link = then_link;
-    return find_or_make(id_by_index[index], then_link * else_link, then_node, else_node);
+    return find_or_make(id_of_index(index), then_link * else_link, then_node, else_node);
 }
 
 // The reference: the procedures as they read, on the call stack.
@@ -248,7 +247,6 @@ bdd_node* bddpp_manager::apply(bool is_or, int link_x, bdd_node* x, int link_y,
         computed_resize();
     std::vector<apply_frame>& stack = *apply_stack;
     stack.clear();
-    const long* index_of = index_by_id.data();
     const std::size_t mask = computed_size - 1;
 
     int lx = link_x * sign, ly = link_y * sign;
@@ -349,7 +347,7 @@ bdd_node* bddpp_manager::apply(bool is_or, int link_x, bdd_node* x, int link_y,
             bdd_node* result = fast_join(index, f.then_link, f.then_node, rl, rn, result_link);
             if (result != one && !(result && result->manager_slot && result->id >= 0 &&
                                    result->id < variables_number &&
-                                   index_of[result->id] >= index))
+                                   index_of_id(result->id) >= index))
                 self_check(is_or, f.link_x * sign, f.x, f.ix, f.link_y * sign, f.y, f.iy,
                            result_link * sign, result);
             std::uintptr_t a = tag(f.link_x, f.x), b = tag(f.link_y, f.y);
@@ -443,12 +441,12 @@ bool bddpp_manager::ite_above_branches(long index, const bdd& g, const bdd& h, b
         const bdd_node* n = x.node();
         return x.manager_ref() == this &&
                (n == one || (n && n->manager_slot == registry_slot && n->id >= 0 && n->id < variables_number &&
-                             index_by_id[n->id] > index));
+                             index_of_id(n->id) > index));
     };
     if (!strictly_below(g) || !strictly_below(h)) return false;
-    bdd_node* x = node_by_id[id_by_index[index]];
+    bdd_node* x = node_by_id[id_of_index(index)];
     // The joins' keys are all known: their table slots are fetched together.
-    const long id = id_by_index[index];
+    const long id = id_of_index(index);
     if (g.node() != one) prefetch_join(id, g.link_type(), g.node(), -1, one);
     if (h.node() != one) prefetch_join(id, -1, one, h.link_type(), h.node());
     if (g.node() != one || h.node() != one) prefetch_join(id, g.link_type(), g.node(), h.link_type(), h.node());

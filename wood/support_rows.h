@@ -19,8 +19,9 @@ inline bool support_indexes(bddpp_manager* manager, const bdd& f, std::vector<lo
 {
     if (manager == nullptr || f.manager_ref() != manager || f.node() == nullptr) return false;
     out.clear();
-    for (long id : f.node()->depends()) out.push_back(manager->index_by_id[id]);
-    std::sort(out.begin(), out.end());
+    for (long id : f.node()->depends()) out.push_back(manager->index_of_id(id));
+    // The ids come ascending, and so do their indexes while they are the ids.
+    if (!manager->indexes_are_ids()) std::sort(out.begin(), out.end());
     return true;
 }
 
