@@ -34,6 +34,7 @@ namespace wood_rows {
 bool FlatGraph::build(const Bddexpressionwood& wood)
 {
     valid = false;
+    readers_turn_deps = false;
     n = wood.nb_bdd_vars > 0 ? wood.nb_bdd_vars : 0;
     if (n >= (long)std::numeric_limits<Slot>::max()) return false;
     deps_start.assign(n + 1, 0);
@@ -69,12 +70,37 @@ bool FlatGraph::build(const Bddexpressionwood& wood)
     return true;
 }
 
-bool flow_order(const FlatGraph& g, std::vector<FlatGraph::Slot>& order)
+namespace {
+
+using Slot = FlatGraph::Slot;
+
+// Whether the readers' rows are the dependances' rows turned round, as
+// vectors: every reader s of v reads v, each row of readers ascends
+// strictly, and there are as many readers as dependances (a dependance
+// listed twice then fails the count).
+bool readers_are_deps_turned(const FlatGraph& g)
 {
-    using Slot = FlatGraph::Slot;
+    if (g.readers_turn_deps) return true;
+    if (g.readers.size() != g.deps.size()) return false;
+    for (long v = 0; v < g.n; v++) {
+        long previous = -1;
+        for (Slot k = g.readers_start[v]; k < g.readers_start[v + 1]; k++) {
+            const Slot s = g.readers[k];
+            if ((long)s <= previous) return false;
+            previous = s;
+            const Slot* first = g.deps.data() + g.deps_start[s];
+            const Slot* last = g.deps.data() + g.deps_start[s + 1];
+            if (std::find(first, last, (Slot)v) == last) return false;
+        }
+    }
+    return true;
+}
+
+// Kahn's order over both kinds of edge, for rows whose readers are not
+// the dependances turned round.
+bool order_by_indegree(const FlatGraph& g, std::vector<Slot>& order)
+{
     const long n = g.n;
-    order.clear();
-    if (n <= 0) return true;
     // The equations that read each variable: the dependances turned round.
     std::vector<Slot> users_start(n + 1, 0), users(g.deps.size()), indegree(n, 0);
     for (Slot d : g.deps) users_start[d + 1]++;
@@ -86,23 +112,63 @@ bool flow_order(const FlatGraph& g, std::vector<FlatGraph::Slot>& order)
             for (Slot k = g.deps_start[i]; k < g.deps_start[i + 1]; k++) users[fill[g.deps[k]]++] = (Slot)i;
         }
     }
-    // Exact reader tables are the dependances turned round: both kinds of
-    // edge are then the same edges, which are taken once.
-    const bool readers_are_users = g.readers_start == users_start && g.readers == users;
-    if (!readers_are_users)
-        for (Slot s : g.readers) indegree[s]++;
+    for (Slot s : g.readers) indegree[s]++;
     order.reserve(n);
     for (long v = 0; v < n; v++)
         if (indegree[v] == 0) order.push_back((Slot)v);
     for (std::size_t k = 0; k < order.size(); k++) {
         Slot v = order[k];
-        if (!readers_are_users)
-            for (Slot e = g.readers_start[v]; e < g.readers_start[v + 1]; e++)
-                if (--indegree[g.readers[e]] == 0) order.push_back(g.readers[e]);
+        for (Slot e = g.readers_start[v]; e < g.readers_start[v + 1]; e++)
+            if (--indegree[g.readers[e]] == 0) order.push_back(g.readers[e]);
         for (Slot e = users_start[v]; e < users_start[v + 1]; e++)
             if (--indegree[users[e]] == 0) order.push_back(users[e]);
     }
     return (long)order.size() == n;
+}
+
+// With readers that are the dependances turned round, the edges are the
+// dependances alone: each variable in ascending order, after what it reads
+// (depth first, on an explicit stack). Most equations read variables made
+// before them, so the order stays close to the slots' own and the passes
+// that follow it walk their arrays nearly in sequence.
+bool order_by_depth(const FlatGraph& g, std::vector<Slot>& order)
+{
+    const long n = g.n;
+    enum : char { unseen, open, done };
+    std::vector<char> state(n, unseen);
+    std::vector<std::pair<Slot, Slot>> stack; // slot, next dependance to take
+    order.reserve(n);
+    for (long root = 0; root < n; root++) {
+        if (state[root] != unseen) continue;
+        state[root] = open;
+        stack.push_back({(Slot)root, g.deps_start[root]});
+        while (!stack.empty()) {
+            auto& top = stack.back();
+            const Slot v = top.first;
+            if (top.second == g.deps_start[v + 1]) {
+                state[v] = done;
+                order.push_back(v);
+                stack.pop_back();
+                continue;
+            }
+            const Slot d = g.deps[top.second++];
+            if (state[d] == open) return false;
+            if (state[d] == done) continue;
+            state[d] = open;
+            stack.push_back({d, g.deps_start[d]});
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+bool flow_order(const FlatGraph& g, std::vector<FlatGraph::Slot>& order)
+{
+    order.clear();
+    if (g.n <= 0) return true;
+    if (readers_are_deps_turned(g)) return order_by_depth(g, order);
+    return order_by_indegree(g, order);
 }
 
 } // namespace wood_rows
@@ -148,17 +214,23 @@ bool fast_dates(Bddexpressionwood& wood, const Ids* ids)
     std::vector<Slot> order;
     if (!flow_order(g, order)) return false;
 
-    std::vector<char> swept(n, ids == nullptr ? 1 : 0);
-    if (ids != nullptr)
+    // Every variable is swept when no list is given.
+    std::vector<char> listed;
+    if (ids != nullptr) {
+        listed.assign(n, 0);
         for (long id : *ids)
-            if (id >= 0 && id < n) swept[id] = 1;
+            if (id >= 0 && id < n) listed[id] = 1;
+    }
+    auto swept = [&listed, ids](Slot v) { return ids == nullptr || listed[v] != 0; };
 
     // The wood's own fields keep the starting dates until the end; the
     // early ones are copied too, so that the walk in data order reads
-    // arrays instead of equations.
-    std::vector<long> early0(n, 0), early(n, 0), late(n, 0);
+    // arrays instead of equations. A date only ever rises: one that was
+    // pushed up at all ends above where it started.
+    std::vector<long> early(n, 0), late(n, 0);
+    std::vector<char> pushed_up(n, 0);
     for (long v = 0; v < n; v++) {
-        if (const Bddexpression* e = wood.exp_table[v]) early0[v] = early[v] = e->early_date;
+        if (const Bddexpression* e = wood.exp_table[v]) early[v] = e->early_date;
         if (ids != nullptr) {
             if (wood.late_dates[v] < 0) return false;
             late[v] = wood.late_dates[v];
@@ -173,17 +245,20 @@ bool fast_dates(Bddexpressionwood& wood, const Ids* ids)
     // its date rose; in topological order its date is final by then.
     for (Slot v : order) {
         bool filled = g.filled[v] != 0;
-        bool raised = filled && early[v] > early0[v];
+        bool raised = filled && pushed_up[v];
         if (raised) raise_level(early[v]);
-        if (!swept[v] && !raised) continue;
+        if (!swept(v) && !raised) continue;
         if (!g.read[v]) {
-            if (filled && swept[v]) raise_level(early[v]);
+            if (filled && swept(v)) raise_level(early[v]);
             continue;
         }
         long date = filled ? later(early[v]) : 1;
         for (Slot k = g.readers_start[v]; k < g.readers_start[v + 1]; k++) {
             Slot s = g.readers[k];
-            if (early[s] < date) early[s] = date;
+            if (early[s] < date) {
+                early[s] = date;
+                pushed_up[s] = 1;
+            }
         }
     }
     // Late dates: readers come before what they read in reverse order.
@@ -192,7 +267,7 @@ bool fast_dates(Bddexpressionwood& wood, const Ids* ids)
         long start = ids != nullptr ? wood.late_dates[v] : 0;
         if (late[v] > start) raise_level(late[v]);
         if (!g.filled[v]) continue;
-        if (!swept[v] && late[v] == start) continue;
+        if (!swept(v) && late[v] == start) continue;
         long date = later(late[v]);
         for (Slot k = g.deps_start[v]; k < g.deps_start[v + 1]; k++) {
             Slot d = g.deps[k];
@@ -677,7 +752,9 @@ bool wood_rows::memo_critical_paths(const Bddexpressionwood& wood, const FlatGra
     std::vector<long> weight(n, 0);
     for (long v = 0; v < n; v++)
         if (const Bddexpression* e = wood.exp_table[v]) weight[v] = e->w;
-    std::vector<long> up_m(n, 0), up_h(n, 0), down_m(n, 0), down_h(n, 0);
+    // Heights stay below n, which fits a slot.
+    std::vector<long> up_m(n, 0), down_m(n, 0);
+    std::vector<Slot> up_h(n, 0), down_h(n, 0);
     // What an equation reads comes before it in the order.
     for (Slot v : order) {
         if (!g.filled[v]) continue;
@@ -687,10 +764,10 @@ bool wood_rows::memo_critical_paths(const Bddexpressionwood& wood, const FlatGra
             Slot d = g.deps[k];
             if (!g.filled[d]) continue;
             m = std::max(m, w + up_m[d]);
-            h = std::max(h, up_h[d] + 1);
+            h = std::max(h, (long)up_h[d] + 1);
         }
         up_m[v] = m;
-        up_h[v] = h;
+        up_h[v] = (Slot)h;
         if (depth + h >= n) return false;
     }
     for (auto it = order.rbegin(); it != order.rend(); ++it) {
@@ -699,10 +776,10 @@ bool wood_rows::memo_critical_paths(const Bddexpressionwood& wood, const FlatGra
         for (Slot k = g.readers_start[v]; k < g.readers_start[v + 1]; k++) {
             Slot s = g.readers[k];
             m = std::max(m, weight[s] + down_m[s]);
-            h = std::max(h, down_h[s] + 1);
+            h = std::max(h, (long)down_h[s] + 1);
         }
         down_m[v] = m;
-        down_h[v] = h;
+        down_h[v] = (Slot)h;
         if (depth + h > n) return false;
     }
     up.swap(up_m);

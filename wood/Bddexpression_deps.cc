@@ -140,6 +140,7 @@ void wood_rows::rebuild_reader_tables(Bddexpressionwood& wood, FlatGraph& g)
         g.filled[v] = wood.exp_table[v] != nullptr ? 1 : 0;
     }
     g.readers_in_range = true;
+    g.readers_turn_deps = true;
     g.valid = true;
 }
 

@@ -29,6 +29,9 @@ struct FlatGraph {
     std::vector<char> filled;
     // Whether every amont_table entry is a variable index.
     bool readers_in_range = true;
+    // Whether the readers are known to be exactly the dependances turned
+    // round (rows built from the dependances alone).
+    bool readers_turn_deps = false;
 
     // From the wood's sets; false when the wood is too large for the rows'
     // indices.
