@@ -72,7 +72,7 @@ void print_eval_lines(bddpp_manager* m, const EvalForm& form, std::ostream& stre
             out << form.not_close;
         }
         out << form.line_end << '\n';
-    });
+    }, [m](bdd_node* n) { m->prefetch_var_name(n->id); });
 }
 
 EvalForm eval_form(std::string_view or_word, std::string_view and_word, std::string_view not_open,
@@ -222,7 +222,7 @@ void bddpp_manager::Print_node_for_eval_BLIF(const std::string& spare, const std
             << n->else_node->global_id << ' ' << base << '_' << n->global_id << "\n"
             << "11- 1\n"
             << "0-" << (n->else_link_type == 1 ? "1" : "0") << " 1\n\n";
-    });
+    }, [this](bdd_node* n) { prefetch_var_name(n->id); });
 }
 
 void bddpp_manager::Print_node_for_eval_VHDL_reset_input(const std::string& name, std::ostream& out,

@@ -75,8 +75,8 @@ inline bool is_own_node(const bdd_node* n, const bdd_node* terminal)
 // cones (post-order). The terminal and the variables' own nodes are leaves:
 // the walk does not go below them. A null or a marked node stops the walk.
 // `marked` is the manager's mark value (bddpp_manager::marked()).
-template <class Visit>
-void marked_postorder(bdd_node* root, const bdd_node* terminal, unsigned marked, Visit visit)
+template <class Visit, class Entered>
+void marked_postorder(bdd_node* root, const bdd_node* terminal, unsigned marked, Visit visit, Entered entered)
 {
     std::vector<std::pair<bdd_node*, int>> stack;
     auto enter = [&](bdd_node* n) {
@@ -86,6 +86,11 @@ void marked_postorder(bdd_node* root, const bdd_node* terminal, unsigned marked,
             visit(n);
             return;
         }
+        // Both children are read soon, the else one after the whole then
+        // cone: their reads start together.
+        __builtin_prefetch(n->then_node);
+        __builtin_prefetch(n->else_node);
+        entered(n);
         stack.push_back({n, 0});
     };
     enter(root);
@@ -101,6 +106,14 @@ void marked_postorder(bdd_node* root, const bdd_node* terminal, unsigned marked,
             visit(n);
         }
     }
+}
+
+// The same, where `entered` is told of an inner node as it is reached,
+// before its cones are walked (to start reads that its visit will need).
+template <class Visit>
+void marked_postorder(bdd_node* root, const bdd_node* terminal, unsigned marked, Visit visit)
+{
+    marked_postorder(root, terminal, marked, visit, [](bdd_node*) {});
 }
 
 // Pre-order marking walk of the node lists: an unmarked node is handed to

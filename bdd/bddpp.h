@@ -409,6 +409,8 @@ public:
         if (!slots.empty()) __builtin_prefetch(&slots[hash32(name) & (slots.size() - 1)]);
     }
     long size() const { return static_cast<long>(ends.size()); }
+    // Starts the read of where the name of id ends (below size()).
+    void prefetch_text_of(std::size_t id) const { __builtin_prefetch(&ends[id]); }
     // The name entered under id (below size()).
     std::string_view text_of(std::size_t id) const {
         std::size_t begin = id == 0 ? 0 : ends[id - 1];
@@ -457,6 +459,10 @@ public:
         text = std::string_view(texts.data() + (at - 1) + sizeof length, length);
         return true;
     }
+    // Starts the read of the slot of id.
+    void prefetch(std::size_t id) const {
+        if (id < where.size()) __builtin_prefetch(&where[id]);
+    }
     // Gives the slot a text of its own.
     void give(std::size_t id, std::string_view name);
     // Back to the creation name.
@@ -483,6 +489,13 @@ public:
     long next_global_id;
     // The current name of a variable (id below variables_capacity; the
     // slots past variables_number that were never named read "").
+    // Starts the reads of var_name(id) that miss the cache in a large
+    // manager: the current name's slot and the creation name's end.
+    void prefetch_var_name(long id) const {
+        if (id < 0 || id >= variables_number) return;
+        var_names.prefetch(static_cast<std::size_t>(id));
+        if (id < id_by_name.size()) id_by_name.prefetch_text_of(static_cast<std::size_t>(id));
+    }
     std::string_view var_name(long id) const {
         std::string_view text;
         if (var_names.given(static_cast<std::size_t>(id), text)) return text;

@@ -195,6 +195,40 @@ public:
     // ---- end targets ----
 };
 
+// The equations of a writer's pass, in their order. Walking them starts
+// ahead of time the reads that printing an equation begins with, each a
+// miss in a large module: the equation, its members' nodes, the name of
+// its variable.
+class equation_walk {
+public:
+    explicit equation_walk(std::vector<Bddexpression*> list) : list_(std::move(list)) {}
+    class iterator {
+    public:
+        iterator(Bddexpression* const* at, Bddexpression* const* end) : at_(at), end_(end) { fetch_ahead(0); }
+        Bddexpression* operator*() const { return *at_; }
+        iterator& operator++()
+        {
+            ++at_;
+            fetch_ahead(1);
+            return *this;
+        }
+        bool operator!=(const iterator& other) const { return at_ != other.at_; }
+
+    private:
+        // Each stage reads what the stage before brought in; `from` 0 fills
+        // the pipeline at the start.
+        void fetch_ahead(std::ptrdiff_t from);
+        Bddexpression* const* at_;
+        Bddexpression* const* end_;
+    };
+    iterator begin() const { return iterator(list_.data(), list_.data() + list_.size()); }
+    iterator end() const { return iterator(list_.data() + list_.size(), list_.data() + list_.size()); }
+    std::size_t size() const { return list_.size(); }
+
+private:
+    std::vector<Bddexpression*> list_;
+};
+
 // The wood: all equations of a module over one manager, with the readers
 // table (amont_table), the late dates and the number of date levels.
 class Bddexpressionwood {
@@ -476,7 +510,7 @@ public:
     // Clears the marks of the manager once and gives the equations of the
     // filled slots in earliest order. Printing them in a row without
     // clearing again writes a node shared by several equations once.
-    std::vector<Bddexpression*> earliest_equations();
+    equation_walk earliest_equations();
     // Every equation in earliest order as BLIF covers, marks cleared once,
     // so that a node shared by several equations is written once.
     void Put_blif(std::ostream& out, const std::string& prefix);

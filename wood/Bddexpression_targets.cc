@@ -10,11 +10,11 @@
 
 #include <ostream>
 
-std::vector<Bddexpression*> Bddexpressionwood::earliest_equations()
+equation_walk Bddexpressionwood::earliest_equations()
 {
     std::vector<Bddexpression*> result;
     if (bdd_manager == nullptr)
-        return result;
+        return equation_walk(std::move(result));
     bdd_manager->Bdd_global_clear_marks();
     std::vector<long> order = earliest_order();
     result.reserve(order.size());
@@ -24,7 +24,28 @@ std::vector<Bddexpression*> Bddexpressionwood::earliest_equations()
         if (Bddexpression* e = exp_table[index])
             result.push_back(e);
     }
-    return result;
+    return equation_walk(std::move(result));
+}
+
+void equation_walk::iterator::fetch_ahead(std::ptrdiff_t from)
+{
+    // Four equations apart: the equation itself, then its nodes, then the
+    // name slot of its variable.
+    constexpr std::ptrdiff_t step = 4;
+    const std::ptrdiff_t left = end_ - at_;
+    for (std::ptrdiff_t k = from == 0 ? 0 : 3 * step; k <= 3 * step && k < left; k++)
+        __builtin_prefetch(at_[k]);
+    for (std::ptrdiff_t k = from == 0 ? 0 : 2 * step; k <= 2 * step && k < left; k++) {
+        const Bddexpression* e = at_[k];
+        __builtin_prefetch(e->bdd_var.node());
+        __builtin_prefetch(e->bdd_exp.node());
+    }
+    for (std::ptrdiff_t k = from == 0 ? 0 : step; k <= step && k < left; k++) {
+        const Bddexpression* e = at_[k];
+        const bdd_node* n = e->bdd_var.node();
+        const bddpp_manager* m = e->bdd_var.manager_ref();
+        if (n != nullptr && m != nullptr) m->prefetch_var_name(n->id);
+    }
 }
 
 void Bddexpression::put_equation(std::ostream& out, const EquationForm& form)
