@@ -406,7 +406,7 @@ public:
     std::pair<long, bool> try_emplace(const std::string& name);
     // Starts the read of the slot where a look-up of the name begins.
     void prefetch(std::string_view name) const {
-        if (!slots.empty()) __builtin_prefetch(&slots[hash32(name) & (slots.size() - 1)]);
+        if (slots.size != 0) __builtin_prefetch(&slots.data[home(hash32(name))]);
     }
     long size() const { return static_cast<long>(ends.size()); }
     // Starts the read of where the name of id ends (below size()).
@@ -427,10 +427,33 @@ private:
     }
     // The slot holding the name, or the free slot where it would go.
     std::size_t slot_of(std::string_view name, std::uint32_t hash) const;
+    // A name's home is the top bits of its hash: when the table doubles,
+    // the entries of a slot go to the two slots in its place, so that the
+    // new table is written from the front as the old one is read.
+    std::size_t home(std::uint32_t hash) const {
+        return static_cast<std::size_t>((static_cast<std::uint64_t>(hash) << 32) >> (64 - bits));
+    }
     void grow();
+    // The slots, zeroed when made, in a block of the package's (a large
+    // one is made present on the other processor, and goes to the nodes
+    // once the table has doubled).
+    struct slot_block {
+        std::uint64_t* data = nullptr;
+        std::size_t size = 0;
+        slot_block() = default;
+        explicit slot_block(std::size_t count);
+        slot_block(const slot_block& other);
+        slot_block& operator=(slot_block other) {
+            std::swap(data, other.data);
+            std::swap(size, other.size);
+            return *this;
+        }
+        ~slot_block() { bdd_block_free(data); }
+    };
     grow_array<char> chars;
     grow_array<std::uint32_t> ends; // by id: end of its name in chars
-    std::vector<std::uint64_t> slots; // at most three quarters full
+    slot_block slots; // at most three quarters full
+    int bits = 0;     // log2 of the slots' count
 };
 
 // The variables' current names by id, as changes to the creation names: a

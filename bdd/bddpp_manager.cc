@@ -3,6 +3,7 @@
 
 #include "bdd/bddpp.h"
 #include "support/Stringpp.h"
+#include "support/mapped_block.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -90,9 +91,9 @@ const char* bddpp_manager::Bdd_version() { return ::Bdd_version(); }
 // ------------------------------------------------------------ creation names
 
 std::size_t creation_names::slot_of(std::string_view name, std::uint32_t hash) const {
-    const std::size_t mask = slots.size() - 1;
-    for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
-        const std::uint64_t slot = slots[i];
+    const std::size_t mask = slots.size - 1;
+    for (std::size_t i = home(hash);; i = (i + 1) & mask) {
+        const std::uint64_t slot = slots.data[i];
         if (slot == 0) return i;
         if (static_cast<std::uint32_t>(slot >> 32) == hash &&
             text_of(static_cast<std::uint32_t>(slot) - 1) == name)
@@ -101,8 +102,8 @@ std::size_t creation_names::slot_of(std::string_view name, std::uint32_t hash) c
 }
 
 long creation_names::find(const std::string& name) const {
-    if (slots.empty()) return -1;
-    std::uint64_t held = slots[slot_of(name, hash32(name))];
+    if (slots.size == 0) return -1;
+    std::uint64_t held = slots.data[slot_of(name, hash32(name))];
     return held == 0 ? -1 : static_cast<long>(static_cast<std::uint32_t>(held)) - 1;
 }
 
@@ -128,10 +129,10 @@ void current_names::give(std::size_t id, std::string_view name) {
 }
 
 std::pair<long, bool> creation_names::try_emplace(const std::string& name) {
-    if (4 * (ends.size() + 1) > 3 * slots.size()) grow();
+    if (4 * (ends.size() + 1) > 3 * slots.size) grow();
     const std::uint32_t hash = hash32(name);
     std::size_t i = slot_of(name, hash);
-    if (slots[i] != 0) return {static_cast<long>(static_cast<std::uint32_t>(slots[i])) - 1, false};
+    if (slots.data[i] != 0) return {static_cast<long>(static_cast<std::uint32_t>(slots.data[i])) - 1, false};
     if (ends.size() >= UINT32_MAX - 1) {
         std::cerr << "too many decision diagram variables" << std::endl;
         std::exit(1);
@@ -142,20 +143,36 @@ std::pair<long, bool> creation_names::try_emplace(const std::string& name) {
     }
     chars.append(name.data(), name.size());
     ends.push_back(static_cast<std::uint32_t>(chars.size()));
-    slots[i] = static_cast<std::uint64_t>(hash) << 32 | ends.size();
+    slots.data[i] = static_cast<std::uint64_t>(hash) << 32 | ends.size();
     return {static_cast<long>(ends.size()) - 1, true};
 }
 
+creation_names::slot_block::slot_block(std::size_t count)
+    : data(static_cast<std::uint64_t*>(bdd_block_alloc(count * sizeof(std::uint64_t)))), size(count) {}
+
+creation_names::slot_block::slot_block(const slot_block& other) : slot_block(other.size) {
+    if (size != 0) std::memcpy(data, other.data, size * sizeof(std::uint64_t));
+}
+
 void creation_names::grow() {
-    std::vector<std::uint64_t> old(slots.empty() ? 64 : 2 * slots.size(), 0);
-    old.swap(slots);
-    const std::size_t mask = slots.size() - 1;
-    for (std::uint64_t slot : old) {
+    slot_block old(slots.size == 0 ? 64 : 2 * slots.size);
+    std::swap(old.data, slots.data);
+    std::swap(old.size, slots.size);
+    bits = 0;
+    while ((std::size_t(1) << bits) < slots.size) ++bits;
+    const std::size_t bytes = slots.size * sizeof(std::uint64_t);
+    if (bytes >= (std::size_t(2) << 20)) make_present_soon(slots.data, bytes);
+    const std::size_t mask = slots.size - 1;
+    for (std::size_t k = 0; k < old.size; ++k) {
+        const std::uint64_t slot = old.data[k];
         if (slot == 0) continue;
-        std::size_t i = (slot >> 32) & mask;
-        while (slots[i] != 0) i = (i + 1) & mask;
-        slots[i] = slot;
+        std::size_t i = home(static_cast<std::uint32_t>(slot >> 32));
+        while (slots.data[i] != 0) i = (i + 1) & mask;
+        slots.data[i] = slot;
     }
+    // Its pages are present: the nodes made next take them.
+    bdd_block_to_nodes(old.data);
+    old.data = nullptr;
 }
 
 // ------------------------------------------------------------------ variables
