@@ -204,22 +204,25 @@ public:
     explicit equation_walk(std::vector<Bddexpression*> list) : list_(std::move(list)) {}
     class iterator {
     public:
-        iterator(Bddexpression* const* at, Bddexpression* const* end) : at_(at), end_(end) { fetch_ahead(0); }
+        iterator(Bddexpression* const* at, Bddexpression* const* end) : at_(at), end_(end) { fetch_ahead(); }
         Bddexpression* operator*() const { return *at_; }
         iterator& operator++()
         {
             ++at_;
-            fetch_ahead(1);
+            fetch_ahead();
             return *this;
         }
         bool operator!=(const iterator& other) const { return at_ != other.at_; }
 
     private:
-        // Each stage reads what the stage before brought in; `from` 0 fills
-        // the pipeline at the start.
-        void fetch_ahead(std::ptrdiff_t from);
+        // Each stage reads what the stage before brought in; the first call
+        // fills every stage. (It writes `primed_`: a call that only read
+        // memory and started reads would count as free of effects, and the
+        // compiler could drop it.)
+        void fetch_ahead();
         Bddexpression* const* at_;
         Bddexpression* const* end_;
+        bool primed_ = false;
     };
     iterator begin() const { return iterator(list_.data(), list_.data() + list_.size()); }
     iterator end() const { return iterator(list_.data() + list_.size(), list_.data() + list_.size()); }

@@ -27,20 +27,22 @@ equation_walk Bddexpressionwood::earliest_equations()
     return equation_walk(std::move(result));
 }
 
-void equation_walk::iterator::fetch_ahead(std::ptrdiff_t from)
+void equation_walk::iterator::fetch_ahead()
 {
     // Four equations apart: the equation itself, then its nodes, then the
     // name slot of its variable.
     constexpr std::ptrdiff_t step = 4;
     const std::ptrdiff_t left = end_ - at_;
-    for (std::ptrdiff_t k = from == 0 ? 0 : 3 * step; k <= 3 * step && k < left; k++)
+    const bool primed = primed_;
+    primed_ = true;
+    for (std::ptrdiff_t k = primed ? 3 * step : 0; k <= 3 * step && k < left; k++)
         __builtin_prefetch(at_[k]);
-    for (std::ptrdiff_t k = from == 0 ? 0 : 2 * step; k <= 2 * step && k < left; k++) {
+    for (std::ptrdiff_t k = primed ? 2 * step : 0; k <= 2 * step && k < left; k++) {
         const Bddexpression* e = at_[k];
         __builtin_prefetch(e->bdd_var.node());
         __builtin_prefetch(e->bdd_exp.node());
     }
-    for (std::ptrdiff_t k = from == 0 ? 0 : step; k <= step && k < left; k++) {
+    for (std::ptrdiff_t k = primed ? step : 0; k <= step && k < left; k++) {
         const Bddexpression* e = at_[k];
         const bdd_node* n = e->bdd_var.node();
         const bddpp_manager* m = e->bdd_var.manager_ref();
